@@ -1,0 +1,94 @@
+// The subset of the DFTI transform interface that the library calls, with the
+// interface's own numeric constants.  On Linux it is implemented on FFTW
+// (dfti_fftw.cpp); its symbols stay hidden inside the library.
+#pragma once
+
+#include <cstdint>
+
+// The interface's integer type: long on every platform (32 bits on 64-bit
+// Windows, 64 bits on Linux).
+using MKL_LONG = long;
+
+enum DFTI_CONFIG_PARAM {
+    DFTI_FORWARD_DOMAIN = 0,
+    DFTI_DIMENSION = 1,
+    DFTI_LENGTHS = 2,
+    DFTI_PRECISION = 3,
+    DFTI_FORWARD_SCALE = 4,
+    DFTI_BACKWARD_SCALE = 5,
+    DFTI_NUMBER_OF_TRANSFORMS = 7,
+    DFTI_COMPLEX_STORAGE = 8,
+    DFTI_REAL_STORAGE = 9,
+    DFTI_CONJUGATE_EVEN_STORAGE = 10,
+    DFTI_PLACEMENT = 11,
+    DFTI_INPUT_STRIDES = 12,
+    DFTI_OUTPUT_STRIDES = 13,
+    DFTI_INPUT_DISTANCE = 14,
+    DFTI_OUTPUT_DISTANCE = 15,
+    DFTI_PACKED_FORMAT = 21,
+    DFTI_COMMIT_STATUS = 22,
+};
+
+enum DFTI_CONFIG_VALUE {
+    DFTI_COMMITTED = 30,
+    DFTI_UNCOMMITTED = 31,
+    DFTI_COMPLEX = 32,
+    DFTI_REAL = 33,
+    DFTI_SINGLE = 35,
+    DFTI_DOUBLE = 36,
+    DFTI_COMPLEX_COMPLEX = 39,
+    DFTI_COMPLEX_REAL = 40,
+    DFTI_REAL_COMPLEX = 41,
+    DFTI_REAL_REAL = 42,
+    DFTI_INPLACE = 43,
+    DFTI_NOT_INPLACE = 44,
+    DFTI_CCS_FORMAT = 54,
+    DFTI_CCE_FORMAT = 57,
+};
+
+enum : MKL_LONG {
+    DFTI_NO_ERROR = 0,
+    DFTI_MEMORY_ERROR = 1,
+    DFTI_INVALID_CONFIGURATION = 2,
+    DFTI_INCONSISTENT_CONFIGURATION = 3,
+    DFTI_BAD_DESCRIPTOR = 5,
+    DFTI_UNIMPLEMENTED = 6,
+};
+
+struct DFTI_DESCRIPTOR;
+using DFTI_DESCRIPTOR_HANDLE = DFTI_DESCRIPTOR *;
+
+extern "C" {
+// 1D: the trailing argument is the length (MKL_LONG).  md: dimension, then a
+// pointer to the lengths (const MKL_LONG *).
+MKL_LONG DftiCreateDescriptor_s_1d(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain, ...);
+MKL_LONG DftiCreateDescriptor_d_1d(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain, ...);
+MKL_LONG DftiCreateDescriptor_s_md(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain,
+                                   MKL_LONG dimension, ...);
+MKL_LONG DftiCreateDescriptor_d_md(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain,
+                                   MKL_LONG dimension, ...);
+// Values: MKL_LONG for counts, lengths (1D) and distances; DFTI_CONFIG_VALUE
+// for placement, storage and format; double for scales; const MKL_LONG * for
+// strides and multi-dimensional lengths.
+MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE handle, DFTI_CONFIG_PARAM param, ...);
+// Out-arguments: MKL_LONG * (or an array of them), DFTI_CONFIG_VALUE *, and
+// for scales float * or double * by the descriptor's precision.
+MKL_LONG DftiGetValue(DFTI_DESCRIPTOR_HANDLE handle, DFTI_CONFIG_PARAM param, ...);
+MKL_LONG DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE handle);
+// Out of place: (handle, input, output).  Inputs are never modified.
+MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE handle, void *input, ...);
+MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE handle, void *input, ...);
+// Frees the descriptor and sets *handle to null.
+MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle);
+}
+
+// The dispatching form used by the library.
+inline MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
+                                     DFTI_CONFIG_VALUE domain, MKL_LONG dimension,
+                                     const MKL_LONG *lengths) {
+    if (dimension == 1)
+        return precision == DFTI_SINGLE ? DftiCreateDescriptor_s_1d(handle, domain, lengths[0])
+                                        : DftiCreateDescriptor_d_1d(handle, domain, lengths[0]);
+    return precision == DFTI_SINGLE ? DftiCreateDescriptor_s_md(handle, domain, dimension, lengths)
+                                    : DftiCreateDescriptor_d_md(handle, domain, dimension, lengths);
+}

@@ -1,0 +1,645 @@
+// The DFTI subset on FFTW 3.
+//
+// A descriptor records the configuration; commit checks it; the FFTW plans are
+// made lazily at the first computation of each direction and alignment class
+// and kept in the descriptor.  FFTW runs a plan only on arrays of the
+// alignment class it was planned for (fftw_alignment_of), and host data are
+// usually not 16-byte aligned, so a plan is kept per (direction, input class,
+// output class).  A misaligned dense output is produced in an aligned buffer
+// and copied out, which measured faster than a plan for misaligned output.
+// Multi-dimensional c2r overwrites its input in FFTW, so that input is copied
+// to an aligned buffer first: inputs are never modified.  The planner is not
+// thread-safe: every planner call and plan destruction holds one lock.
+#include <fftw3.h>
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+
+#include "engine/dfti.h"
+#include "engine/engine_settings.h"
+#include "engine/engine_testing.h"
+
+namespace {
+
+std::mutex g_planner_mutex;
+
+// ---- counters and fault injection -------------------------------------------
+
+std::atomic<long> g_creates{0}, g_commits{0}, g_frees{0}, g_computes{0}, g_live{0};
+std::mutex g_fault_mutex;
+int g_fault_countdown[static_cast<int>(fennel::engine::Call::kCount)] = {};
+
+bool Fault(fennel::engine::Call call) {
+    std::lock_guard<std::mutex> lock(g_fault_mutex);
+    int &countdown = g_fault_countdown[static_cast<int>(call)];
+    if (countdown <= 0) return false;
+    return --countdown == 0;
+}
+
+// ---- FFTW in two precisions ---------------------------------------------------
+
+template <class R> struct Fftw;
+
+template <> struct Fftw<double> {
+    using Plan = fftw_plan;
+    using Cx = fftw_complex;
+    static Plan Dft(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
+                    void *out, int sign, unsigned flags) {
+        return fftw_plan_guru64_dft(rank, dims, hr, hm, static_cast<Cx *>(in),
+                                    static_cast<Cx *>(out), sign, flags);
+    }
+    static Plan R2C(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
+                    void *out, unsigned flags) {
+        return fftw_plan_guru64_dft_r2c(rank, dims, hr, hm, static_cast<double *>(in),
+                                        static_cast<Cx *>(out), flags);
+    }
+    static Plan C2R(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
+                    void *out, unsigned flags) {
+        return fftw_plan_guru64_dft_c2r(rank, dims, hr, hm, static_cast<Cx *>(in),
+                                        static_cast<double *>(out), flags);
+    }
+    static void ExecDft(Plan p, void *in, void *out) {
+        fftw_execute_dft(p, static_cast<Cx *>(in), static_cast<Cx *>(out));
+    }
+    static void ExecR2C(Plan p, void *in, void *out) {
+        fftw_execute_dft_r2c(p, static_cast<double *>(in), static_cast<Cx *>(out));
+    }
+    static void ExecC2R(Plan p, void *in, void *out) {
+        fftw_execute_dft_c2r(p, static_cast<Cx *>(in), static_cast<double *>(out));
+    }
+    static void Destroy(Plan p) { fftw_destroy_plan(p); }
+    static int AlignmentOf(void *p) { return fftw_alignment_of(static_cast<double *>(p)); }
+};
+
+template <> struct Fftw<float> {
+    using Plan = fftwf_plan;
+    using Cx = fftwf_complex;
+    static Plan Dft(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
+                    void *out, int sign, unsigned flags) {
+        return fftwf_plan_guru64_dft(rank, reinterpret_cast<const fftwf_iodim64 *>(dims), hr,
+                                     reinterpret_cast<const fftwf_iodim64 *>(hm),
+                                     static_cast<Cx *>(in), static_cast<Cx *>(out), sign, flags);
+    }
+    static Plan R2C(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
+                    void *out, unsigned flags) {
+        return fftwf_plan_guru64_dft_r2c(rank, reinterpret_cast<const fftwf_iodim64 *>(dims), hr,
+                                         reinterpret_cast<const fftwf_iodim64 *>(hm),
+                                         static_cast<float *>(in), static_cast<Cx *>(out), flags);
+    }
+    static Plan C2R(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
+                    void *out, unsigned flags) {
+        return fftwf_plan_guru64_dft_c2r(rank, reinterpret_cast<const fftwf_iodim64 *>(dims), hr,
+                                         reinterpret_cast<const fftwf_iodim64 *>(hm),
+                                         static_cast<Cx *>(in), static_cast<float *>(out), flags);
+    }
+    static void ExecDft(Plan p, void *in, void *out) {
+        fftwf_execute_dft(p, static_cast<Cx *>(in), static_cast<Cx *>(out));
+    }
+    static void ExecR2C(Plan p, void *in, void *out) {
+        fftwf_execute_dft_r2c(p, static_cast<float *>(in), static_cast<Cx *>(out));
+    }
+    static void ExecC2R(Plan p, void *in, void *out) {
+        fftwf_execute_dft_c2r(p, static_cast<Cx *>(in), static_cast<float *>(out));
+    }
+    static void Destroy(Plan p) { fftwf_destroy_plan(p); }
+    static int AlignmentOf(void *p) { return fftwf_alignment_of(static_cast<float *>(p)); }
+};
+
+constexpr int kMaxPlans = 12;
+
+struct PlanEntry {
+    bool forward;
+    int in_class;
+    int out_class;
+    void *plan;
+};
+
+// Geometry of one direction: the input and output side of the computation.
+struct Layout {
+    int rank;
+    ptrdiff_t n[3];        // logical lengths
+    ptrdiff_t in_dims[3];  // per-side lengths (the complex side of a real
+    ptrdiff_t out_dims[3]; // transform holds n/2 + 1 in its last dimension)
+    ptrdiff_t is[4], os[4];  // [0]: offset of the first element, then strides
+    ptrdiff_t howmany, idist, odist;
+    size_t in_bytes, out_bytes;  // bytes of one element on each side
+};
+
+}  // namespace
+
+struct DFTI_DESCRIPTOR {
+    DFTI_CONFIG_VALUE precision;
+    DFTI_CONFIG_VALUE domain;
+    int rank;
+    MKL_LONG lengths[3];
+    MKL_LONG in_strides[4];
+    MKL_LONG out_strides[4];
+    bool in_strides_set;
+    bool out_strides_set;
+    DFTI_CONFIG_VALUE placement;
+    DFTI_CONFIG_VALUE ce_storage;
+    DFTI_CONFIG_VALUE packed_format;
+    double forward_scale;
+    double backward_scale;
+    MKL_LONG howmany;
+    MKL_LONG in_distance;
+    MKL_LONG out_distance;
+    bool committed;
+    int plan_count;
+    PlanEntry plans[kMaxPlans];
+    void *in_buffer;
+    size_t in_buffer_bytes;
+    void *out_buffer;
+    size_t out_buffer_bytes;
+};
+
+namespace {
+
+void DestroyPlans(DFTI_DESCRIPTOR *d) {
+    if (d->plan_count == 0) return;
+    std::lock_guard<std::mutex> lock(g_planner_mutex);
+    for (int i = 0; i < d->plan_count; ++i) {
+        if (d->precision == DFTI_SINGLE)
+            Fftw<float>::Destroy(static_cast<fftwf_plan>(d->plans[i].plan));
+        else
+            Fftw<double>::Destroy(static_cast<fftw_plan>(d->plans[i].plan));
+    }
+    d->plan_count = 0;
+}
+
+void ReleaseBuffers(DFTI_DESCRIPTOR *d) {
+    fftw_free(d->in_buffer);
+    fftw_free(d->out_buffer);
+    d->in_buffer = d->out_buffer = nullptr;
+    d->in_buffer_bytes = d->out_buffer_bytes = 0;
+}
+
+// Any change of configuration uncommits the descriptor.
+void Uncommit(DFTI_DESCRIPTOR *d) {
+    DestroyPlans(d);
+    ReleaseBuffers(d);
+    d->committed = false;
+}
+
+void RowMajor(int rank, const ptrdiff_t *dims, ptrdiff_t *strides) {
+    strides[0] = 0;
+    ptrdiff_t s = 1;
+    for (int i = rank; i >= 1; --i) {
+        strides[i] = s;
+        s *= dims[i - 1];
+    }
+}
+
+Layout MakeLayout(const DFTI_DESCRIPTOR *d, bool forward) {
+    Layout l{};
+    l.rank = d->rank;
+    const bool real = d->domain == DFTI_REAL;
+    ptrdiff_t real_dims[3], complex_dims[3];
+    for (int i = 0; i < d->rank; ++i) {
+        l.n[i] = d->lengths[i];
+        real_dims[i] = complex_dims[i] = d->lengths[i];
+    }
+    if (real) complex_dims[d->rank - 1] = d->lengths[d->rank - 1] / 2 + 1;
+    const size_t component = d->precision == DFTI_SINGLE ? 4 : 8;
+    const size_t real_bytes = real ? component : 2 * component;
+    const size_t complex_bytes = 2 * component;
+    const ptrdiff_t *in_dims = forward ? real_dims : complex_dims;
+    const ptrdiff_t *out_dims = forward ? complex_dims : real_dims;
+    l.in_bytes = forward ? real_bytes : complex_bytes;
+    l.out_bytes = forward ? complex_bytes : real_bytes;
+    for (int i = 0; i < d->rank; ++i) {
+        l.in_dims[i] = in_dims[i];
+        l.out_dims[i] = out_dims[i];
+    }
+    if (d->in_strides_set) {
+        for (int i = 0; i <= d->rank; ++i) l.is[i] = d->in_strides[i];
+    } else {
+        RowMajor(d->rank, in_dims, l.is);
+    }
+    if (d->out_strides_set) {
+        for (int i = 0; i <= d->rank; ++i) l.os[i] = d->out_strides[i];
+    } else {
+        RowMajor(d->rank, out_dims, l.os);
+    }
+    ptrdiff_t in_count = 1, out_count = 1;
+    for (int i = 0; i < d->rank; ++i) {
+        in_count *= in_dims[i];
+        out_count *= out_dims[i];
+    }
+    l.howmany = d->howmany;
+    l.idist = d->in_distance != 0 ? d->in_distance : in_count;
+    l.odist = d->out_distance != 0 ? d->out_distance : out_count;
+    return l;
+}
+
+// Number of elements from the first touched element to the last, inclusive.
+ptrdiff_t Span(int rank, const ptrdiff_t *dims, const ptrdiff_t *strides, ptrdiff_t howmany,
+               ptrdiff_t dist) {
+    ptrdiff_t last = (howmany - 1) * dist;
+    for (int i = 0; i < rank; ++i) last += (dims[i] - 1) * strides[i + 1];
+    return last + 1;
+}
+
+bool Dense(int rank, const ptrdiff_t *dims, const ptrdiff_t *strides, ptrdiff_t howmany,
+           ptrdiff_t dist) {
+    ptrdiff_t count = howmany;
+    for (int i = 0; i < rank; ++i) count *= dims[i];
+    return Span(rank, dims, strides, howmany, dist) == count;
+}
+
+// Ensures a buffer of at least bytes, aligned for every FFTW class 0 plan.
+bool EnsureBuffer(void *&buffer, size_t &have, size_t bytes) {
+    if (have >= bytes) return true;
+    fftw_free(buffer);
+    buffer = fftw_malloc(bytes);
+    have = buffer != nullptr ? bytes : 0;
+    return buffer != nullptr;
+}
+
+unsigned PlannerFlags(ptrdiff_t total) {
+    switch (fennel::engine::PlannerEffortFor(total)) {
+        case fennel::engine::Effort::kEstimate: return FFTW_ESTIMATE;
+        case fennel::engine::Effort::kMeasure: return FFTW_MEASURE;
+        case fennel::engine::Effort::kPatient: return FFTW_PATIENT;
+    }
+    return FFTW_ESTIMATE;
+}
+
+template <class R>
+void *MakePlan(const DFTI_DESCRIPTOR *d, const Layout &l, bool forward, int in_class,
+               int out_class) {
+    fftw_iodim64 dims[3], hm;
+    ptrdiff_t total = 1;
+    for (int i = 0; i < l.rank; ++i) {
+        dims[i].n = l.n[i];
+        dims[i].is = l.is[i + 1];
+        dims[i].os = l.os[i + 1];
+        total *= l.n[i];
+    }
+    hm.n = l.howmany;
+    hm.is = l.idist;
+    hm.os = l.odist;
+    const size_t in_span = Span(l.rank, l.in_dims, l.is, l.howmany, l.idist) * l.in_bytes;
+    const size_t out_span = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * l.out_bytes;
+
+    // Planning may overwrite its arrays: plan on buffers of the same classes.
+    std::lock_guard<std::mutex> lock(g_planner_mutex);
+    fennel::engine::ApplyThreadCount(total * l.howmany);
+    char *in_block = static_cast<char *>(fftw_malloc(in_span + 64));
+    char *out_block = static_cast<char *>(fftw_malloc(out_span + 64));
+    void *plan = nullptr;
+    if (in_block != nullptr && out_block != nullptr) {
+        char *in = in_block + in_class;
+        char *out = out_block + out_class;
+        std::memset(in, 0, in_span);
+        unsigned flags = PlannerFlags(total * l.howmany);
+        const bool real = d->domain == DFTI_REAL;
+        if (!real) {
+            plan = Fftw<R>::Dft(l.rank, dims, 1, &hm, in, out, forward ? FFTW_FORWARD : FFTW_BACKWARD,
+                                flags);
+        } else if (forward) {
+            plan = Fftw<R>::R2C(l.rank, dims, 1, &hm, in, out, flags);
+        } else {
+            // 1D c2r can keep its input; multi-dimensional c2r runs on a copy.
+            plan = Fftw<R>::C2R(l.rank, dims, 1, &hm, in, out,
+                                flags | (l.rank == 1 ? FFTW_PRESERVE_INPUT : FFTW_DESTROY_INPUT));
+        }
+    }
+    fftw_free(in_block);
+    fftw_free(out_block);
+    return plan;
+}
+
+// Multiplies every output element the layout touches by scale.
+template <class R>
+void ScaleOutput(const Layout &l, void *out, double scale, bool complex_out) {
+    const R s = static_cast<R>(scale);
+    R *base = static_cast<R *>(out);
+    const int k = complex_out ? 2 : 1;
+    if (Dense(l.rank, l.out_dims, l.os, l.howmany, l.odist)) {
+        const ptrdiff_t count = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * k;
+        for (ptrdiff_t i = 0; i < count; ++i) base[i] *= s;
+        return;
+    }
+    ptrdiff_t d0 = l.out_dims[0], d1 = l.rank > 1 ? l.out_dims[1] : 1,
+              d2 = l.rank > 2 ? l.out_dims[2] : 1;
+    ptrdiff_t s0 = l.os[1], s1 = l.rank > 1 ? l.os[2] : 0, s2 = l.rank > 2 ? l.os[3] : 0;
+    for (ptrdiff_t h = 0; h < l.howmany; ++h)
+        for (ptrdiff_t i = 0; i < d0; ++i)
+            for (ptrdiff_t j = 0; j < d1; ++j)
+                for (ptrdiff_t m = 0; m < d2; ++m) {
+                    R *e = base + (h * l.odist + i * s0 + j * s1 + m * s2) * k;
+                    for (int c = 0; c < k; ++c) e[c] *= s;
+                }
+}
+
+template <class R>
+MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output) {
+    if (Fault(fennel::engine::Call::kCompute)) return DFTI_INCONSISTENT_CONFIGURATION;
+    if (d == nullptr || !d->committed) return DFTI_BAD_DESCRIPTOR;
+    if (input == nullptr || output == nullptr || input == output) return DFTI_INVALID_CONFIGURATION;
+    const Layout l = MakeLayout(d, forward);
+    char *in = static_cast<char *>(input) + l.is[0] * l.in_bytes;
+    char *out = static_cast<char *>(output) + l.os[0] * l.out_bytes;
+    const bool real = d->domain == DFTI_REAL;
+    const size_t in_span = Span(l.rank, l.in_dims, l.is, l.howmany, l.idist) * l.in_bytes;
+    const size_t out_span = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * l.out_bytes;
+
+    const bool copy_in = real && !forward && l.rank > 1;
+    int in_class = copy_in ? 0 : Fftw<R>::AlignmentOf(in);
+    int out_class = Fftw<R>::AlignmentOf(out);
+    const bool copy_out = out_class != 0 && Dense(l.rank, l.out_dims, l.os, l.howmany, l.odist);
+    if (copy_out) out_class = 0;
+
+    void *src = in;
+    void *dst = out;
+    if (copy_in) {
+        if (!EnsureBuffer(d->in_buffer, d->in_buffer_bytes, in_span)) return DFTI_MEMORY_ERROR;
+        std::memcpy(d->in_buffer, in, in_span);
+        src = d->in_buffer;
+    }
+    if (copy_out) {
+        if (!EnsureBuffer(d->out_buffer, d->out_buffer_bytes, out_span)) return DFTI_MEMORY_ERROR;
+        dst = d->out_buffer;
+    }
+
+    void *plan = nullptr;
+    for (int i = 0; i < d->plan_count; ++i) {
+        const PlanEntry &e = d->plans[i];
+        if (e.forward == forward && e.in_class == in_class && e.out_class == out_class) {
+            plan = e.plan;
+            break;
+        }
+    }
+    if (plan == nullptr) {
+        if (d->plan_count == kMaxPlans) DestroyPlans(d);
+        plan = MakePlan<R>(d, l, forward, in_class, out_class);
+        if (plan == nullptr) return DFTI_UNIMPLEMENTED;
+        d->plans[d->plan_count++] = PlanEntry{forward, in_class, out_class, plan};
+    }
+
+    using P = typename Fftw<R>::Plan;
+    if (!real)
+        Fftw<R>::ExecDft(static_cast<P>(plan), src, dst);
+    else if (forward)
+        Fftw<R>::ExecR2C(static_cast<P>(plan), src, dst);
+    else
+        Fftw<R>::ExecC2R(static_cast<P>(plan), src, dst);
+
+    if (copy_out) std::memcpy(out, dst, out_span);
+    const double scale = forward ? d->forward_scale : d->backward_scale;
+    if (scale != 1.0) ScaleOutput<R>(l, out, scale, !real || forward);
+    ++g_computes;
+    return DFTI_NO_ERROR;
+}
+
+MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
+                DFTI_CONFIG_VALUE domain, MKL_LONG rank, const MKL_LONG *lengths) {
+    if (handle == nullptr) return DFTI_INVALID_CONFIGURATION;
+    *handle = nullptr;
+    if (Fault(fennel::engine::Call::kCreate)) return DFTI_MEMORY_ERROR;
+    if (domain != DFTI_REAL && domain != DFTI_COMPLEX) return DFTI_INVALID_CONFIGURATION;
+    if (rank < 1 || rank > 3) return DFTI_UNIMPLEMENTED;
+    for (MKL_LONG i = 0; i < rank; ++i)
+        if (lengths[i] < 1) return DFTI_INVALID_CONFIGURATION;
+    auto *d = static_cast<DFTI_DESCRIPTOR *>(fftw_malloc(sizeof(DFTI_DESCRIPTOR)));
+    if (d == nullptr) return DFTI_MEMORY_ERROR;
+    std::memset(static_cast<void *>(d), 0, sizeof *d);
+    d->precision = precision;
+    d->domain = domain;
+    d->rank = static_cast<int>(rank);
+    for (MKL_LONG i = 0; i < rank; ++i) d->lengths[i] = lengths[i];
+    d->placement = DFTI_INPLACE;
+    d->ce_storage = DFTI_COMPLEX_REAL;
+    d->packed_format = DFTI_CCS_FORMAT;
+    d->forward_scale = d->backward_scale = 1.0;
+    d->howmany = 1;
+    *handle = d;
+    ++g_creates;
+    ++g_live;
+    return DFTI_NO_ERROR;
+}
+
+}  // namespace
+
+// ---- the interface ------------------------------------------------------------
+
+extern "C" {
+
+MKL_LONG DftiCreateDescriptor_s_1d(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain, ...) {
+    va_list ap;
+    va_start(ap, domain);
+    const MKL_LONG length = va_arg(ap, MKL_LONG);
+    va_end(ap);
+    return Create(handle, DFTI_SINGLE, domain, 1, &length);
+}
+
+MKL_LONG DftiCreateDescriptor_d_1d(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain, ...) {
+    va_list ap;
+    va_start(ap, domain);
+    const MKL_LONG length = va_arg(ap, MKL_LONG);
+    va_end(ap);
+    return Create(handle, DFTI_DOUBLE, domain, 1, &length);
+}
+
+MKL_LONG DftiCreateDescriptor_s_md(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain,
+                                   MKL_LONG dimension, ...) {
+    va_list ap;
+    va_start(ap, dimension);
+    const MKL_LONG *lengths = va_arg(ap, const MKL_LONG *);
+    va_end(ap);
+    return Create(handle, DFTI_SINGLE, domain, dimension, lengths);
+}
+
+MKL_LONG DftiCreateDescriptor_d_md(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain,
+                                   MKL_LONG dimension, ...) {
+    va_list ap;
+    va_start(ap, dimension);
+    const MKL_LONG *lengths = va_arg(ap, const MKL_LONG *);
+    va_end(ap);
+    return Create(handle, DFTI_DOUBLE, domain, dimension, lengths);
+}
+
+MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM param, ...) {
+    if (Fault(fennel::engine::Call::kSetValue)) return DFTI_INVALID_CONFIGURATION;
+    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
+    va_list ap;
+    va_start(ap, param);
+    MKL_LONG status = DFTI_NO_ERROR;
+    switch (param) {
+        case DFTI_LENGTHS:
+            if (d->rank == 1) {
+                const MKL_LONG n = va_arg(ap, MKL_LONG);
+                if (n < 1) status = DFTI_INVALID_CONFIGURATION;
+                else d->lengths[0] = n;
+            } else {
+                const MKL_LONG *n = va_arg(ap, const MKL_LONG *);
+                for (int i = 0; i < d->rank; ++i)
+                    if (n[i] < 1) status = DFTI_INVALID_CONFIGURATION;
+                if (status == DFTI_NO_ERROR)
+                    for (int i = 0; i < d->rank; ++i) d->lengths[i] = n[i];
+            }
+            break;
+        case DFTI_INPUT_STRIDES:
+        case DFTI_OUTPUT_STRIDES: {
+            const MKL_LONG *s = va_arg(ap, const MKL_LONG *);
+            MKL_LONG *dst = param == DFTI_INPUT_STRIDES ? d->in_strides : d->out_strides;
+            for (int i = 0; i <= d->rank; ++i) dst[i] = s[i];
+            (param == DFTI_INPUT_STRIDES ? d->in_strides_set : d->out_strides_set) = true;
+            break;
+        }
+        case DFTI_PLACEMENT: {
+            const int v = va_arg(ap, int);
+            if (v != DFTI_INPLACE && v != DFTI_NOT_INPLACE) status = DFTI_INVALID_CONFIGURATION;
+            else d->placement = static_cast<DFTI_CONFIG_VALUE>(v);
+            break;
+        }
+        case DFTI_CONJUGATE_EVEN_STORAGE: {
+            const int v = va_arg(ap, int);
+            if (v != DFTI_COMPLEX_COMPLEX && v != DFTI_COMPLEX_REAL) status = DFTI_INVALID_CONFIGURATION;
+            else d->ce_storage = static_cast<DFTI_CONFIG_VALUE>(v);
+            break;
+        }
+        case DFTI_PACKED_FORMAT: {
+            const int v = va_arg(ap, int);
+            if (v != DFTI_CCS_FORMAT && v != DFTI_CCE_FORMAT) status = DFTI_UNIMPLEMENTED;
+            else d->packed_format = static_cast<DFTI_CONFIG_VALUE>(v);
+            break;
+        }
+        case DFTI_FORWARD_SCALE: d->forward_scale = va_arg(ap, double); break;
+        case DFTI_BACKWARD_SCALE: d->backward_scale = va_arg(ap, double); break;
+        case DFTI_NUMBER_OF_TRANSFORMS: {
+            const MKL_LONG n = va_arg(ap, MKL_LONG);
+            if (n < 1) status = DFTI_INVALID_CONFIGURATION;
+            else d->howmany = n;
+            break;
+        }
+        case DFTI_INPUT_DISTANCE: d->in_distance = va_arg(ap, MKL_LONG); break;
+        case DFTI_OUTPUT_DISTANCE: d->out_distance = va_arg(ap, MKL_LONG); break;
+        default: status = DFTI_INVALID_CONFIGURATION; break;
+    }
+    va_end(ap);
+    if (status == DFTI_NO_ERROR) Uncommit(d);
+    return status;
+}
+
+MKL_LONG DftiGetValue(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM param, ...) {
+    if (Fault(fennel::engine::Call::kGetValue)) return DFTI_INVALID_CONFIGURATION;
+    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
+    va_list ap;
+    va_start(ap, param);
+    MKL_LONG status = DFTI_NO_ERROR;
+    switch (param) {
+        case DFTI_LENGTHS: {
+            MKL_LONG *out = va_arg(ap, MKL_LONG *);
+            for (int i = 0; i < d->rank; ++i) out[i] = d->lengths[i];
+            break;
+        }
+        case DFTI_DIMENSION: *va_arg(ap, MKL_LONG *) = d->rank; break;
+        case DFTI_INPUT_STRIDES:
+        case DFTI_OUTPUT_STRIDES: {
+            MKL_LONG *out = va_arg(ap, MKL_LONG *);
+            const bool input = param == DFTI_INPUT_STRIDES;
+            if (input ? d->in_strides_set : d->out_strides_set) {
+                for (int i = 0; i <= d->rank; ++i) out[i] = input ? d->in_strides[i] : d->out_strides[i];
+            } else {
+                const Layout l = MakeLayout(d, true);
+                for (int i = 0; i <= d->rank; ++i) out[i] = input ? l.is[i] : l.os[i];
+            }
+            break;
+        }
+        case DFTI_PRECISION: *va_arg(ap, DFTI_CONFIG_VALUE *) = d->precision; break;
+        case DFTI_FORWARD_DOMAIN: *va_arg(ap, DFTI_CONFIG_VALUE *) = d->domain; break;
+        case DFTI_PLACEMENT: *va_arg(ap, DFTI_CONFIG_VALUE *) = d->placement; break;
+        case DFTI_CONJUGATE_EVEN_STORAGE: *va_arg(ap, DFTI_CONFIG_VALUE *) = d->ce_storage; break;
+        case DFTI_PACKED_FORMAT: *va_arg(ap, DFTI_CONFIG_VALUE *) = d->packed_format; break;
+        case DFTI_COMMIT_STATUS:
+            *va_arg(ap, DFTI_CONFIG_VALUE *) = d->committed ? DFTI_COMMITTED : DFTI_UNCOMMITTED;
+            break;
+        case DFTI_FORWARD_SCALE:
+        case DFTI_BACKWARD_SCALE: {
+            const double v = param == DFTI_FORWARD_SCALE ? d->forward_scale : d->backward_scale;
+            if (d->precision == DFTI_SINGLE) *va_arg(ap, float *) = static_cast<float>(v);
+            else *va_arg(ap, double *) = v;
+            break;
+        }
+        case DFTI_NUMBER_OF_TRANSFORMS: *va_arg(ap, MKL_LONG *) = d->howmany; break;
+        case DFTI_INPUT_DISTANCE: *va_arg(ap, MKL_LONG *) = d->in_distance; break;
+        case DFTI_OUTPUT_DISTANCE: *va_arg(ap, MKL_LONG *) = d->out_distance; break;
+        default: status = DFTI_INVALID_CONFIGURATION; break;
+    }
+    va_end(ap);
+    return status;
+}
+
+MKL_LONG DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE d) {
+    if (Fault(fennel::engine::Call::kCommit)) return DFTI_INCONSISTENT_CONFIGURATION;
+    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
+    // Only out-of-place transforms with non-negative strides are offered.
+    if (d->placement != DFTI_NOT_INPLACE) return DFTI_UNIMPLEMENTED;
+    for (int i = 0; i <= d->rank; ++i)
+        if ((d->in_strides_set && d->in_strides[i] < 0) || (d->out_strides_set && d->out_strides[i] < 0))
+            return DFTI_INVALID_CONFIGURATION;
+    if (d->howmany > 1 && (d->in_distance < 0 || d->out_distance < 0))
+        return DFTI_INVALID_CONFIGURATION;
+    Uncommit(d);
+    d->committed = true;
+    ++g_commits;
+    return DFTI_NO_ERROR;
+}
+
+MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE d, void *input, ...) {
+    va_list ap;
+    va_start(ap, input);
+    void *output = va_arg(ap, void *);
+    va_end(ap);
+    if (d != nullptr && d->precision == DFTI_SINGLE) return Compute<float>(d, true, input, output);
+    return Compute<double>(d, true, input, output);
+}
+
+MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE d, void *input, ...) {
+    va_list ap;
+    va_start(ap, input);
+    void *output = va_arg(ap, void *);
+    va_end(ap);
+    if (d != nullptr && d->precision == DFTI_SINGLE) return Compute<float>(d, false, input, output);
+    return Compute<double>(d, false, input, output);
+}
+
+MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle) {
+    if (Fault(fennel::engine::Call::kFree)) return DFTI_MEMORY_ERROR;
+    if (handle == nullptr || *handle == nullptr) return DFTI_BAD_DESCRIPTOR;
+    Uncommit(*handle);
+    fftw_free(*handle);
+    *handle = nullptr;
+    ++g_frees;
+    --g_live;
+    return DFTI_NO_ERROR;
+}
+
+}  // extern "C"
+
+namespace fennel::engine {
+
+Counters GetCounters() {
+    return Counters{g_creates.load(), g_commits.load(), g_frees.load(), g_computes.load(),
+                    g_live.load()};
+}
+
+void ResetCounters() { g_creates = g_commits = g_frees = g_computes = 0; }
+
+void FailCall(Call call, int nth) {
+    std::lock_guard<std::mutex> lock(g_fault_mutex);
+    g_fault_countdown[static_cast<int>(call)] = nth;
+}
+
+void ClearFaults() {
+    std::lock_guard<std::mutex> lock(g_fault_mutex);
+    for (int &c : g_fault_countdown) c = 0;
+}
+
+}  // namespace fennel::engine

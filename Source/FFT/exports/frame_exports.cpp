@@ -1,0 +1,27 @@
+// Plan-handle release and host-binding entries.
+#include "fennel_dsp.h"
+#include "frame/host_services.h"
+#include "frame/plan.h"
+
+extern "C" {
+
+FENNEL_DSP_API int32_t FreeMKLDftiDescH(FDPlanHandle *plan) { return fennel::FreeDftiPlan(plan); }
+
+FENNEL_DSP_API int32_t FreeMKLDCTDSTiDescH(FDPlanHandle *plan) { return fennel::FreeTrigPlan(plan); }
+
+FENNEL_DSP_API void SetFNRTModuleHook(void) {}
+
+// The same function as SetFNRTModuleHook under a second export name.
+FENNEL_DSP_API void SetFNRTTLSIndexHook(void) __attribute__((alias("SetFNRTModuleHook")));
+
+FENNEL_DSP_API void SetFNRTModule(void *module) {
+    fennel::SetHostModule(module);
+    SetFNRTModuleHook();
+}
+
+FENNEL_DSP_API void SetFNRTTLSIndex(uint32_t index) {
+    fennel::SetHostTlsIndex(index);
+    SetFNRTModuleHook();
+}
+
+}  // extern "C"

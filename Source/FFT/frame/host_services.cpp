@@ -1,0 +1,96 @@
+// Binding to the host's memory services.
+//
+// Each service has a record holding the resolved function and the module it
+// came from.  Every call first finds the host module: the value of the host's
+// thread-local slot when one was named and is set, else the module named by
+// SetFNRTModule, else the process's global symbol scope (which stands for the
+// main executable on Linux).  A record is looked up again whenever the host
+// module differs from the one it was resolved in.  A missing service ends the
+// process with the "Fatal Error" message on standard error and exit code 1.
+#include "frame/host_services.h"
+
+#include <dlfcn.h>
+#include <pthread.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+
+namespace fennel {
+namespace {
+
+constexpr uint32_t kNoSlot = 0xFFFFFFFFu;
+
+std::atomic<void *> g_module_override{nullptr};
+std::atomic<uint32_t> g_tls_index{kNoSlot};
+
+struct ServiceRecord {
+    std::atomic<void *> function{nullptr};
+    std::atomic<void *> module{nullptr};
+    const char *name;
+};
+
+ServiceRecord g_resize{{nullptr}, {nullptr}, "NumericArrayResize"};
+ServiceRecord g_new_ptr{{nullptr}, {nullptr}, "DSNewPtr"};
+ServiceRecord g_dispose_ptr{{nullptr}, {nullptr}, "DSDisposePtr"};
+
+[[noreturn]] void FatalError(const char *text) {
+    std::fprintf(stderr, "Fatal Error: %s\n", text);
+    std::fflush(stderr);
+    std::_Exit(1);
+}
+
+void *FindHostModule() {
+    const uint32_t slot = g_tls_index.load(std::memory_order_relaxed);
+    if (slot < kNoSlot) {
+        void *value = pthread_getspecific(static_cast<pthread_key_t>(slot));
+        if (value != nullptr) return value;
+    }
+    void *module = g_module_override.load(std::memory_order_relaxed);
+    if (module != nullptr) return module;
+    return RTLD_DEFAULT;
+}
+
+void *Resolve(ServiceRecord &record) {
+    void *module = FindHostModule();
+    void *function = record.function.load(std::memory_order_relaxed);
+    if (function == nullptr || record.module.load(std::memory_order_relaxed) != module) {
+        function = dlsym(module, record.name);
+        record.function.store(function, std::memory_order_relaxed);
+        record.module.store(module, std::memory_order_relaxed);
+    }
+    if (function == nullptr) {
+        char text[300];
+        std::snprintf(text, sizeof text, "FENNELV.LIB could not locate \"%s\".", record.name);
+        FatalError(text);
+    }
+    return function;
+}
+
+}  // namespace
+
+int32_t HostNumericArrayResize(int32_t typeCode, int32_t numDims, void ***handle,
+                               int64_t totalElements) noexcept {
+    using Fn = int32_t (*)(int32_t, int32_t, void ***, int64_t);
+    return reinterpret_cast<Fn>(Resolve(g_resize))(typeCode, numDims, handle, totalElements);
+}
+
+void *HostNewPtr(size_t size) noexcept {
+    using Fn = void *(*)(size_t);
+    return reinterpret_cast<Fn>(Resolve(g_new_ptr))(size);
+}
+
+void HostDisposePtr(void *pointer) noexcept {
+    using Fn = void (*)(void *);
+    reinterpret_cast<Fn>(Resolve(g_dispose_ptr))(pointer);
+}
+
+void SetHostModule(void *module) noexcept {
+    g_module_override.store(module, std::memory_order_relaxed);
+}
+
+void SetHostTlsIndex(uint32_t index) noexcept {
+    g_tls_index.store(index, std::memory_order_relaxed);
+}
+
+}  // namespace fennel

@@ -1,0 +1,236 @@
+// The DFTI engine on its own: every geometry the library uses against a naive
+// DFT, at every alignment class, with inputs left untouched.
+#include <cstdlib>
+#include <limits>
+
+#include "engine/dfti.h"
+#include "support.h"
+
+namespace fennel::test {
+namespace {
+
+using LC = std::complex<long double>;
+
+// A raw buffer whose data start `offset` bytes after a 64-byte boundary.
+class Buffer {
+   public:
+    Buffer(size_t bytes, size_t offset)
+        : base_(static_cast<char *>(std::aligned_alloc(64, (bytes + offset + 127) / 64 * 64))),
+          data_(base_ + offset) {}
+    ~Buffer() { std::free(base_); }
+    Buffer(const Buffer &) = delete;
+    Buffer &operator=(const Buffer &) = delete;
+    template <class T> T *as() const { return reinterpret_cast<T *>(data_); }
+
+   private:
+    char *base_;
+    char *data_;
+};
+
+// Full complex DFT of a row-major array of the given dims, naive per axis.
+std::vector<LC> NaiveDftMd(std::vector<LC> x, const std::vector<long> &dims, int sign) {
+    long inner = 1;
+    for (size_t a = dims.size(); a-- > 0;) {
+        const long n = dims[a];
+        const long outer = static_cast<long>(x.size()) / (n * inner);
+        for (long o = 0; o < outer; ++o)
+            for (long i = 0; i < inner; ++i) {
+                std::vector<LC> line(n);
+                for (long k = 0; k < n; ++k) line[k] = x[(o * n + k) * inner + i];
+                line = NaiveDft(line, sign);
+                for (long k = 0; k < n; ++k) x[(o * n + k) * inner + i] = line[k];
+            }
+        inner *= n;
+    }
+    return x;
+}
+
+struct Case {
+    std::vector<long> dims;
+    size_t in_offset;
+    size_t out_offset;
+};
+
+template <class R>
+class EngineTest : public HostTest {
+   protected:
+    static constexpr DFTI_CONFIG_VALUE kPrecision = std::is_same_v<R, float> ? DFTI_SINGLE : DFTI_DOUBLE;
+    using C = std::complex<R>;
+
+    DFTI_DESCRIPTOR_HANDLE Make(DFTI_CONFIG_VALUE domain, const std::vector<long> &dims,
+                                double backward_scale) {
+        DFTI_DESCRIPTOR_HANDLE d = nullptr;
+        EXPECT_EQ(DftiCreateDescriptor(&d, kPrecision, domain, static_cast<long>(dims.size()), dims.data()), 0);
+        EXPECT_EQ(DftiSetValue(d, DFTI_PLACEMENT, DFTI_NOT_INPLACE), 0);
+        if (domain == DFTI_REAL && dims.size() > 1) {
+            EXPECT_EQ(DftiSetValue(d, DFTI_CONJUGATE_EVEN_STORAGE, DFTI_COMPLEX_COMPLEX), 0);
+        }
+        EXPECT_EQ(DftiSetValue(d, DFTI_BACKWARD_SCALE, backward_scale), 0);
+        EXPECT_EQ(DftiCommitDescriptor(d), 0);
+        return d;
+    }
+
+    static std::vector<Case> Cases() {
+        std::vector<Case> cases;
+        const std::vector<std::vector<long>> shapes = {{1}, {2}, {7}, {16}, {60}, {97},
+                                                       {1, 5}, {4, 6}, {5, 3}, {3, 2, 5}, {2, 4, 4}};
+        for (const auto &s : shapes)
+            for (size_t in : {0, 4, 8, 12})
+                for (size_t out : {0, 8}) cases.push_back({s, in, out});
+        return cases;
+    }
+};
+
+using Precisions = ::testing::Types<float, double>;
+TYPED_TEST_SUITE(EngineTest, Precisions);
+
+TYPED_TEST(EngineTest, ComplexMatchesNaiveDftAtEveryAlignment) {
+    using C = typename TestFixture::C;
+    for (const Case &c : TestFixture::Cases()) {
+        long n = 1;
+        for (long d : c.dims) n *= d;
+        if (c.in_offset % sizeof(TypeParam) != 0) continue;
+        const double scale = 1.0 / static_cast<double>(n);
+        DFTI_DESCRIPTOR_HANDLE d = this->Make(DFTI_COMPLEX, c.dims, scale);
+        const auto x = Random<C>(n, static_cast<unsigned>(n));
+        Buffer in(n * sizeof(C), c.in_offset), out(n * sizeof(C), c.out_offset), back(n * sizeof(C), c.out_offset);
+        std::memcpy(in.as<C>(), x.data(), n * sizeof(C));
+        ASSERT_EQ(DftiComputeForward(d, in.as<C>(), out.as<C>()), 0);
+        ASSERT_EQ(DftiComputeBackward(d, out.as<C>(), back.as<C>()), 0);
+        std::vector<LC> wide(n);
+        for (long i = 0; i < n; ++i) wide[i] = Widen(x[i]);
+        const auto ref = NaiveDftMd(wide, c.dims, -1);
+        const double tol = Tolerance<TypeParam>(n) * std::sqrt(static_cast<double>(n)) * 2;
+        for (long i = 0; i < n; ++i) {
+            EXPECT_NEAR(out.as<C>()[i].real(), static_cast<double>(ref[i].real()), tol) << n << " at " << i;
+            EXPECT_NEAR(out.as<C>()[i].imag(), static_cast<double>(ref[i].imag()), tol) << n << " at " << i;
+            EXPECT_NEAR(back.as<C>()[i].real(), x[i].real(), tol) << n;
+            EXPECT_NEAR(back.as<C>()[i].imag(), x[i].imag(), tol) << n;
+        }
+        EXPECT_EQ(std::memcmp(in.as<C>(), x.data(), n * sizeof(C)), 0) << "input modified";
+        EXPECT_EQ(DftiFreeDescriptor(&d), 0);
+        EXPECT_EQ(d, nullptr);
+    }
+}
+
+TYPED_TEST(EngineTest, RealMatchesNaiveDftAndKeepsItsInput) {
+    using R = TypeParam;
+    using C = typename TestFixture::C;
+    for (const Case &c : TestFixture::Cases()) {
+        long n = 1;
+        for (long d : c.dims) n *= d;
+        const long last = c.dims.back(), half = last / 2 + 1, nc = n / last * half;
+        DFTI_DESCRIPTOR_HANDLE d = this->Make(DFTI_REAL, c.dims, 1.0 / static_cast<double>(n));
+        const auto x = Random<R>(n, static_cast<unsigned>(n + 1));
+        Buffer in(n * sizeof(R), c.in_offset), spec(nc * sizeof(C), c.out_offset),
+            spec_copy(nc * sizeof(C), 0), back(n * sizeof(R), c.in_offset);
+        std::memcpy(in.as<R>(), x.data(), n * sizeof(R));
+        ASSERT_EQ(DftiComputeForward(d, in.as<R>(), spec.as<C>()), 0);
+        std::memcpy(spec_copy.as<C>(), spec.as<C>(), nc * sizeof(C));
+        ASSERT_EQ(DftiComputeBackward(d, spec.as<C>(), back.as<R>()), 0);
+        EXPECT_EQ(std::memcmp(in.as<R>(), x.data(), n * sizeof(R)), 0) << "forward input modified";
+        EXPECT_EQ(std::memcmp(spec.as<C>(), spec_copy.as<C>(), nc * sizeof(C)), 0) << "backward input modified";
+        std::vector<LC> wide(n);
+        for (long i = 0; i < n; ++i) wide[i] = Widen(x[i]);
+        const auto ref = NaiveDftMd(wide, c.dims, -1);
+        const double tol = Tolerance<R>(n) * std::sqrt(static_cast<double>(n)) * 2;
+        for (long r = 0; r < n / last; ++r)
+            for (long k = 0; k < half; ++k) {
+                const C got = spec.as<C>()[r * half + k];
+                const LC want = ref[r * last + k];
+                EXPECT_NEAR(got.real(), static_cast<double>(want.real()), tol) << n;
+                EXPECT_NEAR(got.imag(), static_cast<double>(want.imag()), tol) << n;
+            }
+        for (long i = 0; i < n; ++i) EXPECT_NEAR(back.as<R>()[i], x[i], tol) << n;
+        EXPECT_EQ(DftiFreeDescriptor(&d), 0);
+    }
+}
+
+// A real inverse disregards the imaginary parts of the zero and Nyquist bins.
+TYPED_TEST(EngineTest, RealInverseIgnoresImaginaryPartsOfZeroAndNyquist) {
+    using R = TypeParam;
+    using C = typename TestFixture::C;
+    for (long n : {1L, 2L, 8L, 9L}) {
+        DFTI_DESCRIPTOR_HANDLE d = this->Make(DFTI_REAL, {n}, 1.0);
+        std::vector<C> spec(n / 2 + 1, C(1, 0)), spec_nan = spec;
+        spec_nan[0] = C(1, std::numeric_limits<R>::quiet_NaN());
+        if (n % 2 == 0) spec_nan[n / 2] = C(1, std::numeric_limits<R>::quiet_NaN());
+        std::vector<R> a(n), b(n);
+        ASSERT_EQ(DftiComputeBackward(d, spec.data(), a.data()), 0);
+        ASSERT_EQ(DftiComputeBackward(d, spec_nan.data(), b.data()), 0);
+        for (long i = 0; i < n; ++i) EXPECT_EQ(a[i], b[i]) << n << " at " << i;
+        EXPECT_EQ(DftiFreeDescriptor(&d), 0);
+    }
+}
+
+// Batched strided transforms: every column of a rows x cols matrix.
+TYPED_TEST(EngineTest, BatchedColumnsWithStridesAndDistances) {
+    using C = typename TestFixture::C;
+    const long rows = 6, cols = 5;
+    DFTI_DESCRIPTOR_HANDLE d = nullptr;
+    const long len[1] = {rows};
+    ASSERT_EQ(DftiCreateDescriptor(&d, TestFixture::kPrecision, DFTI_COMPLEX, 1, len), 0);
+    const MKL_LONG strides[2] = {0, cols};
+    ASSERT_EQ(DftiSetValue(d, DFTI_PLACEMENT, DFTI_NOT_INPLACE), 0);
+    ASSERT_EQ(DftiSetValue(d, DFTI_INPUT_STRIDES, strides), 0);
+    ASSERT_EQ(DftiSetValue(d, DFTI_OUTPUT_STRIDES, strides), 0);
+    ASSERT_EQ(DftiSetValue(d, DFTI_NUMBER_OF_TRANSFORMS, MKL_LONG{cols}), 0);
+    ASSERT_EQ(DftiSetValue(d, DFTI_INPUT_DISTANCE, MKL_LONG{1}), 0);
+    ASSERT_EQ(DftiSetValue(d, DFTI_OUTPUT_DISTANCE, MKL_LONG{1}), 0);
+    ASSERT_EQ(DftiCommitDescriptor(d), 0);
+    MKL_LONG got[2] = {};
+    ASSERT_EQ(DftiGetValue(d, DFTI_INPUT_STRIDES, got), 0);
+    EXPECT_EQ(got[1], cols);
+    const auto x = Random<C>(rows * cols, 3);
+    std::vector<C> y(rows * cols);
+    ASSERT_EQ(DftiComputeForward(d, const_cast<C *>(x.data()), y.data()), 0);
+    for (long c = 0; c < cols; ++c) {
+        std::vector<LC> col(rows);
+        for (long r = 0; r < rows; ++r) col[r] = Widen(x[r * cols + c]);
+        const auto ref = NaiveDft(col, -1);
+        for (long r = 0; r < rows; ++r) {
+            EXPECT_NEAR(y[r * cols + c].real(), static_cast<double>(ref[r].real()), 1e-5);
+            EXPECT_NEAR(y[r * cols + c].imag(), static_cast<double>(ref[r].imag()), 1e-5);
+        }
+    }
+    EXPECT_EQ(DftiFreeDescriptor(&d), 0);
+}
+
+TEST_F(HostTest, EngineFaultsCountersAndConfigurationRules) {
+    using engine::Call;
+    DFTI_DESCRIPTOR_HANDLE d = nullptr;
+    engine::FailCall(Call::kCreate);
+    EXPECT_NE(DftiCreateDescriptor_d_1d(&d, DFTI_COMPLEX, MKL_LONG{8}), 0);
+    EXPECT_EQ(d, nullptr);
+    ASSERT_EQ(DftiCreateDescriptor_d_1d(&d, DFTI_COMPLEX, MKL_LONG{8}), 0);
+    std::vector<std::complex<double>> a(8, 1.0), b(8);
+    // In-place is not offered, and an uncommitted descriptor does not compute.
+    EXPECT_NE(DftiCommitDescriptor(d), 0);
+    EXPECT_NE(DftiComputeForward(d, a.data(), b.data()), 0);
+    ASSERT_EQ(DftiSetValue(d, DFTI_PLACEMENT, DFTI_NOT_INPLACE), 0);
+    engine::FailCall(Call::kCommit);
+    EXPECT_NE(DftiCommitDescriptor(d), 0);
+    ASSERT_EQ(DftiCommitDescriptor(d), 0);
+    engine::FailCall(Call::kCompute, 2);
+    EXPECT_EQ(DftiComputeForward(d, a.data(), b.data()), 0);
+    EXPECT_NE(DftiComputeForward(d, a.data(), b.data()), 0);
+    EXPECT_DOUBLE_EQ(b[0].real(), 8.0);
+    // Changing a value uncommits.
+    ASSERT_EQ(DftiSetValue(d, DFTI_BACKWARD_SCALE, 0.5), 0);
+    EXPECT_NE(DftiComputeBackward(d, a.data(), b.data()), 0);
+    double scale = 0;
+    ASSERT_EQ(DftiGetValue(d, DFTI_BACKWARD_SCALE, &scale), 0);
+    EXPECT_EQ(scale, 0.5);
+    engine::FailCall(Call::kFree);
+    EXPECT_NE(DftiFreeDescriptor(&d), 0);
+    EXPECT_NE(d, nullptr);
+    const engine::Counters c = engine::GetCounters();
+    EXPECT_EQ(c.creates, 1);
+    EXPECT_EQ(c.commits, 1);
+    EXPECT_EQ(c.computes, 1);
+    EXPECT_EQ(DftiFreeDescriptor(&d), 0);
+    EXPECT_EQ(engine::GetCounters().frees, 1);
+}
+
+}  // namespace
+}  // namespace fennel::test

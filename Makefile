@@ -1,0 +1,37 @@
+# Entry points: `make demo` and `make test`.  Each installs the Debian
+# packages it needs, configures and builds first.
+PY        := /usr/bin/python3
+BUILD     := build
+ASAN      := build-asan
+JOBS      := $(shell nproc)
+
+.PHONY: all deps build build-asan demo test test-cpp test-asan test-python bench clean
+
+all: build
+
+deps:
+	@scripts/install-deps
+
+build: deps
+	@cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=Release >/dev/null
+	@cmake --build $(BUILD) -j$(JOBS)
+
+build-asan: deps
+	@cmake -S . -B $(ASAN) -DCMAKE_BUILD_TYPE=Debug -DFENNEL_SANITIZE=ON -DFENNEL_BENCH=OFF >/dev/null
+	@cmake --build $(ASAN) -j$(JOBS)
+
+demo: build
+	@$(BUILD)/bin/fennel_demo
+	@FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) examples/tour.py
+
+test: build build-asan
+	@cd $(BUILD) && ctest --output-on-failure -j$(JOBS)
+	@cd $(ASAN) && ASAN_OPTIONS=detect_leaks=1 ctest --output-on-failure -j$(JOBS) -E no_host
+	@FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) -m pytest -q -p no:cacheprovider tests/python
+
+bench: build
+	@for b in $(BUILD)/bin/bench_*; do $$b --benchmark_min_time=0.2; done
+	@FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) bench/bench_python.py
+
+clean:
+	rm -rf $(BUILD) $(ASAN)

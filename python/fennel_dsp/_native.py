@@ -1,0 +1,193 @@
+"""Loading of the stand-alone host and the library, and host-array conversion.
+
+The host (libfennel_host.so) is loaded with global visibility first: the
+library finds NumericArrayResize, DSNewPtr and DSDisposePtr in the process's
+global symbols.  Libraries are looked up in $FENNEL_DSP_LIB_DIR, then in the
+build/lib folder of the source tree.
+"""
+import ctypes
+import os
+import pathlib
+
+import numpy as np
+
+_HERE = pathlib.Path(__file__).resolve().parent
+
+
+def _lib_dir():
+    env = os.environ.get("FENNEL_DSP_LIB_DIR")
+    if env:
+        return pathlib.Path(env)
+    return _HERE.parent.parent / "build" / "lib"
+
+
+host = ctypes.CDLL(str(_lib_dir() / "libfennel_host.so"), mode=ctypes.RTLD_GLOBAL)
+lib = ctypes.CDLL(str(_lib_dir() / "libfennel_dsp.so"))
+
+Handle = ctypes.c_void_p            # a host array handle (void **)
+PlanSlot = ctypes.c_void_p          # the content of a plan handle
+
+host.FennelHostNewArray.restype = Handle
+host.FennelHostNewArray.argtypes = [ctypes.c_int32, ctypes.c_int32, ctypes.POINTER(ctypes.c_int32)]
+host.FennelHostArrayData.restype = ctypes.c_void_p
+host.FennelHostArrayData.argtypes = [Handle, ctypes.c_int32, ctypes.c_int32]
+host.FennelHostArrayDims.restype = None
+host.FennelHostArrayDims.argtypes = [Handle, ctypes.c_int32, ctypes.POINTER(ctypes.c_int32)]
+host.FennelHostFreeArray.restype = None
+host.FennelHostFreeArray.argtypes = [Handle]
+for _name in ("FennelHostFailResize", "FennelHostFailNewPtr"):
+    getattr(host, _name).argtypes = [ctypes.c_int64]
+for _name in ("FennelHostResizeCalls", "FennelHostLiveArrays", "FennelHostLivePtrs"):
+    getattr(host, _name).restype = ctypes.c_int64
+host.FennelHostSetPlacement.argtypes = [ctypes.c_int32]
+
+STATUS_NAMES = {
+    -20001: "STATUS_OUT_OF_MEMORY", -20003: "STATUS_EMPTY_ARRAY", -20008: "STATUS_EMPTY_OPERAND",
+    -20016: "STATUS_BAD_RESAMPLE_RATIO", -20020: "STATUS_BAND_EDGE_ABOVE_NYQUIST",
+    -20021: "STATUS_BAD_TAP_COUNT", -20022: "STATUS_BAD_DECIMATION_FACTOR",
+    -20023: "STATUS_BAD_FREQUENCY", -20033: "STATUS_EVEN_TAPS", -20043: "STATUS_BAD_PHASE",
+    -20046: "STATUS_OUTPUT_TOO_LARGE", -20059: "STATUS_BAD_START_OFFSET",
+    -20061: "STATUS_BAD_SELECTOR", -20075: "STATUS_TOO_MANY_TAPS",
+    -20140: "STATUS_BAD_SAMPLING_INTERVAL", -20999: "STATUS_NO_WORKSPACE",
+    -359501: "STATUS_DFTI_COMPUTE_FAILED", -359502: "STATUS_DFTI_SETUP_FAILED",
+    -359503: "STATUS_DFTI_FREE_FAILED",
+}
+
+
+class FennelError(RuntimeError):
+    """A negative status code returned by the library."""
+
+    def __init__(self, status, function):
+        self.status = status
+        super().__init__(f"{function} returned {status} ({STATUS_NAMES.get(status, 'unknown')})")
+
+
+def check(status, function):
+    if status < 0:
+        raise FennelError(status, function)
+    return status
+
+
+# numpy dtype -> (type code, export prefix)
+TYPE_CODES = {
+    np.dtype(np.float32): (9, "s"),
+    np.dtype(np.float64): (10, "d"),
+    np.dtype(np.complex64): (12, "c"),
+    np.dtype(np.complex128): (13, "z"),
+}
+COMPLEX_OF = {np.dtype(np.float32): np.dtype(np.complex64), np.dtype(np.float64): np.dtype(np.complex128),
+              np.dtype(np.complex64): np.dtype(np.complex64), np.dtype(np.complex128): np.dtype(np.complex128)}
+REAL_OF = {np.dtype(np.float32): np.dtype(np.float32), np.dtype(np.float64): np.dtype(np.float64),
+           np.dtype(np.complex64): np.dtype(np.float32), np.dtype(np.complex128): np.dtype(np.float64)}
+
+
+def as_supported(x, real_ok=True):
+    """x as a C-contiguous array of one of the four element types."""
+    x = np.asarray(x)
+    if x.dtype not in TYPE_CODES:
+        x = x.astype(np.complex128 if np.iscomplexobj(x) else np.float64)
+    if not real_ok and x.dtype.kind != "c":
+        x = x.astype(COMPLEX_OF[x.dtype])
+    return np.ascontiguousarray(x)
+
+
+class HostArray:
+    """An owned host array; freed when closed or collected."""
+
+    def __init__(self, dtype, shape):
+        self.dtype = np.dtype(dtype)
+        self.code = TYPE_CODES[self.dtype][0]
+        self.ndim = len(shape)
+        dims = (ctypes.c_int32 * self.ndim)(*shape)
+        self.handle = host.FennelHostNewArray(self.code, self.ndim, dims)
+        if not self.handle:
+            raise MemoryError("host array")
+
+    @classmethod
+    def from_numpy(cls, x):
+        a = cls(x.dtype, x.shape)
+        if x.size:
+            ctypes.memmove(a.address(), x.ctypes.data, x.nbytes)
+        return a
+
+    @classmethod
+    def empty(cls, dtype, ndim=1):
+        return cls(dtype, (0,) * ndim)
+
+    def address(self):
+        return host.FennelHostArrayData(self.handle, self.code, self.ndim)
+
+    def shape(self):
+        dims = (ctypes.c_int32 * self.ndim)()
+        host.FennelHostArrayDims(self.handle, self.ndim, dims)
+        return tuple(dims)
+
+    def to_numpy(self):
+        shape = self.shape()
+        out = np.empty(shape, dtype=self.dtype)
+        if out.size:
+            ctypes.memmove(out.ctypes.data, self.address(), out.nbytes)
+        return out
+
+    def close(self):
+        if self.handle:
+            host.FennelHostFreeArray(self.handle)
+            self.handle = None
+
+    def __del__(self):
+        self.close()
+
+
+class Plan:
+    """A plan handle: keeps the library's committed transform between calls.
+
+    Pass the same Plan to repeated calls of one function; close() (or leaving
+    a with-block) releases the transform.
+    """
+
+    _release = "FreeMKLDftiDescH"
+
+    def __init__(self):
+        self.slot = PlanSlot(None)
+
+    def ref(self):
+        return ctypes.byref(self.slot)
+
+    @property
+    def held(self):
+        return bool(self.slot.value)
+
+    def close(self):
+        if self.slot.value:
+            check(getattr(lib, self._release)(ctypes.byref(self.slot)), self._release)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *exc):
+        self.close()
+
+    def __del__(self):
+        try:
+            self.close()
+        except Exception:
+            pass
+
+
+class TrigPlan(Plan):
+    """The plan record of the two-dimensional DCT and DST."""
+
+    _release = "FreeMKLDCTDSTiDescH"
+
+
+def plan_ref(plan):
+    """The plan slot's address, or NULL for a one-off plan."""
+    return plan.ref() if plan is not None else None
+
+
+def export(name, argtypes):
+    """The library function `name` with int32 result and the given arguments."""
+    f = getattr(lib, name)
+    f.restype = ctypes.c_int32
+    f.argtypes = argtypes
+    return f

@@ -1,0 +1,43 @@
+"""1D FFT: forward with padding, truncation and centring, and its inverse."""
+import ctypes
+
+import numpy as np
+
+from ._native import (COMPLEX_OF, REAL_OF, TYPE_CODES, Handle, HostArray, as_supported, check,
+                      export, plan_ref)
+
+_P = ctypes.c_void_p
+_FWD = {p: export(f"{p}1DFFTH", [Handle, Handle, ctypes.c_int32, ctypes.c_int32, Handle, _P])
+        for p in "sdcz"}
+_INV = {p: export(f"{p}1DInvFFTH", [Handle, Handle, ctypes.c_int32, Handle, _P]) for p in "sdcz"}
+
+
+def fft(x, n=None, shift=False, plan=None):
+    """Full complex spectrum of a 1D signal (float32/64 or complex64/128).
+
+    n: transform length (zero-padded or truncated); shift: zero frequency in
+    the middle, at index n // 2; plan: a Plan reused between calls.
+    """
+    x = as_supported(x)
+    prefix = TYPE_CODES[x.dtype][1]
+    src = HostArray.from_numpy(x.ravel())
+    out = HostArray.empty(COMPLEX_OF[x.dtype])
+    ws = HostArray.empty(x.dtype)
+    check(_FWD[prefix](src.handle, out.handle, int(n or 0), int(bool(shift)), ws.handle,
+                       plan_ref(plan)), f"{prefix}1DFFTH")
+    return out.to_numpy()
+
+
+def ifft(X, shift=False, real=False, plan=None):
+    """Inverse of a full spectrum of N bins (natural order, or centred when
+    shift), scaled by 1/N.  real=True returns real samples computed from the
+    non-negative half of the spectrum only."""
+    X = as_supported(X, real_ok=False)
+    prefix = TYPE_CODES[REAL_OF[X.dtype] if real else X.dtype][1]
+    out_type = REAL_OF[X.dtype] if real else X.dtype
+    src = HostArray.from_numpy(X.ravel())
+    out = HostArray.empty(out_type)
+    ws = HostArray.empty(out_type)
+    check(_INV[prefix](src.handle, out.handle, int(bool(shift)), ws.handle, plan_ref(plan)),
+          f"{prefix}1DInvFFTH")
+    return out.to_numpy()

@@ -31,7 +31,7 @@ test: build build-asan
 
 bench: build
 	@for b in $(BUILD)/bin/bench_*; do $$b --benchmark_min_time=0.2; done
-	@FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) bench/bench_python.py
+	@for p in bench/py_*.py; do FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) $$p; done
 
 clean:
 	rm -rf $(BUILD) $(ASAN)

@@ -134,6 +134,30 @@ FENNEL_DSP_API int32_t c1DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
 FENNEL_DSP_API int32_t z1DInvFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
                                   FDArrayHandle workspace, FDPlanHandle *plan);
 
+/* ---- 2D and 3D FFT, multichannel 2D FFT ------------------------------------*/
+/* @@{tag}-begin */
+/* @@{tag}-end */
+
+/* ---- DCT and DST (1D and 2D) -----------------------------------------------*/
+/* @@{tag}-begin */
+/* @@{tag}-end */
+
+/* ---- Power, auto power, cross power spectra --------------------------------*/
+/* @@{tag}-begin */
+/* @@{tag}-end */
+
+/* ---- Convolution, correlation, autocorrelation (1D and 2D) -----------------*/
+/* @@{tag}-begin */
+/* @@{tag}-end */
+
+/* ---- Decimation, upsampling, rational resampling ---------------------------*/
+/* @@{tag}-begin */
+/* @@{tag}-end */
+
+/* ---- Windows, FIR design, IIR filter ---------------------------------------*/
+/* @@{tag}-begin */
+/* @@{tag}-end */
+
 #ifdef __cplusplus
 }
 #endif

@@ -8,5 +8,14 @@ between calls.
 """
 from ._native import FennelError, Plan, TrigPlan, host, lib
 from .fft import fft, ifft
+from . import fftmd, trig, spectra, correlation, resampling, windows
+from .fftmd import *        # noqa: F401,F403
+from .trig import *         # noqa: F401,F403
+from .spectra import *      # noqa: F401,F403
+from .correlation import *  # noqa: F401,F403
+from .resampling import *   # noqa: F401,F403
+from .windows import *      # noqa: F401,F403
 
-__all__ = ["FennelError", "Plan", "TrigPlan", "fft", "ifft", "host", "lib"]
+__all__ = (["FennelError", "Plan", "TrigPlan", "fft", "ifft", "host", "lib"] + fftmd.__all__
+           + trig.__all__ + spectra.__all__ + correlation.__all__ + resampling.__all__
+           + windows.__all__)

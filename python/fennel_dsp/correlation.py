@@ -1,0 +1,2 @@
+"""correlation family of the binding."""
+__all__ = []

@@ -1,0 +1,2 @@
+"""fftmd family of the binding."""
+__all__ = []

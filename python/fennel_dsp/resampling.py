@@ -1,0 +1,2 @@
+"""resampling family of the binding."""
+__all__ = []

@@ -1,0 +1,2 @@
+"""spectra family of the binding."""
+__all__ = []

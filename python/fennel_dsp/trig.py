@@ -1,0 +1,2 @@
+"""trig family of the binding."""
+__all__ = []

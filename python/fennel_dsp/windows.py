@@ -1,0 +1,2 @@
+"""windows family of the binding."""
+__all__ = []

@@ -135,28 +135,28 @@ FENNEL_DSP_API int32_t z1DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
                                   FDArrayHandle workspace, FDPlanHandle *plan);
 
 /* ---- 2D and 3D FFT, multichannel 2D FFT ------------------------------------*/
-/* @@{tag}-begin */
-/* @@{tag}-end */
+/* @@fft-md-begin */
+/* @@fft-md-end */
 
 /* ---- DCT and DST (1D and 2D) -----------------------------------------------*/
-/* @@{tag}-begin */
-/* @@{tag}-end */
+/* @@trig-begin */
+/* @@trig-end */
 
 /* ---- Power, auto power, cross power spectra --------------------------------*/
-/* @@{tag}-begin */
-/* @@{tag}-end */
+/* @@spectra-begin */
+/* @@spectra-end */
 
 /* ---- Convolution, correlation, autocorrelation (1D and 2D) -----------------*/
-/* @@{tag}-begin */
-/* @@{tag}-end */
+/* @@correlation-begin */
+/* @@correlation-end */
 
 /* ---- Decimation, upsampling, rational resampling ---------------------------*/
-/* @@{tag}-begin */
-/* @@{tag}-end */
+/* @@resampling-begin */
+/* @@resampling-end */
 
 /* ---- Windows, FIR design, IIR filter ---------------------------------------*/
-/* @@{tag}-begin */
-/* @@{tag}-end */
+/* @@windows-begin */
+/* @@windows-end */
 
 #ifdef __cplusplus
 }

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <complex>
 #include <cstring>
+#include <initializer_list>
 #include <random>
 #include <vector>
 
@@ -23,10 +24,16 @@ template <class T> constexpr int32_t kCode = Traits<T>::kTypeCode;
 template <class T>
 class Array {
    public:
-    explicit Array(std::vector<int32_t> dims = {0}) : rank_(static_cast<int32_t>(dims.size())) {
+    // Array<T>() is 1D and empty; Array<T>({rows, cols}) has the given sizes
+    // (zeroed); Array<T>(values) is 1D with a copy of the values.
+    Array() : Array({0}) {}
+    Array(std::initializer_list<int32_t> dims) : Array(std::vector<int32_t>(dims), Shape{}) {}
+    struct Shape {};
+    Array(const std::vector<int32_t> &dims, Shape) : rank_(static_cast<int32_t>(dims.size())) {
         handle_ = FennelHostNewArray(kCode<T>, rank_, dims.data());
     }
-    Array(const std::vector<T> &values) : Array({static_cast<int32_t>(values.size())}) {
+    explicit Array(const std::vector<T> &values)
+        : Array({static_cast<int32_t>(values.size())}) {
         if (!values.empty()) std::memcpy(data(), values.data(), values.size() * sizeof(T));
     }
     ~Array() { FennelHostFreeArray(handle_); }

@@ -144,6 +144,78 @@ FENNEL_DSP_API int32_t z1DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
 
 /* ---- Power, auto power, cross power spectra --------------------------------*/
 /* @@spectra-begin */
+/* Power spectrum: (input, output, workspace, plan)
+ *   input      1D signal of n samples (float, double, complex float/double)
+ *   output     resized to n real values |X_k|^2 / n^2 (float for s/c,
+ *              double for d/z), two-sided; for real input bin n-k equals bin k
+ *   workspace  1D array of the input's type, resized to n + 2 elements for
+ *              the intermediate spectrum and emptied again; must not be NULL
+ * Auto power spectrum: (input, output, dt, spectrumType, df, workspace, plan)
+ *   dt         sampling interval, > 0 (STATUS_BAD_SAMPLING_INTERVAL otherwise;
+ *              a NaN is accepted and gives a NaN df)
+ *   spectrumType  0 one-sided: floor(n/2) + 1 bins, for real input every bin
+ *              but DC and Nyquist doubled; 1 two-sided: n bins; other values
+ *              STATUS_BAD_SELECTOR.  Complex input is never doubled.
+ *   df         receives the frequency step 1 / (n dt); NaN after a failure
+ * Cross power: (x, y, output, workspace, plan)
+ *   x, y       1D signals of nx and ny samples, both of the member's type;
+ *              the shorter one is zero-padded at its end to L = max(nx, ny)
+ *   output     resized to L complex values conj(X_k) Y_k / L^2
+ *   workspace  input type, L + 2 elements while in use; must not be NULL
+ * Cross power spectrum: (x, y, dt, spectrumType, df, magnitude, phase,
+ *                        workspace, plan)
+ *   magnitude, phase  real outputs of L (type 1) or floor(L/2) + 1 (type 0)
+ *              bins: |conj(X_k) Y_k| / L^2 and its angle in radians; for real
+ *              signals the DC and Nyquist bins have phase 0 or pi, interior
+ *              bins are doubled (type 0) or mirrored with negated phase
+ *              (type 1)
+ *   df         1 / (L dt); NaN after a failure
+ *   workspace  input type, 2L + 4 elements while in use; must not be NULL
+ */
+FENNEL_DSP_API int32_t sPowerSpectrumH(FDArrayHandle input, FDArrayHandle output,
+                                       FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t dPowerSpectrumH(FDArrayHandle input, FDArrayHandle output,
+                                       FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t cPowerSpectrumH(FDArrayHandle input, FDArrayHandle output,
+                                       FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t zPowerSpectrumH(FDArrayHandle input, FDArrayHandle output,
+                                       FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t sAutoPowerSpectrumH(FDArrayHandle input, FDArrayHandle output, double dt,
+                                           int32_t spectrumType, double *df,
+                                           FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t dAutoPowerSpectrumH(FDArrayHandle input, FDArrayHandle output, double dt,
+                                           int32_t spectrumType, double *df,
+                                           FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t cAutoPowerSpectrumH(FDArrayHandle input, FDArrayHandle output, double dt,
+                                           int32_t spectrumType, double *df,
+                                           FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t zAutoPowerSpectrumH(FDArrayHandle input, FDArrayHandle output, double dt,
+                                           int32_t spectrumType, double *df,
+                                           FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t sCrossPowerH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                    FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t dCrossPowerH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                    FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t cCrossPowerH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                    FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t zCrossPowerH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                    FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t sCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, double dt,
+                                            int32_t spectrumType, double *df,
+                                            FDArrayHandle magnitude, FDArrayHandle phase,
+                                            FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t dCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, double dt,
+                                            int32_t spectrumType, double *df,
+                                            FDArrayHandle magnitude, FDArrayHandle phase,
+                                            FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t cCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, double dt,
+                                            int32_t spectrumType, double *df,
+                                            FDArrayHandle magnitude, FDArrayHandle phase,
+                                            FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t zCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, double dt,
+                                            int32_t spectrumType, double *df,
+                                            FDArrayHandle magnitude, FDArrayHandle phase,
+                                            FDArrayHandle workspace, FDPlanHandle *plan);
 /* @@spectra-end */
 
 /* ---- Convolution, correlation, autocorrelation (1D and 2D) -----------------*/

@@ -136,6 +136,124 @@ FENNEL_DSP_API int32_t z1DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
 
 /* ---- 2D and 3D FFT, multichannel 2D FFT ------------------------------------*/
 /* @@fft-md-begin */
+/* 2D FFT.  Matrices are 2D arrays R x C (rows slowest).
+ * Forward: (input, output, rows, columns, shift, workspace, plan)
+ *   input      R x C (float, double, complex float/double)
+ *   output     resized to L0 x L1 complex elements, L0 = rows, L1 = columns;
+ *              a size <= 0 keeps the input's size in that dimension.  Larger
+ *              sizes pad with zeros, smaller ones crop (the top-left block)
+ *   shift      non-zero: centre the spectrum, zero frequency at (L0/2, L1/2)
+ *   workspace  1D array of the input's type, used only when padding; may be
+ *              NULL otherwise
+ *   Real input gives the full spectrum (the conjugate-symmetric half is
+ *   filled in).  Sizes whose bit lengths of (size - 1) sum to 31 or more
+ *   give STATUS_OUT_OF_MEMORY before anything is resized.
+ * Inverse: (input, output, shift, workspace, plan)
+ *   input      complex R x C spectrum, natural order or centred (shift)
+ *   output     R x C (real for s/d, complex for c/z), scaled by 1/(R*C); the
+ *              real inverses read only columns 0 .. C/2 of every row
+ *   workspace  complex 1D array (complex float for s/c, complex double for
+ *              d/z), used only when shift is non-zero; may be NULL otherwise
+ */
+FENNEL_DSP_API int32_t s2DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, int32_t shift, FDArrayHandle workspace,
+                               FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d2DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, int32_t shift, FDArrayHandle workspace,
+                               FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c2DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, int32_t shift, FDArrayHandle workspace,
+                               FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z2DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, int32_t shift, FDArrayHandle workspace,
+                               FDPlanHandle *plan);
+FENNEL_DSP_API int32_t s2DInvFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d2DInvFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c2DInvFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z2DInvFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+
+/* 3D FFT.  Volumes are 3D arrays P x R x C (pages slowest).
+ * Forward: (input, output, rows, columns, pages, shift, workspace, plan)
+ *   Note the order of the sizes: rows (dimension 1), columns (dimension 2),
+ *   then pages (dimension 0).  The output is pages x rows x columns complex
+ *   elements; otherwise as the 2D forward (a size <= 0 keeps the input's,
+ *   padding through the workspace, cropping without a copy, real input
+ *   expanded to the full spectrum, shift centres all three dimensions).
+ * Inverse: (input, output, shift, workspace, plan)
+ *   As the 2D inverse; the output is P x R x C scaled by 1/(P*R*C).
+ */
+FENNEL_DSP_API int32_t s3DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, int32_t pages, int32_t shift,
+                               FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d3DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, int32_t pages, int32_t shift,
+                               FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c3DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, int32_t pages, int32_t shift,
+                               FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z3DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, int32_t pages, int32_t shift,
+                               FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t s3DInvFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d3DInvFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c3DInvFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z3DInvFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+
+/* Multichannel 2D FFT: every row (orientation 0) or every column
+ * (orientation 1) of an R x C matrix is one channel, transformed as by the
+ * 1D FFT; all channels in one batched transform.
+ * Forward: (input, output, fftSize, shift, orientation, workspace, plan)
+ *   input        R x C (float, double, complex float/double)
+ *   output       complex; orientation 0: R x L (row r holds the spectrum
+ *                of row r), orientation 1: L x C (column c holds the
+ *                spectrum of column c)
+ *   fftSize      L, the transform length of every channel; <= 0 means the
+ *                channel length (C for rows, R for columns).  Longer pads
+ *                every channel with zeros, shorter truncates it
+ *   shift        non-zero: centre every channel's spectrum (index L/2)
+ *   orientation  0 rows are channels, 1 columns are channels; other values
+ *                give STATUS_BAD_SELECTOR
+ *   workspace    1D array of the input's type, used only when L exceeds the
+ *                channel length; may be NULL otherwise
+ * Inverse: (input, output, shift, orientation, workspace, plan)
+ *   input        complex R x C; every channel a spectrum of N bins (N = C
+ *                for rows, R for columns), natural order or centred (shift)
+ *   output       R x C (real for s/d, complex for c/z), each channel scaled
+ *                by 1/N; the real inverses read only bins 0 .. N/2
+ *   workspace    complex 1D array, used only when shift is non-zero
+ */
+FENNEL_DSP_API int32_t s2DMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
+                                      int32_t shift, int32_t orientation,
+                                      FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d2DMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
+                                      int32_t shift, int32_t orientation,
+                                      FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c2DMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
+                                      int32_t shift, int32_t orientation,
+                                      FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z2DMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
+                                      int32_t shift, int32_t orientation,
+                                      FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t s2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                         int32_t orientation, FDArrayHandle workspace,
+                                         FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                         int32_t orientation, FDArrayHandle workspace,
+                                         FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                         int32_t orientation, FDArrayHandle workspace,
+                                         FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                                         int32_t orientation, FDArrayHandle workspace,
+                                         FDPlanHandle *plan);
 /* @@fft-md-end */
 
 /* ---- DCT and DST (1D and 2D) -----------------------------------------------*/
@@ -220,6 +338,169 @@ FENNEL_DSP_API int32_t zCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, do
 
 /* ---- Convolution, correlation, autocorrelation (1D and 2D) -----------------*/
 /* @@correlation-begin */
+/*
+ * 1D convolution (s d c z, and the mixed pairs sc dz cs zd: first letter x,
+ * second y):
+ *   (x, y, output, outputMode, algorithm, blockSize, fullScratch, fftScratch, plan)
+ *   x, y         1D operands of N and M elements
+ *   output       full: N + M - 1 elements (outputMode 0); same: N, the centre
+ *                part from index M/2 (1); valid: N - M + 1, the part where y
+ *                lies wholly inside x (2; M > N gives STATUS_EMPTY_OPERAND)
+ *   algorithm    0 direct (BLAS axpy over blocks of blockSize elements of the
+ *                longer operand; blockSize < 1 means 100000), 1 frequency
+ *                domain (transforms of the smallest 2-3-5-7-smooth length
+ *                >= N + M - 1, kept in plan)
+ *   fullScratch  workspace of the output's type for the full result; needed
+ *                when outputMode is 1 or 2, may be NULL otherwise
+ *   fftScratch   workspace of the output's type for algorithm 1, may be NULL
+ *                for algorithm 0
+ * 1D correlation (same types and pairs):
+ *   (x, y, output, algorithm, normalization, blockSize, reverseScratch, fftScratch, plan)
+ *   output       N + M - 1 elements; element k is lag k - (N - 1):
+ *                sum over j of conj(x[j]) * y[j + k - (N - 1)]
+ *   normalization 0 none, 1 unbiased (each lag divided by its number of
+ *                products), 2 biased (all divided by max(N, M))
+ *   reverseScratch workspace of x's type for algorithm 0 (the reversed x)
+ * 1D autocorrelation (s d c z):
+ *   (x, output, algorithm, normalization, blockSize, reverseScratch, fftScratch, plan)
+ *   output       2N - 1 elements, lag 0 (the energy of x) at index N - 1
+ * 2D (s d c z; matrices rows x columns, row-major):
+ *   convolution     (x, y, output, outputMode, algorithm, fullScratch, fftScratch, plan)
+ *                   full (R1+R2-1) x (C1+C2-1), same R1 x C1 from (R2/2, C2/2),
+ *                   valid (R1-R2+1) x (C1-C2+1)
+ *   correlation     (x, y, output, algorithm, reverseScratch, fftScratch, plan)
+ *                   (R1+R2-1) x (C1+C2-1), lag (0, 0) at (R1-1, C1-1)
+ *   autocorrelation (x, output, algorithm, reverseScratch, fftScratch, plan)
+ *                   (2R1-1) x (2C1-1)
+ * Workspaces are 1D arrays, left empty after every call; the one the chosen
+ * method needs must not be NULL (STATUS_NO_WORKSPACE).  Passing the same
+ * array as x and y takes one forward transform instead of two.
+ */
+FENNEL_DSP_API int32_t s1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t outputMode, int32_t algorithm, int32_t blockSize,
+                                       FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t outputMode, int32_t algorithm, int32_t blockSize,
+                                       FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t outputMode, int32_t algorithm, int32_t blockSize,
+                                       FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t outputMode, int32_t algorithm, int32_t blockSize,
+                                       FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+FENNEL_DSP_API int32_t sc1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                        int32_t outputMode, int32_t algorithm, int32_t blockSize,
+                                        FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                        FDPlanHandle *plan);
+FENNEL_DSP_API int32_t dz1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                        int32_t outputMode, int32_t algorithm, int32_t blockSize,
+                                        FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                        FDPlanHandle *plan);
+FENNEL_DSP_API int32_t cs1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                        int32_t outputMode, int32_t algorithm, int32_t blockSize,
+                                        FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                        FDPlanHandle *plan);
+FENNEL_DSP_API int32_t zd1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                        int32_t outputMode, int32_t algorithm, int32_t blockSize,
+                                        FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                        FDPlanHandle *plan);
+
+FENNEL_DSP_API int32_t s1DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t algorithm, int32_t normalization, int32_t blockSize,
+                                       FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d1DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t algorithm, int32_t normalization, int32_t blockSize,
+                                       FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c1DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t algorithm, int32_t normalization, int32_t blockSize,
+                                       FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z1DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t algorithm, int32_t normalization, int32_t blockSize,
+                                       FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+FENNEL_DSP_API int32_t sc1DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                        int32_t algorithm, int32_t normalization, int32_t blockSize,
+                                        FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                        FDPlanHandle *plan);
+FENNEL_DSP_API int32_t dz1DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                        int32_t algorithm, int32_t normalization, int32_t blockSize,
+                                        FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                        FDPlanHandle *plan);
+FENNEL_DSP_API int32_t cs1DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                        int32_t algorithm, int32_t normalization, int32_t blockSize,
+                                        FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                        FDPlanHandle *plan);
+FENNEL_DSP_API int32_t zd1DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                        int32_t algorithm, int32_t normalization, int32_t blockSize,
+                                        FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                        FDPlanHandle *plan);
+
+FENNEL_DSP_API int32_t s1DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output, int32_t algorithm,
+                                           int32_t normalization, int32_t blockSize,
+                                           FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                           FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d1DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output, int32_t algorithm,
+                                           int32_t normalization, int32_t blockSize,
+                                           FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                           FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c1DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output, int32_t algorithm,
+                                           int32_t normalization, int32_t blockSize,
+                                           FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                           FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z1DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output, int32_t algorithm,
+                                           int32_t normalization, int32_t blockSize,
+                                           FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                           FDPlanHandle *plan);
+
+FENNEL_DSP_API int32_t s2DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t outputMode, int32_t algorithm,
+                                       FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d2DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t outputMode, int32_t algorithm,
+                                       FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c2DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t outputMode, int32_t algorithm,
+                                       FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z2DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t outputMode, int32_t algorithm,
+                                       FDArrayHandle fullScratch, FDArrayHandle fftScratch,
+                                       FDPlanHandle *plan);
+
+FENNEL_DSP_API int32_t s2DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t algorithm, FDArrayHandle reverseScratch,
+                                       FDArrayHandle fftScratch, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d2DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t algorithm, FDArrayHandle reverseScratch,
+                                       FDArrayHandle fftScratch, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c2DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t algorithm, FDArrayHandle reverseScratch,
+                                       FDArrayHandle fftScratch, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z2DCorrelationH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                                       int32_t algorithm, FDArrayHandle reverseScratch,
+                                       FDArrayHandle fftScratch, FDPlanHandle *plan);
+
+FENNEL_DSP_API int32_t s2DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output, int32_t algorithm,
+                                           FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                           FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d2DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output, int32_t algorithm,
+                                           FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                           FDPlanHandle *plan);
+FENNEL_DSP_API int32_t c2DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output, int32_t algorithm,
+                                           FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                           FDPlanHandle *plan);
+FENNEL_DSP_API int32_t z2DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output, int32_t algorithm,
+                                           FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                                           FDPlanHandle *plan);
 /* @@correlation-end */
 
 /* ---- Decimation, upsampling, rational resampling ---------------------------*/
@@ -228,6 +509,116 @@ FENNEL_DSP_API int32_t zCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, do
 
 /* ---- Windows, FIR design, IIR filter ---------------------------------------*/
 /* @@windows-begin */
+/* Windows are applied in place: X (1D) holds the signal and, on return, the
+ * windowed signal.  s/c take float parameters, d/z double; complex samples
+ * have both parts scaled by the same real factor.  After a failure X is empty.
+ *
+ * Window types: 0 none; cosine sums 1 Hann, 2 Hamming, 3 Blackman-Harris
+ * (3 terms), 4 exact Blackman, 5 Blackman, 6 flat top, 7 Blackman-Harris
+ * (4 terms), 8 Blackman-Harris (7 terms), 9 low sidelobe, 11 Blackman-Nuttall;
+ * 30 triangle; 60 Kaiser; 62 Gaussian.  Other numbers (10 too) give
+ * STATUS_BAD_SELECTOR.
+ *
+ * AllCosWin: (X, windowType, normalise, workspace)
+ *   periodic cosine-sum window of type 0..9 or 11; normalise non-zero divides
+ *   the coefficients by a0 (unit coherent gain); workspace: float64 array used
+ *   while running and emptied on return (needed for every type but 0).
+ *   A one-sample X is returned unchanged whatever the other arguments.
+ * GaussWin: (X, sigma)   periodic Gaussian exp(-0.5((n - N/2)/(sigma(N+1)))^2);
+ *   sigma <= 0 or NaN means 0.2.
+ * KaiserWin: (X, beta)   periodic Kaiser I0(beta sqrt(1-r^2))/I0(beta),
+ *   r = 1 - 2n/N; beta = 0 or NaN leaves X unchanged.
+ * SymmWin: (X, windowType, windowParameter, workspace)
+ *   symmetric window (period N-1, both ends equal) of any type above;
+ *   windowParameter is beta (60) or sigma (62); N < 3 leaves X unchanged;
+ *   type 0 returns 0 even for an empty X; workspace as for AllCosWin.
+ * TriangleWin: (X)       periodic triangle, w[n] = 2n/N up to N/2, w[0] = 0.
+ */
+FENNEL_DSP_API int32_t sAllCosWinH(FDArrayHandle x, int32_t windowType, int32_t normalise,
+                                   FDArrayHandle workspace);
+FENNEL_DSP_API int32_t dAllCosWinH(FDArrayHandle x, int32_t windowType, int32_t normalise,
+                                   FDArrayHandle workspace);
+FENNEL_DSP_API int32_t cAllCosWinH(FDArrayHandle x, int32_t windowType, int32_t normalise,
+                                   FDArrayHandle workspace);
+FENNEL_DSP_API int32_t zAllCosWinH(FDArrayHandle x, int32_t windowType, int32_t normalise,
+                                   FDArrayHandle workspace);
+FENNEL_DSP_API int32_t sGaussWinH(FDArrayHandle x, float sigma);
+FENNEL_DSP_API int32_t dGaussWinH(FDArrayHandle x, double sigma);
+FENNEL_DSP_API int32_t cGaussWinH(FDArrayHandle x, float sigma);
+FENNEL_DSP_API int32_t zGaussWinH(FDArrayHandle x, double sigma);
+FENNEL_DSP_API int32_t sKaiserWinH(FDArrayHandle x, float beta);
+FENNEL_DSP_API int32_t dKaiserWinH(FDArrayHandle x, double beta);
+FENNEL_DSP_API int32_t cKaiserWinH(FDArrayHandle x, float beta);
+FENNEL_DSP_API int32_t zKaiserWinH(FDArrayHandle x, double beta);
+FENNEL_DSP_API int32_t sSymmWinH(FDArrayHandle x, int32_t windowType, float windowParameter,
+                                 FDArrayHandle workspace);
+FENNEL_DSP_API int32_t dSymmWinH(FDArrayHandle x, int32_t windowType, double windowParameter,
+                                 FDArrayHandle workspace);
+FENNEL_DSP_API int32_t cSymmWinH(FDArrayHandle x, int32_t windowType, float windowParameter,
+                                 FDArrayHandle workspace);
+FENNEL_DSP_API int32_t zSymmWinH(FDArrayHandle x, int32_t windowType, double windowParameter,
+                                 FDArrayHandle workspace);
+FENNEL_DSP_API int32_t sTriangleWinH(FDArrayHandle x);
+FENNEL_DSP_API int32_t dTriangleWinH(FDArrayHandle x);
+FENNEL_DSP_API int32_t cTriangleWinH(FDArrayHandle x);
+FENNEL_DSP_API int32_t zTriangleWinH(FDArrayHandle x);
+
+/* FIRWindowedCoef: (coefficients, fs, f1, f2, taps, filterType, windowType,
+ *                   windowParameter, normalise, workspace)
+ *   coefficients  output, resized to taps elements (float for s, double for d)
+ *   fs            sampling rate; f1 cut-off (lower edge for band filters);
+ *                 f2 upper edge for band filters, ignored otherwise
+ *   filterType    0 lowpass, 1 highpass, 2 bandpass, 3 bandstop (1 and 3 need
+ *                 an odd number of taps)
+ *   windowType    a window type as above, applied in its symmetric form;
+ *                 windowParameter is beta (60) or sigma (62)
+ *   normalise     non-zero: unit gain at 0 (lowpass, bandstop), at fs/2
+ *                 (highpass) or at the band centre (bandpass)
+ *   workspace     float64 array for the cosine-sum windows; emptied on return
+ */
+FENNEL_DSP_API int32_t sFIRWindowedCoefH(FDArrayHandle coefficients, double fs, double f1,
+                                         double f2, int32_t taps, int32_t filterType,
+                                         int32_t windowType, float windowParameter,
+                                         int32_t normalise, FDArrayHandle workspace);
+FENNEL_DSP_API int32_t dFIRWindowedCoefH(FDArrayHandle coefficients, double fs, double f1,
+                                         double f2, int32_t taps, int32_t filterType,
+                                         int32_t windowType, double windowParameter,
+                                         int32_t normalise, FDArrayHandle workspace);
+
+/* IIRDirectFilter: (X, a, b, forwardState, reverseState, init, tailWorkspace,
+ *                   aWorkspace, bWorkspace)
+ *   X             signal (in/out), filtered in place:
+ *                 y[n] = (sum b[k] x[n-k] - sum_{k>=1} a[k] y[n-k]) / a[0]
+ *   a, b          reverse and forward coefficients (float for ss/cs, double for
+ *                 dd/zd); b empty with a empty passes X unchanged, b empty
+ *                 with a given is STATUS_EMPTY_OPERAND
+ *   forwardState  the last len(b)-1 inputs, oldest first (in/out)
+ *   reverseState  the last len(a)-1 outputs, oldest first (in/out); states of
+ *                 the wrong length, or init non-zero, start from rest
+ *   tailWorkspace signal-typed workspace, needed when len(b) >= 2
+ *   aWorkspace, bWorkspace  coefficient-typed workspaces for coefficients
+ *                 padded to a multiple of four (unused by zd); may be NULL
+ *                 when no padding is needed.  All three are emptied on return.
+ *   Prefixes: ss float/float, dd double/double, cs complex float signal with
+ *   float coefficients, zd complex double signal with double coefficients.
+ *   After a failure X and both states are empty.
+ */
+FENNEL_DSP_API int32_t ssIIRDirectFilterH(FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
+                                          FDArrayHandle forwardState, FDArrayHandle reverseState,
+                                          int32_t init, FDArrayHandle tailWorkspace,
+                                          FDArrayHandle aWorkspace, FDArrayHandle bWorkspace);
+FENNEL_DSP_API int32_t ddIIRDirectFilterH(FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
+                                          FDArrayHandle forwardState, FDArrayHandle reverseState,
+                                          int32_t init, FDArrayHandle tailWorkspace,
+                                          FDArrayHandle aWorkspace, FDArrayHandle bWorkspace);
+FENNEL_DSP_API int32_t csIIRDirectFilterH(FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
+                                          FDArrayHandle forwardState, FDArrayHandle reverseState,
+                                          int32_t init, FDArrayHandle tailWorkspace,
+                                          FDArrayHandle aWorkspace, FDArrayHandle bWorkspace);
+FENNEL_DSP_API int32_t zdIIRDirectFilterH(FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
+                                          FDArrayHandle forwardState, FDArrayHandle reverseState,
+                                          int32_t init, FDArrayHandle tailWorkspace,
+                                          FDArrayHandle aWorkspace, FDArrayHandle bWorkspace);
 /* @@windows-end */
 
 #ifdef __cplusplus

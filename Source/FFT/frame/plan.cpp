@@ -22,7 +22,9 @@ bool Matches(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g, int32_t &status) {
         for (int i = 0; i <= g.rank; ++i)
             if (strides[i] != g.input_strides[i]) return false;
     }
-    if (g.transforms > 1) {
+    // Batched workers compare the count even when they now need one
+    // transform: a cached batch of the same length would overrun the output.
+    if (g.transforms > 1 || g.strides) {
         MKL_LONG count = 0, in_distance = 0, out_distance = 0;
         if (DftiGetValue(d, DFTI_NUMBER_OF_TRANSFORMS, &count) != 0 ||
             DftiGetValue(d, DFTI_INPUT_DISTANCE, &in_distance) != 0 ||
@@ -30,8 +32,9 @@ bool Matches(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g, int32_t &status) {
             status = STATUS_DFTI_SETUP_FAILED;
             return false;
         }
-        if (count != g.transforms || in_distance != g.input_distance ||
-            out_distance != g.output_distance)
+        if (count != g.transforms) return false;
+        if (g.transforms > 1 &&
+            (in_distance != g.input_distance || out_distance != g.output_distance))
             return false;
     }
     return true;

@@ -1,0 +1,169 @@
+// The multi-dimensional FFT written once for two and three dimensions: the
+// handle level (sizes, size guard, output resize) and the computing routines
+// (zero padding through the workspace, cropping through the input strides,
+// expansion of real spectra, centring and uncentring).  fft2d.cpp and
+// fft3d.cpp map their exports' arguments onto it.
+#pragma once
+
+#include <algorithm>
+#include <cstring>
+
+#include "frame/host_array.h"
+#include "frame/plan.h"
+#include "transforms/spectrum2d.h"
+
+namespace fennel::md {
+
+template <int Rank>
+int32_t Product(const int32_t (&n)[Rank]) {
+    int32_t p = 1;
+    for (int a = 0; a < Rank; ++a) p *= n[a];
+    return p;
+}
+
+// Row-major strides of a block of sizes n, in the engine's form {0, s0, ...}.
+template <int Rank>
+void RowMajorStrides(const int32_t (&n)[Rank], MKL_LONG (&strides)[4]) {
+    strides[0] = 0;
+    MKL_LONG s = 1;
+    for (int a = Rank - 1; a >= 0; --a) {
+        strides[a + 1] = s;
+        s *= n[a];
+    }
+}
+
+template <class T, int Rank>
+PlanGeometry Geometry(const int32_t (&lengths)[Rank], const int32_t (&inputDims)[Rank],
+                      bool inverse) {
+    PlanGeometry g;
+    g.precision = Traits<T>::kPrecision;
+    g.domain = Traits<T>::kDomain;
+    g.rank = Rank;
+    for (int a = 0; a < Rank; ++a) g.lengths[a] = lengths[a];
+    g.strides = true;
+    RowMajorStrides(inputDims, g.input_strides);
+    RowMajorStrides(lengths, g.output_strides);
+    // Real spectra at the output's own row stride (the expansion reads them
+    // there); the 3D family sets the storage for its complex members too,
+    // where it has no effect.
+    g.complex_complex = !Traits<T>::kComplex || Rank == 3;
+    g.inverse = inverse;
+    return g;
+}
+
+// Copies the leading min(n, L) block of x (sizes n) into w (sizes L).
+template <class T, int Rank>
+void CopyBlock(const T *x, const int32_t (&n)[Rank], T *w, const int32_t (&L)[Rank]) {
+    const int32_t pages = Rank == 3 ? std::min(n[0], L[0]) : 1;
+    const int32_t rows = std::min(n[Rank - 2], L[Rank - 2]);
+    const size_t cols = static_cast<size_t>(std::min(n[Rank - 1], L[Rank - 1]));
+    const ptrdiff_t xRow = n[Rank - 1], wRow = L[Rank - 1];
+    const ptrdiff_t xPage = Rank == 3 ? xRow * n[1] : 0, wPage = Rank == 3 ? wRow * L[1] : 0;
+    for (int32_t p = 0; p < pages; ++p)
+        for (int32_t r = 0; r < rows; ++r)
+            std::memcpy(static_cast<void *>(w + p * wPage + r * wRow), x + p * xPage + r * xRow,
+                        sizeof(T) * cols);
+}
+
+// Full spectrum from the half spectrum of a real transform of sizes L: every
+// page p from page (P - p) mod P, page 0 onto itself.
+template <class C, int Rank>
+void Expand(C *X, const int32_t (&L)[Rank]) {
+    const int32_t pages = Rank == 3 ? L[0] : 1;
+    const ptrdiff_t page = static_cast<ptrdiff_t>(L[Rank - 2]) * L[Rank - 1];
+    for (int32_t p = 0; p < pages; ++p) {
+        const int32_t source = p == 0 ? 0 : pages - p;
+        Expand2D(X + source * page, X + p * page, L[Rank - 2], L[Rank - 1]);
+    }
+}
+
+// Forward computing routine: the L-sized transform of x (sizes n), padded
+// with zeros through the workspace where L exceeds n, cropped otherwise.
+template <class T, int Rank>
+int32_t ForwardCore(const T *x, const int32_t (&n)[Rank], typename Traits<T>::Complex *out,
+                    const int32_t (&L)[Rank], bool shift, FDArrayHandle workspace,
+                    DFTI_DESCRIPTOR_HANDLE *slot) {
+    int32_t status = STATUS_OK;
+    FreePlanOnFailure plan_guard(slot, status);
+    HostArray<T, 1> ws(workspace);
+    EmptyAtExit<T, 1> ws_guard(ws);
+    bool pad = false;
+    for (int a = 0; a < Rank; ++a) pad = pad || L[a] > n[a];
+    const T *source = x;
+    if (pad) {
+        if (ws.is_null()) return status = STATUS_NO_WORKSPACE;
+        ws_guard.Arm();
+        const int32_t total = Product(L);
+        if ((status = ws.Resize(total)) < 0) return status;
+        std::memset(static_cast<void *>(ws.data()), 0, sizeof(T) * static_cast<size_t>(total));
+        CopyBlock(x, n, ws.data(), L);
+        source = ws.data();
+    }
+    const PlanGeometry g = Geometry<T>(L, pad ? L : n, false);
+    if ((status = AcquirePlan(slot, g)) < 0) return status;
+    if ((status = ComputePlan(*slot, true, source, out)) < 0) return status;
+    if constexpr (!Traits<T>::kComplex) Expand(out, L);
+    if (shift) CentreMd(out, L);
+    return status;
+}
+
+// Inverse computing routine: the spectrum X of sizes n (natural order, or
+// centred when shift) into n samples scaled by 1 / (product of n).
+template <class T, int Rank>
+int32_t InverseCore(const typename Traits<T>::Complex *X, const int32_t (&n)[Rank], T *out,
+                    bool shift, FDArrayHandle workspace, DFTI_DESCRIPTOR_HANDLE *slot) {
+    using C = typename Traits<T>::Complex;
+    int32_t status = STATUS_OK;
+    FreePlanOnFailure plan_guard(slot, status);
+    HostArray<C, 1> ws(workspace);
+    EmptyAtExit<C, 1> ws_guard(ws, shift);
+    const C *source = X;
+    if (shift) {
+        if (ws.is_null()) return status = STATUS_NO_WORKSPACE;
+        if ((status = ws.Resize(Product(n))) < 0) return status;
+        UncentreCopyMd(X, ws.data(), n, !Traits<T>::kComplex);
+        source = ws.data();
+    }
+    if ((status = AcquirePlan(slot, Geometry<T>(n, n, true))) < 0) return status;
+    return status = ComputePlan(*slot, false, source, out);
+}
+
+// Handle level of the forward transform; requested[a] <= 0 keeps the
+// input's size in dimension a.
+template <class T, int Rank>
+int32_t Forward(FDArrayHandle input, FDArrayHandle output, const int32_t (&requested)[Rank],
+                int32_t shift, FDArrayHandle workspace, FDPlanHandle *plan) {
+    using C = typename Traits<T>::Complex;
+    HostArray<T, Rank> in(input);
+    HostArray<C, Rank> out(output);
+    int32_t status = STATUS_OK;
+    EmptyOnFailure<C, Rank> out_guard(out, status, Traits<T>::kComplexTypeCode);
+    int32_t n[Rank], L[Rank];
+    for (int a = 0; a < Rank; ++a)
+        if ((n[a] = in.size(a)) <= 0) return status = STATUS_EMPTY_ARRAY;
+    for (int a = 0; a < Rank; ++a) L[a] = requested[a] > 0 ? requested[a] : n[a];
+    if (!PassesSizeGuard(L)) return status = STATUS_OUT_OF_MEMORY;
+    if ((status = out.Resize(L, Traits<T>::kComplexTypeCode)) < 0) return status;
+    TransientPlan slot(plan);
+    return status = ForwardCore<T>(in.data(), n, out.data(), L, shift != 0, workspace, slot.get());
+}
+
+// Handle level of the inverse transform: the output has the input's sizes.
+template <class T, int Rank>
+int32_t Inverse(FDArrayHandle input, FDArrayHandle output, int32_t shift, FDArrayHandle workspace,
+                FDPlanHandle *plan) {
+    using C = typename Traits<T>::Complex;
+    HostArray<C, Rank> in(input);
+    HostArray<T, Rank> out(output);
+    int32_t status = STATUS_OK;
+    EmptyOnFailure<T, Rank> out_guard(out, status, Traits<T>::kTypeCode);
+    int32_t n[Rank];
+    for (int a = 0; a < Rank; ++a)
+        if ((n[a] = in.size(a)) <= 0) return status = STATUS_EMPTY_ARRAY;
+    if (!PassesSizeGuard(n)) return status = STATUS_OUT_OF_MEMORY;
+    if ((status = out.Resize(n)) < 0) return status;
+    TransientPlan slot(plan);
+    return status = InverseCore<T>(in.data(), n, out.data(), shift != 0, workspace, slot.get());
+}
+
+}  // namespace fennel::md

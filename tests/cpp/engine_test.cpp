@@ -146,6 +146,43 @@ TYPED_TEST(EngineTest, RealMatchesNaiveDftAndKeepsItsInput) {
     }
 }
 
+// Every alignment class gives the same bits as the aligned case.
+TYPED_TEST(EngineTest, ResultsAreIdenticalAtEveryAlignment) {
+    using R = TypeParam;
+    using C = typename TestFixture::C;
+    for (const std::vector<long> &dims : std::vector<std::vector<long>>{{64}, {45}, {6, 10}}) {
+        long n = 1;
+        for (long v : dims) n *= v;
+        const long nc = n / dims.back() * (dims.back() / 2 + 1);
+        DFTI_DESCRIPTOR_HANDLE real = this->Make(DFTI_REAL, dims, 1.0 / n);
+        DFTI_DESCRIPTOR_HANDLE cplx = this->Make(DFTI_COMPLEX, dims, 1.0 / n);
+        const auto x = Random<R>(n, 11);
+        const auto z = Random<C>(n, 12);
+        std::vector<C> ref_spec, ref_z;
+        std::vector<R> ref_back;
+        for (size_t offset = 0; offset < 16; offset += sizeof(R)) {
+            Buffer xin(n * sizeof(R), offset), spec(nc * sizeof(C), offset), back(n * sizeof(R), offset),
+                zin(n * sizeof(C), offset), zout(n * sizeof(C), offset);
+            std::memcpy(xin.as<R>(), x.data(), n * sizeof(R));
+            std::memcpy(zin.as<C>(), z.data(), n * sizeof(C));
+            ASSERT_EQ(DftiComputeForward(real, xin.as<R>(), spec.as<C>()), 0);
+            ASSERT_EQ(DftiComputeBackward(real, spec.as<C>(), back.as<R>()), 0);
+            ASSERT_EQ(DftiComputeBackward(cplx, zin.as<C>(), zout.as<C>()), 0);
+            std::vector<C> s(spec.as<C>(), spec.as<C>() + nc), zz(zout.as<C>(), zout.as<C>() + n);
+            std::vector<R> b(back.as<R>(), back.as<R>() + n);
+            if (offset == 0) {
+                ref_spec = s, ref_back = b, ref_z = zz;
+            } else {
+                EXPECT_EQ(s, ref_spec) << "offset " << offset;
+                EXPECT_EQ(b, ref_back) << "offset " << offset;
+                EXPECT_EQ(zz, ref_z) << "offset " << offset;
+            }
+        }
+        EXPECT_EQ(DftiFreeDescriptor(&real), 0);
+        EXPECT_EQ(DftiFreeDescriptor(&cplx), 0);
+    }
+}
+
 // A real inverse disregards the imaginary parts of the zero and Nyquist bins.
 TYPED_TEST(EngineTest, RealInverseIgnoresImaginaryPartsOfZeroAndNyquist) {
     using R = TypeParam;

@@ -1,15 +1,16 @@
 // The DFTI subset on FFTW 3.
 //
-// A descriptor records the configuration; commit checks it; the FFTW plans are
-// made lazily at the first computation of each direction and alignment class
-// and kept in the descriptor.  FFTW runs a plan only on arrays of the
-// alignment class it was planned for (fftw_alignment_of), and host data are
-// usually not 16-byte aligned, so a plan is kept per (direction, input class,
-// output class).  A misaligned dense output is produced in an aligned buffer
-// and copied out, which measured faster than a plan for misaligned output.
-// Multi-dimensional c2r overwrites its input in FFTW, so that input is copied
-// to an aligned buffer first: inputs are never modified.  The planner is not
-// thread-safe: every planner call and plan destruction holds one lock.
+// A descriptor records the configuration; commit checks it; the FFTW plan of
+// each direction is made at its first computation and kept in the descriptor.
+// FFTW runs a plan only on arrays of the alignment class it was planned for,
+// and plans for different classes round differently.  So that results never
+// depend on where the host put its blocks, every descriptor has one plan per
+// direction, made for 16-byte aligned arrays: a misaligned input is copied to
+// an aligned buffer first, a misaligned output is produced in an aligned
+// buffer and copied out (scaled on the way when a scale is set).
+// Multi-dimensional c2r overwrites its input in FFTW, so that input is always
+// copied: inputs are never modified.  The planner is not thread-safe: every
+// planner call and plan destruction holds one lock.
 #include <fftw3.h>
 
 #include <atomic>
@@ -109,14 +110,6 @@ template <> struct Fftw<float> {
     static int AlignmentOf(void *p) { return fftwf_alignment_of(static_cast<float *>(p)); }
 };
 
-constexpr int kMaxPlans = 12;
-
-struct PlanEntry {
-    bool forward;
-    int in_class;
-    int out_class;
-    void *plan;
-};
 
 // Geometry of one direction: the input and output side of the computation.
 struct Layout {
@@ -149,8 +142,7 @@ struct DFTI_DESCRIPTOR {
     MKL_LONG in_distance;
     MKL_LONG out_distance;
     bool committed;
-    int plan_count;
-    PlanEntry plans[kMaxPlans];
+    void *plans[2];  // [0] backward, [1] forward; null until first needed
     void *in_buffer;
     size_t in_buffer_bytes;
     void *out_buffer;
@@ -160,15 +152,16 @@ struct DFTI_DESCRIPTOR {
 namespace {
 
 void DestroyPlans(DFTI_DESCRIPTOR *d) {
-    if (d->plan_count == 0) return;
+    if (d->plans[0] == nullptr && d->plans[1] == nullptr) return;
     std::lock_guard<std::mutex> lock(g_planner_mutex);
-    for (int i = 0; i < d->plan_count; ++i) {
+    for (void *&plan : d->plans) {
+        if (plan == nullptr) continue;
         if (d->precision == DFTI_SINGLE)
-            Fftw<float>::Destroy(static_cast<fftwf_plan>(d->plans[i].plan));
+            Fftw<float>::Destroy(static_cast<fftwf_plan>(plan));
         else
-            Fftw<double>::Destroy(static_cast<fftw_plan>(d->plans[i].plan));
+            Fftw<double>::Destroy(static_cast<fftw_plan>(plan));
+        plan = nullptr;
     }
-    d->plan_count = 0;
 }
 
 void ReleaseBuffers(DFTI_DESCRIPTOR *d) {
@@ -270,8 +263,7 @@ unsigned PlannerFlags(ptrdiff_t total) {
 }
 
 template <class R>
-void *MakePlan(const DFTI_DESCRIPTOR *d, const Layout &l, bool forward, int in_class,
-               int out_class) {
+void *MakePlan(const DFTI_DESCRIPTOR *d, const Layout &l, bool forward) {
     fftw_iodim64 dims[3], hm;
     ptrdiff_t total = 1;
     for (int i = 0; i < l.rank; ++i) {
@@ -286,15 +278,15 @@ void *MakePlan(const DFTI_DESCRIPTOR *d, const Layout &l, bool forward, int in_c
     const size_t in_span = Span(l.rank, l.in_dims, l.is, l.howmany, l.idist) * l.in_bytes;
     const size_t out_span = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * l.out_bytes;
 
-    // Planning may overwrite its arrays: plan on buffers of the same classes.
+    // Planning may overwrite its arrays: plan on aligned buffers of our own.
     std::lock_guard<std::mutex> lock(g_planner_mutex);
     fennel::engine::ApplyThreadCount(total * l.howmany);
     char *in_block = static_cast<char *>(fftw_malloc(in_span + 64));
     char *out_block = static_cast<char *>(fftw_malloc(out_span + 64));
     void *plan = nullptr;
     if (in_block != nullptr && out_block != nullptr) {
-        char *in = in_block + in_class;
-        char *out = out_block + out_class;
+        char *in = in_block;
+        char *out = out_block;
         std::memset(in, 0, in_span);
         unsigned flags = PlannerFlags(total * l.howmany);
         const bool real = d->domain == DFTI_REAL;
@@ -314,26 +306,30 @@ void *MakePlan(const DFTI_DESCRIPTOR *d, const Layout &l, bool forward, int in_c
     return plan;
 }
 
-// Multiplies every output element the layout touches by scale.
+// dst[e] = src[e] * scale for every output element e the layout touches
+// (src and dst may be the same array).
 template <class R>
-void ScaleOutput(const Layout &l, void *out, double scale, bool complex_out) {
+void CopyOut(const Layout &l, R *dst, const R *src, double scale, bool complex_out) {
     const R s = static_cast<R>(scale);
-    R *base = static_cast<R *>(out);
     const int k = complex_out ? 2 : 1;
     if (Dense(l.rank, l.out_dims, l.os, l.howmany, l.odist)) {
         const ptrdiff_t count = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * k;
-        for (ptrdiff_t i = 0; i < count; ++i) base[i] *= s;
+        if (scale == 1.0) {
+            if (dst != src) std::memcpy(dst, src, sizeof(R) * count);
+        } else {
+            for (ptrdiff_t i = 0; i < count; ++i) dst[i] = src[i] * s;
+        }
         return;
     }
-    ptrdiff_t d0 = l.out_dims[0], d1 = l.rank > 1 ? l.out_dims[1] : 1,
-              d2 = l.rank > 2 ? l.out_dims[2] : 1;
-    ptrdiff_t s0 = l.os[1], s1 = l.rank > 1 ? l.os[2] : 0, s2 = l.rank > 2 ? l.os[3] : 0;
+    const ptrdiff_t d0 = l.out_dims[0], d1 = l.rank > 1 ? l.out_dims[1] : 1,
+                    d2 = l.rank > 2 ? l.out_dims[2] : 1;
+    const ptrdiff_t s0 = l.os[1], s1 = l.rank > 1 ? l.os[2] : 0, s2 = l.rank > 2 ? l.os[3] : 0;
     for (ptrdiff_t h = 0; h < l.howmany; ++h)
         for (ptrdiff_t i = 0; i < d0; ++i)
             for (ptrdiff_t j = 0; j < d1; ++j)
                 for (ptrdiff_t m = 0; m < d2; ++m) {
-                    R *e = base + (h * l.odist + i * s0 + j * s1 + m * s2) * k;
-                    for (int c = 0; c < k; ++c) e[c] *= s;
+                    const ptrdiff_t e = (h * l.odist + i * s0 + j * s1 + m * s2) * k;
+                    for (int c = 0; c < k; ++c) dst[e + c] = src[e + c] * s;
                 }
 }
 
@@ -349,12 +345,9 @@ MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output) {
     const size_t in_span = Span(l.rank, l.in_dims, l.is, l.howmany, l.idist) * l.in_bytes;
     const size_t out_span = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * l.out_bytes;
 
-    const bool copy_in = real && !forward && l.rank > 1;
-    int in_class = copy_in ? 0 : Fftw<R>::AlignmentOf(in);
-    int out_class = Fftw<R>::AlignmentOf(out);
-    const bool copy_out = out_class != 0 && Dense(l.rank, l.out_dims, l.os, l.howmany, l.odist);
-    if (copy_out) out_class = 0;
-
+    // One aligned plan per direction; misaligned data go through buffers.
+    const bool copy_in = Fftw<R>::AlignmentOf(in) != 0 || (real && !forward && l.rank > 1);
+    const bool copy_out = Fftw<R>::AlignmentOf(out) != 0;
     void *src = in;
     void *dst = out;
     if (copy_in) {
@@ -367,19 +360,10 @@ MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output) {
         dst = d->out_buffer;
     }
 
-    void *plan = nullptr;
-    for (int i = 0; i < d->plan_count; ++i) {
-        const PlanEntry &e = d->plans[i];
-        if (e.forward == forward && e.in_class == in_class && e.out_class == out_class) {
-            plan = e.plan;
-            break;
-        }
-    }
+    void *&plan = d->plans[forward ? 1 : 0];
     if (plan == nullptr) {
-        if (d->plan_count == kMaxPlans) DestroyPlans(d);
-        plan = MakePlan<R>(d, l, forward, in_class, out_class);
+        plan = MakePlan<R>(d, l, forward);
         if (plan == nullptr) return DFTI_UNIMPLEMENTED;
-        d->plans[d->plan_count++] = PlanEntry{forward, in_class, out_class, plan};
     }
 
     using P = typename Fftw<R>::Plan;
@@ -390,9 +374,9 @@ MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output) {
     else
         Fftw<R>::ExecC2R(static_cast<P>(plan), src, dst);
 
-    if (copy_out) std::memcpy(out, dst, out_span);
     const double scale = forward ? d->forward_scale : d->backward_scale;
-    if (scale != 1.0) ScaleOutput<R>(l, out, scale, !real || forward);
+    if (copy_out || scale != 1.0)
+        CopyOut<R>(l, reinterpret_cast<R *>(out), static_cast<const R *>(dst), scale, !real || forward);
     ++g_computes;
     return DFTI_NO_ERROR;
 }

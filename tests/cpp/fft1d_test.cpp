@@ -1,0 +1,273 @@
+// The 1D FFT family against a naive DFT, its edge cases, and every row of its
+// failure table with the state of output, workspace and plan afterwards.
+#include <functional>
+
+#include "support.h"
+
+namespace fennel::test {
+namespace {
+
+using engine::Call;
+
+// The exports of one element type: forward takes T, inverse returns T.
+template <class T> struct Exports;
+template <> struct Exports<float> {
+    static constexpr auto fwd = s1DFFTH;
+    static constexpr auto inv = s1DInvFFTH;
+};
+template <> struct Exports<double> {
+    static constexpr auto fwd = d1DFFTH;
+    static constexpr auto inv = d1DInvFFTH;
+};
+template <> struct Exports<cfloat> {
+    static constexpr auto fwd = c1DFFTH;
+    static constexpr auto inv = c1DInvFFTH;
+};
+template <> struct Exports<cdouble> {
+    static constexpr auto fwd = z1DFFTH;
+    static constexpr auto inv = z1DInvFFTH;
+};
+
+// Spectrum of x padded or truncated to L, natural or centred order.
+template <class T>
+std::vector<std::complex<long double>> Reference(const std::vector<T> &x, int32_t L, bool shift) {
+    std::vector<std::complex<long double>> w(L);
+    for (int32_t i = 0; i < L && i < static_cast<int32_t>(x.size()); ++i) w[i] = Widen(x[i]);
+    const auto X = NaiveDft(w, -1);
+    if (!shift) return X;
+    std::vector<std::complex<long double>> c(L);
+    for (int32_t i = 0; i < L; ++i) c[i] = X[(i - L / 2 + L) % L];
+    return c;
+}
+
+template <class T>
+class FFT1DTest : public HostTest {
+   protected:
+    using R = typename Traits<T>::Real;
+    using C = typename Traits<T>::Complex;
+};
+using ElementTypes = ::testing::Types<float, double, cfloat, cdouble>;
+TYPED_TEST_SUITE(FFT1DTest, ElementTypes);
+
+TYPED_TEST(FFT1DTest, ForwardMatchesNaiveDftWithPaddingTruncationAndShift) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    using R = typename TestFixture::R;
+    Array<C> out;
+    Array<T> ws;
+    FDPlanHandle plan = nullptr;
+    for (int32_t n : {1, 2, 3, 7, 8, 16, 60, 97}) {
+        const auto x = Random<T>(n, n);
+        Array<T> in(x);
+        for (int32_t fft_size : {0, -3, n, n / 2, n + 5, 2 * n}) {
+            const int32_t L = fft_size > 0 ? fft_size : n;
+            if (L == 0) continue;
+            for (int shift : {0, 1}) {
+                ASSERT_EQ(Exports<T>::fwd(in.h(), out.h(), fft_size, shift, ws.h(), &plan), STATUS_OK);
+                ASSERT_EQ(out.dims(), std::vector<int32_t>{L});
+                EXPECT_TRUE(ws.empty());
+                const auto ref = Reference(x, L, shift != 0);
+                const auto got = out.values();
+                const double tol = Tolerance<R>(L) * std::sqrt(static_cast<double>(L)) * 2;
+                for (int32_t k = 0; k < L; ++k) {
+                    EXPECT_NEAR(got[k].real(), static_cast<double>(ref[k].real()), tol)
+                        << "n=" << n << " L=" << L << " shift=" << shift << " k=" << k;
+                    EXPECT_NEAR(got[k].imag(), static_cast<double>(ref[k].imag()), tol)
+                        << "n=" << n << " L=" << L << " shift=" << shift << " k=" << k;
+                }
+                if constexpr (!Traits<T>::kComplex) {
+                    if (!shift) {  // exact conjugate symmetry, bit for bit
+                        for (int32_t k = 1; k < L; ++k) {
+                            EXPECT_EQ(got[L - k].real(), got[k].real());
+                            EXPECT_EQ(got[L - k].imag(), R(-0.0) - got[k].imag());
+                        }
+                    }
+                }
+            }
+        }
+    }
+    EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
+}
+
+TYPED_TEST(FFT1DTest, ForwardThenInverseReturnsTheInput) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    using R = typename TestFixture::R;
+    Array<C> spectrum;
+    Array<T> back, ws;
+    FDPlanHandle fwd = nullptr, inv = nullptr;
+    for (int32_t n : {1, 2, 5, 8, 9, 64, 101}) {
+        const auto x = Random<T>(n, 7 * n);
+        Array<T> in(x);
+        for (int shift : {0, 1}) {
+            ASSERT_EQ(Exports<T>::fwd(in.h(), spectrum.h(), 0, shift, ws.h(), &fwd), STATUS_OK);
+            ASSERT_EQ(Exports<T>::inv(spectrum.h(), back.h(), shift, ws.h(), &inv), STATUS_OK);
+            EXPECT_TRUE(ws.empty());
+            const auto y = back.values();
+            ASSERT_EQ(y.size(), x.size());
+            for (int32_t i = 0; i < n; ++i)
+                EXPECT_NEAR(std::abs(Widen(y[i]) - Widen(x[i])), 0.0, Tolerance<R>(n) * 4)
+                    << "n=" << n << " shift=" << shift;
+        }
+    }
+    FreeMKLDftiDescH(&fwd);
+    FreeMKLDftiDescH(&inv);
+}
+
+// A real inverse reads only bins 0 .. N/2; a complex one reads them all.
+TYPED_TEST(FFT1DTest, InverseReadsTheHalfItNeeds) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    for (int32_t N : {6, 7}) {
+        for (int shift : {0, 1}) {
+            const auto X = Random<C>(N, N);
+            Array<C> a(X);
+            // Perturb the strictly negative frequencies, which a real inverse
+            // must ignore (with shift and even N, index 0 holds bin N/2).
+            auto Y = X;
+            for (int32_t i = 0; i < N; ++i) {
+                const int32_t freq = shift ? i - N / 2 : (i <= N / 2 ? i : i - N);
+                const bool nyquist_first = shift && N % 2 == 0 && i == 0;  // holds bin N/2
+                if (freq < 0 && !nyquist_first) Y[i] = C(9, -9);
+            }
+            Array<C> b(Y);
+            Array<T> ya, yb, ws;
+            ASSERT_EQ(Exports<T>::inv(a.h(), ya.h(), shift, ws.h(), nullptr), STATUS_OK);
+            ASSERT_EQ(Exports<T>::inv(b.h(), yb.h(), shift, ws.h(), nullptr), STATUS_OK);
+            if constexpr (Traits<T>::kComplex)
+                EXPECT_NE(ya.values(), yb.values());
+            else
+                EXPECT_EQ(ya.values(), yb.values()) << "N=" << N << " shift=" << shift;
+        }
+    }
+}
+
+TYPED_TEST(FFT1DTest, TruncationLeavesTheWorkspaceAloneAndMatchingOutputsAreNotResized) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    Array<T> in(Random<T>(10, 3)), ws({3});
+    Array<C> out({4});
+    const int64_t calls = FennelHostResizeCalls();
+    ASSERT_EQ(Exports<T>::fwd(in.h(), out.h(), 4, 1, ws.h(), nullptr), STATUS_OK);
+    EXPECT_EQ(FennelHostResizeCalls(), calls);
+    EXPECT_EQ(ws.dims(), std::vector<int32_t>{3});
+    // Padding without a workspace array.
+    EXPECT_EQ(Exports<T>::fwd(in.h(), out.h(), 11, 0, nullptr, nullptr), STATUS_NO_WORKSPACE);
+    EXPECT_TRUE(out.empty());
+}
+
+// Results do not depend on where the host puts its blocks, nor on what fresh
+// memory holds.
+TYPED_TEST(FFT1DTest, ResultsDoNotDependOnBlockPlacement) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    const auto x = Random<T>(96, 5);
+    std::vector<C> first;
+    std::vector<T> first_back;
+    FDPlanHandle fwd = nullptr, inv = nullptr;
+    FennelHostSetFillByte(0xFF);
+    for (int32_t placement = 0; placement < 64; placement += 4) {
+        FennelHostSetPlacement(placement);
+        Array<T> in(x), back, ws;
+        Array<C> out;
+        ASSERT_EQ(Exports<T>::fwd(in.h(), out.h(), 100, 1, ws.h(), &fwd), STATUS_OK);
+        ASSERT_EQ(Exports<T>::inv(out.h(), back.h(), 1, ws.h(), &inv), STATUS_OK);
+        if (placement == 0) {
+            first = out.values();
+            first_back = back.values();
+        } else {
+            EXPECT_EQ(out.values(), first) << "placement " << placement;
+            EXPECT_EQ(back.values(), first_back) << "placement " << placement;
+        }
+    }
+    FreeMKLDftiDescH(&fwd);
+    FreeMKLDftiDescH(&inv);
+}
+
+// One row of the failure table: how the call is provoked and the state left.
+struct FailureRow {
+    const char *name;
+    int resize_fault;      // nth host resize fails (0: none)
+    Call engine_fault;     // engine call that fails (kCount: none)
+    int engine_nth;
+    bool empty_input;
+    bool null_workspace;
+    bool plan_same_length;  // plan held before the call has the call's length
+    int32_t status;
+    bool workspace_emptied;
+    bool plan_freed;
+};
+
+const FailureRow kFailureRows[] = {
+    {"input length 0", 0, Call::kCount, 0, true, false, true, STATUS_EMPTY_ARRAY, false, false},
+    {"output resize", 1, Call::kCount, 0, false, false, true, STATUS_OUT_OF_MEMORY, false, false},
+    {"workspace null", 0, Call::kCount, 0, false, true, true, STATUS_NO_WORKSPACE, false, true},
+    {"workspace resize", 2, Call::kCount, 0, false, false, true, STATUS_OUT_OF_MEMORY, true, true},
+    {"query", 0, Call::kGetValue, 1, false, false, true, STATUS_DFTI_SETUP_FAILED, true, true},
+    {"create", 0, Call::kCreate, 1, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
+    {"set", 0, Call::kSetValue, 1, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
+    {"commit", 0, Call::kCommit, 1, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
+    {"free outdated", 0, Call::kFree, 1, false, false, false, STATUS_DFTI_FREE_FAILED, true, true},
+    {"compute", 0, Call::kCompute, 1, false, false, true, STATUS_DFTI_COMPUTE_FAILED, true, true},
+};
+
+// Runs every row against a call that needs its workspace (forward with
+// padding, inverse with shift).
+template <class In, class Out>
+void RunFailureTable(const std::function<int32_t(FDArrayHandle, FDArrayHandle, FDArrayHandle,
+                                                 FDPlanHandle *)> &call,
+                     int32_t n, int32_t other_n) {
+    for (const FailureRow &row : kFailureRows) {
+        SCOPED_TRACE(row.name);
+        Array<In> in(Random<In>(row.empty_input ? 0 : n, 1)), other(Random<In>(other_n, 2));
+        Array<Out> out({5}), scratch_out;
+        FDPlanHandle plan = nullptr;
+        // Hold a plan of the call's length, or of another length to force a rebuild.
+        Array<Out> dummy;
+        Array<In> ws_prep;
+        ASSERT_EQ(call(row.plan_same_length ? in.h() : other.h(), scratch_out.h(), ws_prep.h(), &plan),
+                  row.empty_input && row.plan_same_length ? STATUS_EMPTY_ARRAY : STATUS_OK);
+        if (row.empty_input) ASSERT_EQ(call(other.h(), scratch_out.h(), ws_prep.h(), &plan), STATUS_OK);
+        const FDPlanHandle before = plan;
+        Array<In> ws({2});
+        FennelHostReset();
+        if (row.resize_fault) FennelHostFailResize(row.resize_fault);
+        if (row.engine_fault != Call::kCount) engine::FailCall(row.engine_fault, row.engine_nth);
+        EXPECT_EQ(call(in.h(), out.h(), row.null_workspace ? nullptr : ws.h(), &plan), row.status);
+        engine::ClearFaults();
+        FennelHostReset();
+        EXPECT_TRUE(out.empty());
+        if (!row.null_workspace) {
+            EXPECT_EQ(ws.empty(), row.workspace_emptied);
+        }
+        EXPECT_EQ(plan, row.plan_freed ? nullptr : before);
+        EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
+    }
+}
+
+TYPED_TEST(FFT1DTest, ForwardFailureTable) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    // Padding (the workspace is needed) to a length that follows the input,
+    // so that a plan made for the other input is rebuilt.
+    RunFailureTable<T, C>(
+        [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+            int32_t n = 0;
+            FennelHostArrayDims(in, 1, &n);
+            return Exports<T>::fwd(in, out, n + 4, 1, ws, plan);
+        },
+        8, 5);
+}
+
+TYPED_TEST(FFT1DTest, InverseFailureTable) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    RunFailureTable<C, T>(
+        [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+            return Exports<T>::inv(in, out, 1, ws, plan);
+        },
+        8, 5);
+}
+
+}  // namespace
+}  // namespace fennel::test

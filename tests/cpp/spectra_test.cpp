@@ -1,0 +1,320 @@
+// Power, auto power, cross power and cross power spectrum: values against a
+// naive DFT, the documented edge cases, plan reuse, and every row of the
+// failure tables with the state of outputs, workspace, plan and df afterwards.
+#include <functional>
+#include <limits>
+
+#include "spectra/spectra.h"
+#include "support.h"
+
+namespace fennel::test {
+namespace {
+
+using engine::Call;
+using LC = std::complex<long double>;
+constexpr double kPi = 3.141592653589793;
+
+template <class T> struct Exports;
+template <> struct Exports<float> {
+    static constexpr auto power = sPowerSpectrumH;
+    static constexpr auto autop = sAutoPowerSpectrumH;
+    static constexpr auto cross = sCrossPowerH;
+    static constexpr auto cross_spectrum = sCrossPowerSpectrumH;
+};
+template <> struct Exports<double> {
+    static constexpr auto power = dPowerSpectrumH;
+    static constexpr auto autop = dAutoPowerSpectrumH;
+    static constexpr auto cross = dCrossPowerH;
+    static constexpr auto cross_spectrum = dCrossPowerSpectrumH;
+};
+template <> struct Exports<cfloat> {
+    static constexpr auto power = cPowerSpectrumH;
+    static constexpr auto autop = cAutoPowerSpectrumH;
+    static constexpr auto cross = cCrossPowerH;
+    static constexpr auto cross_spectrum = cCrossPowerSpectrumH;
+};
+template <> struct Exports<cdouble> {
+    static constexpr auto power = zPowerSpectrumH;
+    static constexpr auto autop = zAutoPowerSpectrumH;
+    static constexpr auto cross = zCrossPowerH;
+    static constexpr auto cross_spectrum = zCrossPowerSpectrumH;
+};
+
+// Spectrum of x zero-padded to L.
+template <class T>
+std::vector<LC> Spectrum(const std::vector<T> &x, size_t L) {
+    std::vector<LC> w(L);
+    for (size_t i = 0; i < x.size(); ++i) w[i] = Widen(x[i]);
+    return NaiveDft(w, -1);
+}
+
+template <class T>
+class SpectraTest : public HostTest {
+   protected:
+    using R = typename Traits<T>::Real;
+    using C = typename Traits<T>::Complex;
+};
+using ElementTypes = ::testing::Types<float, double, cfloat, cdouble>;
+TYPED_TEST_SUITE(SpectraTest, ElementTypes);
+
+// Power and auto power of every type against |X_k|^2 / n^2, doubled one-sided
+// for real input except at DC and Nyquist; Parseval; df; plan reuse.
+TYPED_TEST(SpectraTest, PowerAndAutoPowerMatchTheDefinition) {
+    using T = TypeParam;
+    using R = typename TestFixture::R;
+    constexpr bool kReal = !Traits<T>::kComplex;
+    Array<R> out;
+    Array<T> ws;
+    FDPlanHandle plan = nullptr;
+    for (int32_t n : {1, 2, 3, 4, 5, 8, 13, 64}) {
+        const auto x = Random<T>(n, n);
+        Array<T> in(x);
+        const auto X = Spectrum(x, n);
+        const double tol = Tolerance<R>(n) * 8;
+        engine::ResetCounters();
+        ASSERT_EQ(Exports<T>::power(in.h(), out.h(), ws.h(), &plan), STATUS_OK);
+        const auto two = out.values();
+        ASSERT_EQ(two.size(), static_cast<size_t>(n));
+        for (int32_t k = 0; k < n; ++k) {
+            EXPECT_NEAR(two[k], std::norm(X[k]) / (n * n), tol) << "n=" << n << " k=" << k;
+            if (kReal && k > 0) { EXPECT_EQ(two[k], two[n - k]); }
+        }
+        double df = 0;
+        ASSERT_EQ(Exports<T>::autop(in.h(), out.h(), 0.5, 0, &df, ws.h(), &plan), STATUS_OK);
+        EXPECT_EQ(df, 1.0 / (n * 0.5));
+        const auto one = out.values();
+        ASSERT_EQ(one.size(), static_cast<size_t>(n / 2 + 1));
+        double sum_one = 0, sum_two = 0;
+        for (int32_t k = 0; k <= n / 2; ++k) {
+            const bool doubled = kReal && k != 0 && 2 * k != n;
+            EXPECT_NEAR(one[k], two[k] * (doubled ? 2 : 1), tol) << "n=" << n << " k=" << k;
+            sum_one += one[k];
+        }
+        for (R v : two) sum_two += v;
+        if (kReal) { EXPECT_NEAR(sum_one, sum_two, tol * n); }
+        ASSERT_EQ(Exports<T>::autop(in.h(), out.h(), 2.0, 1, &df, ws.h(), &plan), STATUS_OK);
+        EXPECT_EQ(out.values(), two);
+        EXPECT_TRUE(ws.empty());
+        // One plan per length, reused by the second and third calls.
+        EXPECT_EQ(engine::GetCounters().creates, 1);
+        EXPECT_EQ(engine::GetCounters().commits, 1);
+    }
+    // A constant real signal has all its power at DC; NaN dt passes.
+    Array<T> constant(std::vector<T>(6, T(3)));
+    double df = 0;
+    ASSERT_EQ(Exports<T>::autop(constant.h(), out.h(), std::nan(""), 1, &df, ws.h(), &plan), STATUS_OK);
+    EXPECT_TRUE(std::isnan(df));
+    EXPECT_EQ(out.values(), (std::vector<R>{9, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
+}
+
+// Cross power and cross power spectrum against conj(X) Y / L^2, with padding
+// either way, at every block placement with NaN-filled fresh memory.
+TYPED_TEST(SpectraTest, CrossPowerMatchesTheDefinition) {
+    using T = TypeParam;
+    using R = typename TestFixture::R;
+    using C = typename TestFixture::C;
+    constexpr bool kReal = !Traits<T>::kComplex;
+    FennelHostSetFillByte(0xFF);
+    const std::pair<int32_t, int32_t> sizes[] = {{1, 1}, {5, 5}, {4, 7}, {7, 4}, {8, 3}, {3, 10}};
+    int32_t placement = 0;
+    for (auto [nx, ny] : sizes) {
+        FennelHostSetPlacement(placement = (placement + 12) % 64);
+        const auto x = Random<T>(nx, nx), y = Random<T>(ny, 100 + ny);
+        const int32_t L = std::max(nx, ny);
+        const auto X = Spectrum(x, L), Y = Spectrum(y, L);
+        Array<T> xa(x), ya(y), ws;
+        Array<C> out;
+        Array<R> mag, ph;
+        FDPlanHandle plan = nullptr;
+        ASSERT_EQ(Exports<T>::cross(xa.h(), ya.h(), out.h(), ws.h(), &plan), STATUS_OK);
+        const auto P = out.values();
+        ASSERT_EQ(P.size(), static_cast<size_t>(L));
+        const double tol = Tolerance<R>(L) * 8;
+        for (int32_t k = 0; k < L; ++k) {
+            const LC ref = std::conj(X[k]) * Y[k] / static_cast<long double>(L * L);
+            EXPECT_NEAR(P[k].real(), static_cast<double>(ref.real()), tol) << nx << "," << ny << " k=" << k;
+            EXPECT_NEAR(P[k].imag(), static_cast<double>(ref.imag()), tol) << nx << "," << ny << " k=" << k;
+        }
+        for (int32_t type : {0, 1}) {
+            double df = 0;
+            ASSERT_EQ(Exports<T>::cross_spectrum(xa.h(), ya.h(), 0.25, type, &df, mag.h(), ph.h(),
+                                                 ws.h(), &plan), STATUS_OK);
+            EXPECT_EQ(df, 1.0 / (L * 0.25));
+            const auto m = mag.values(), p = ph.values();
+            ASSERT_EQ(m.size(), static_cast<size_t>(type == 1 ? L : L / 2 + 1));
+            ASSERT_EQ(p.size(), m.size());
+            for (size_t k = 0; k < m.size(); ++k) {
+                const bool edge = kReal && (k == 0 || 2 * k == static_cast<size_t>(L));
+                const double f = kReal && type == 0 && !edge ? 2 : 1;
+                const std::complex<double> got = std::polar<double>(m[k], p[k]);
+                EXPECT_NEAR(std::abs(got - f * std::complex<double>(P[k])), 0, tol * 2) << k;
+                if (edge) { EXPECT_TRUE(p[k] == R(0) || p[k] == R(kPi)) << p[k]; }
+                if (kReal && type == 1 && k > 0 && !edge) {
+                    EXPECT_EQ(m[L - k], m[k]);
+                    EXPECT_EQ(p[L - k], -p[k]);
+                }
+            }
+        }
+        EXPECT_TRUE(ws.empty());
+        EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
+    }
+}
+
+// x = y gives the power spectrum with zero phase; swapping x and y conjugates;
+// L = 1 and a negative DC product give phase pi.
+TYPED_TEST(SpectraTest, CrossPowerSymmetries) {
+    using T = TypeParam;
+    using R = typename TestFixture::R;
+    using C = typename TestFixture::C;
+    const auto x = Random<T>(9, 1), y = Random<T>(6, 2);
+    Array<T> xa(x), ya(y), ws;
+    Array<C> xy, yx, xx;
+    Array<R> power, mag, ph;
+    ASSERT_EQ(Exports<T>::cross(xa.h(), ya.h(), xy.h(), ws.h(), nullptr), STATUS_OK);
+    ASSERT_EQ(Exports<T>::cross(ya.h(), xa.h(), yx.h(), ws.h(), nullptr), STATUS_OK);
+    for (int32_t k = 0; k < 9; ++k) {
+        EXPECT_EQ(yx.values()[k].real(), xy.values()[k].real());
+        EXPECT_EQ(yx.values()[k].imag(), -xy.values()[k].imag());
+    }
+    ASSERT_EQ(Exports<T>::cross(xa.h(), xa.h(), xx.h(), ws.h(), nullptr), STATUS_OK);
+    ASSERT_EQ(Exports<T>::power(xa.h(), power.h(), ws.h(), nullptr), STATUS_OK);
+    double df;
+    ASSERT_EQ(Exports<T>::cross_spectrum(xa.h(), xa.h(), 1.0, 1, &df, mag.h(), ph.h(), ws.h(), nullptr),
+              STATUS_OK);
+    for (int32_t k = 0; k < 9; ++k) {
+        EXPECT_NEAR(xx.values()[k].real(), power.values()[k], Tolerance<R>(9));
+        EXPECT_EQ(xx.values()[k].imag(), 0);
+        EXPECT_NEAR(mag.values()[k], power.values()[k], Tolerance<R>(9));
+        EXPECT_EQ(ph.values()[k], 0);
+    }
+    Array<T> a(std::vector<T>{T(-2)}), b(std::vector<T>{T(3), T(1)});
+    ASSERT_EQ(Exports<T>::cross_spectrum(a.h(), a.h(), 1.0, 0, &df, mag.h(), ph.h(), ws.h(), nullptr),
+              STATUS_OK);
+    EXPECT_EQ(mag.values(), std::vector<R>{4});
+    EXPECT_EQ(ph.values(), std::vector<R>{0});
+    // a padded to (-2, 0): DC product (-2)(4) / 4 and Nyquist (-2)(2) / 4.
+    ASSERT_EQ(Exports<T>::cross_spectrum(a.h(), b.h(), 1.0, 1, &df, mag.h(), ph.h(), ws.h(), nullptr),
+              STATUS_OK);
+    EXPECT_EQ(mag.values(), (std::vector<R>{2, 1}));
+    for (R v : ph.values()) EXPECT_EQ(std::abs(v), R(kPi));
+}
+
+// The single-precision kernel forms DC and Nyquist products in double, so
+// values whose square overflows float still give finite powers.
+using SpectraKernelTest = HostTest;
+TEST_F(SpectraKernelTest, SinglePrecisionDcAndNyquistAreFormedInDouble) {
+    const int32_t n = 1 << 16;
+    std::vector<float> ccs(n + 2, 0.0f), out(n);
+    ccs[0] = 1e20f;
+    ccs[n] = -1e20f;
+    PowerFromSpectrum<float>(out.data(), n, ccs.data(), 1);
+    const float expected = static_cast<float>(1e40 / (65536.0 * 65536.0));
+    EXPECT_FLOAT_EQ(out[0], expected);
+    EXPECT_FLOAT_EQ(out[n / 2], expected);
+}
+
+// One row of the failure tables: how the call is provoked and what is left.
+struct FailureRow {
+    const char *name;
+    int resize_fault;  // fails output -k, or the kth resize after the outputs (0: none)
+    Call engine_fault;
+    int engine_nth;
+    bool empty_input, null_workspace, bad_dt, bad_type;
+    bool plan_same_length;
+    int32_t status;
+    bool core_ran;  // workspace emptied and plan freed
+};
+
+const FailureRow kFailureRows[] = {
+    {"input length 0", 0, Call::kCount, 0, true, false, false, false, true, STATUS_EMPTY_ARRAY, false},
+    {"dt 0", 0, Call::kCount, 0, false, false, true, false, true, STATUS_BAD_SAMPLING_INTERVAL, false},
+    {"type 2", 0, Call::kCount, 0, false, false, false, true, true, STATUS_BAD_SELECTOR, false},
+    {"output resize", -1, Call::kCount, 0, false, false, false, false, true, STATUS_OUT_OF_MEMORY, false},
+    {"second output resize", -2, Call::kCount, 0, false, false, false, false, true, STATUS_OUT_OF_MEMORY, false},
+    {"workspace null", 0, Call::kCount, 0, false, true, false, false, true, STATUS_NO_WORKSPACE, true},
+    {"workspace resize", 1, Call::kCount, 0, false, false, false, false, true, STATUS_OUT_OF_MEMORY, true},
+    {"query", 0, Call::kGetValue, 1, false, false, false, false, true, STATUS_DFTI_SETUP_FAILED, true},
+    {"create", 0, Call::kCreate, 1, false, false, false, false, false, STATUS_DFTI_SETUP_FAILED, true},
+    {"set", 0, Call::kSetValue, 1, false, false, false, false, false, STATUS_DFTI_SETUP_FAILED, true},
+    {"commit", 0, Call::kCommit, 1, false, false, false, false, false, STATUS_DFTI_SETUP_FAILED, true},
+    {"free outdated", 0, Call::kFree, 1, false, false, false, false, false, STATUS_DFTI_FREE_FAILED, true},
+    {"compute", 0, Call::kCompute, 1, false, false, false, false, true, STATUS_DFTI_COMPUTE_FAILED, true},
+    {"second compute", 0, Call::kCompute, 2, false, false, false, false, true, STATUS_DFTI_COMPUTE_FAILED, true},
+};
+
+// A family under test: (input, out0, out1, workspace, dt, type, df, plan).
+struct Family {
+    int outputs;         // resizes before the workspace's
+    int computes;        // transforms per call
+    bool has_dt;         // takes dt, type and df
+    std::function<int32_t(FDArrayHandle, FDArrayHandle, FDArrayHandle, FDArrayHandle, double,
+                          int32_t, double *, FDPlanHandle *)> call;
+};
+
+template <class In, class Out>
+void RunFailureTable(const Family &f) {
+    for (const FailureRow &row : kFailureRows) {
+        if ((row.bad_dt || row.bad_type) && !f.has_dt) continue;
+        if (row.engine_nth > f.computes && row.engine_fault == Call::kCompute) continue;
+        if (-row.resize_fault > f.outputs) continue;
+        SCOPED_TRACE(row.name);
+        Array<In> in(Random<In>(row.empty_input ? 0 : 8, 1)), other(Random<In>(5, 2)), ws_prep;
+        Array<Out> out0({5}), out1({5}), prep0, prep1;
+        FDPlanHandle plan = nullptr;
+        double df = 0;
+        ASSERT_EQ(f.call(row.plan_same_length && !row.empty_input ? in.h() : other.h(), prep0.h(),
+                         prep1.h(), ws_prep.h(), 1.0, 1, &df, &plan), STATUS_OK);
+        const FDPlanHandle before = plan;
+        Array<In> ws({2});
+        FennelHostReset();
+        if (row.resize_fault) FennelHostFailResize(row.resize_fault < 0 ? -row.resize_fault : f.outputs + row.resize_fault);
+        if (row.engine_fault != Call::kCount) engine::FailCall(row.engine_fault, row.engine_nth);
+        EXPECT_EQ(f.call(in.h(), out0.h(), out1.h(), row.null_workspace ? nullptr : ws.h(),
+                         row.bad_dt ? 0.0 : 1.0, row.bad_type ? 2 : 1, &df, &plan), row.status);
+        engine::ClearFaults();
+        FennelHostReset();
+        EXPECT_TRUE(out0.empty());
+        if (f.outputs == 2) { EXPECT_TRUE(out1.empty()); }
+        if (f.has_dt) { EXPECT_TRUE(std::isnan(df)); }
+        if (!row.null_workspace) { EXPECT_EQ(ws.empty(), row.core_ran); }
+        EXPECT_EQ(plan, row.core_ran ? nullptr : before);
+        EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
+    }
+}
+
+TYPED_TEST(SpectraTest, FailureTables) {
+    using T = TypeParam;
+    using R = typename TestFixture::R;
+    using C = typename TestFixture::C;
+    // The second signal of the cross families is shorter than both inputs,
+    // so that L follows the first.
+    Array<T> y(Random<T>(3, 9));
+    {
+        SCOPED_TRACE("power");
+        RunFailureTable<T, R>({1, 1, false, [](auto in, auto o, auto, auto ws, double, int32_t, double *,
+                                               auto plan) { return Exports<T>::power(in, o, ws, plan); }});
+    }
+    {
+        SCOPED_TRACE("auto power");
+        RunFailureTable<T, R>({1, 1, true, [](auto in, auto o, auto, auto ws, double dt, int32_t type,
+                                              double *df, auto plan) {
+                                   return Exports<T>::autop(in, o, dt, type, df, ws, plan);
+                               }});
+    }
+    {
+        SCOPED_TRACE("cross power");
+        RunFailureTable<T, C>({1, 2, false, [&y](auto in, auto o, auto, auto ws, double, int32_t, double *,
+                                                 auto plan) { return Exports<T>::cross(in, y.h(), o, ws, plan); }});
+    }
+    {
+        SCOPED_TRACE("cross power spectrum");
+        RunFailureTable<T, R>({2, 2, true, [&y](auto in, auto o0, auto o1, auto ws, double dt, int32_t type,
+                                                double *df, auto plan) {
+                                   return Exports<T>::cross_spectrum(y.h(), in, dt, type, df, o0, o1, ws, plan);
+                               }});
+    }
+}
+
+}  // namespace
+}  // namespace fennel::test

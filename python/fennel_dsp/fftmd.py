@@ -1,2 +1,122 @@
-"""fftmd family of the binding."""
-__all__ = []
+"""2D and 3D FFTs with padding, cropping and centring, their inverses, and the
+multichannel 2D FFT (every row or every column of a matrix as a channel)."""
+import ctypes
+
+import numpy as np
+
+from ._native import (COMPLEX_OF, REAL_OF, TYPE_CODES, Handle, HostArray, as_supported, check,
+                      export, plan_ref)
+
+__all__ = ["fft2", "ifft2", "fft3", "ifft3", "multichannel_fft", "multichannel_ifft"]
+
+_P = ctypes.c_void_p
+_I = ctypes.c_int32
+_FWD2 = {p: export(f"{p}2DFFTH", [Handle, Handle, _I, _I, _I, Handle, _P]) for p in "sdcz"}
+_INV2 = {p: export(f"{p}2DInvFFTH", [Handle, Handle, _I, Handle, _P]) for p in "sdcz"}
+_FWD3 = {p: export(f"{p}3DFFTH", [Handle, Handle, _I, _I, _I, _I, Handle, _P]) for p in "sdcz"}
+_INV3 = {p: export(f"{p}3DInvFFTH", [Handle, Handle, _I, Handle, _P]) for p in "sdcz"}
+_FWDM = {p: export(f"{p}2DMultiChFFTH", [Handle, Handle, _I, _I, _I, Handle, _P]) for p in "sdcz"}
+_INVM = {p: export(f"{p}2DInvMultiChFFTH", [Handle, Handle, _I, _I, Handle, _P]) for p in "sdcz"}
+
+_ORIENTATION = {0: 0, 1: 1, "rows": 0, "columns": 1}
+
+
+def _input(x, ndim, real_ok=True):
+    x = as_supported(x, real_ok=real_ok)
+    if x.ndim != ndim:
+        raise ValueError(f"expected a {ndim}-dimensional array, got {x.ndim} dimensions")
+    return x
+
+
+def _sizes(shape, ndim):
+    if shape is None:
+        return (0,) * ndim
+    shape = tuple(int(s or 0) for s in shape)
+    if len(shape) != ndim:
+        raise ValueError(f"shape must have {ndim} entries")
+    return shape
+
+
+def _forward(table, name, x, sizes, extra, plan):
+    prefix = TYPE_CODES[x.dtype][1]
+    src = HostArray.from_numpy(x)
+    out = HostArray.empty(COMPLEX_OF[x.dtype], x.ndim)
+    ws = HostArray.empty(x.dtype)
+    check(table[prefix](src.handle, out.handle, *sizes, *extra, ws.handle, plan_ref(plan)),
+          f"{prefix}{name}")
+    return out.to_numpy()
+
+
+def _inverse(table, name, X, real, extra, plan):
+    out_type = REAL_OF[X.dtype] if real else X.dtype
+    prefix = TYPE_CODES[out_type][1]
+    src = HostArray.from_numpy(X)
+    out = HostArray.empty(out_type, X.ndim)
+    ws = HostArray.empty(X.dtype)
+    check(table[prefix](src.handle, out.handle, *extra, ws.handle, plan_ref(plan)),
+          f"{prefix}{name}")
+    return out.to_numpy()
+
+
+def fft2(x, shape=None, shift=False, plan=None):
+    """Full complex 2D spectrum of a matrix (float32/64 or complex64/128).
+
+    shape: (rows, columns) of the transform; larger pads with zeros, smaller
+    crops to the top-left block, None or 0 keeps the input's size.
+    shift: zero frequency at (rows // 2, columns // 2).  plan: a Plan reused
+    between calls of this function.
+    """
+    x = _input(x, 2)
+    return _forward(_FWD2, "2DFFTH", x, _sizes(shape, 2), (int(bool(shift)),), plan)
+
+
+def ifft2(X, shift=False, real=False, plan=None):
+    """Inverse of a full R x C spectrum (natural order, or centred when
+    shift), scaled by 1/(R*C).  real=True returns real samples computed from
+    columns 0 .. C//2 only."""
+    X = _input(X, 2, real_ok=False)
+    return _inverse(_INV2, "2DInvFFTH", X, real, (int(bool(shift)),), plan)
+
+
+def fft3(x, shape=None, shift=False, plan=None):
+    """Full complex 3D spectrum of a volume (pages, rows, columns).
+
+    shape: (pages, rows, columns) of the transform, in the array's order;
+    entries that are None or 0 keep the input's size.  shift centres all
+    three dimensions.
+    """
+    x = _input(x, 3)
+    pages, rows, cols = _sizes(shape, 3)
+    # The library takes the sizes as rows, columns, pages.
+    return _forward(_FWD3, "3DFFTH", x, (rows, cols, pages), (int(bool(shift)),), plan)
+
+
+def ifft3(X, shift=False, real=False, plan=None):
+    """Inverse of a full P x R x C spectrum, scaled by 1/(P*R*C); real=True
+    reads columns 0 .. C//2 only."""
+    X = _input(X, 3, real_ok=False)
+    return _inverse(_INV3, "3DInvFFTH", X, real, (int(bool(shift)),), plan)
+
+
+def _orientation(channels):
+    if channels not in _ORIENTATION:
+        raise ValueError("channels must be 'rows' (0) or 'columns' (1)")
+    return _ORIENTATION[channels]
+
+
+def multichannel_fft(x, n=None, channels="rows", shift=False, plan=None):
+    """The 1D spectrum of every row (channels='rows', numpy axis 1) or every
+    column (channels='columns', axis 0) of a matrix, each padded or truncated
+    to n bins; shift puts zero frequency at index n // 2 of every channel."""
+    x = _input(x, 2)
+    return _forward(_FWDM, "2DMultiChFFTH", x, (int(n or 0),),
+                    (int(bool(shift)), _orientation(channels)), plan)
+
+
+def multichannel_ifft(X, channels="rows", shift=False, real=False, plan=None):
+    """Inverse of the spectra in every row or column of X (natural order, or
+    centred when shift), each scaled by 1/N; real=True reads bins 0 .. N//2
+    of every channel only."""
+    X = _input(X, 2, real_ok=False)
+    return _inverse(_INVM, "2DInvMultiChFFTH", X, real,
+                    (int(bool(shift)), _orientation(channels)), plan)

@@ -1,0 +1,540 @@
+// The 2D, 3D and multichannel 2D FFT families against a naive DFT, their
+// edge cases, and their failure tables with the state of output, workspace
+// and plan afterwards.
+#include <functional>
+
+#include "support.h"
+
+namespace fennel::test {
+namespace {
+
+using engine::Call;
+using LC = std::complex<long double>;
+using Dims = std::vector<int32_t>;
+
+template <class T> struct Md;
+#define FENNEL_MD_EXPORTS(T, p)                             \
+    template <> struct Md<T> {                              \
+        static constexpr auto fwd2 = p##2DFFTH;             \
+        static constexpr auto inv2 = p##2DInvFFTH;          \
+        static constexpr auto fwd3 = p##3DFFTH;             \
+        static constexpr auto inv3 = p##3DInvFFTH;          \
+        static constexpr auto fwdm = p##2DMultiChFFTH;      \
+        static constexpr auto invm = p##2DInvMultiChFFTH;   \
+        static constexpr auto fwd1 = p##1DFFTH;             \
+    };
+FENNEL_MD_EXPORTS(float, s)
+FENNEL_MD_EXPORTS(double, d)
+FENNEL_MD_EXPORTS(cfloat, c)
+FENNEL_MD_EXPORTS(cdouble, z)
+#undef FENNEL_MD_EXPORTS
+
+// ---- reference: naive transforms along chosen axes of a row-major block ----
+
+int64_t Count(const Dims &d) {
+    int64_t c = 1;
+    for (int32_t v : d) c *= v;
+    return c;
+}
+
+// Elements before and after axis a.
+void Around(const Dims &d, size_t a, int64_t &outer, int64_t &inner) {
+    outer = inner = 1;
+    for (size_t i = 0; i < a; ++i) outer *= d[i];
+    for (size_t i = a + 1; i < d.size(); ++i) inner *= d[i];
+}
+
+// x (sizes from) cropped or zero-padded to sizes to.
+std::vector<LC> Resized(const std::vector<LC> &x, const Dims &from, const Dims &to) {
+    std::vector<LC> y(Count(to));
+    for (int64_t i = 0; i < Count(to); ++i) {
+        int64_t rest = i, src = 0, scale = 1;
+        bool inside = true;
+        for (size_t a = to.size(); a-- > 0;) {
+            const int64_t k = rest % to[a];
+            rest /= to[a];
+            inside = inside && k < from[a];
+            src += k * scale;
+            scale *= from[a];
+        }
+        if (inside) y[i] = x[src];
+    }
+    return y;
+}
+
+// Transforms (sign -1 forward) and optionally centres along one axis.
+std::vector<LC> AlongAxis(std::vector<LC> x, const Dims &d, size_t a, int sign, bool centre) {
+    int64_t outer, inner;
+    Around(d, a, outer, inner);
+    const int32_t n = d[a];
+    for (int64_t o = 0; o < outer; ++o)
+        for (int64_t i = 0; i < inner; ++i) {
+            std::vector<LC> line(n);
+            for (int32_t k = 0; k < n; ++k) line[k] = x[(o * n + k) * inner + i];
+            if (sign != 0) line = NaiveDft(line, sign);
+            for (int32_t k = 0; k < n; ++k)
+                x[(o * n + k) * inner + i] = centre ? line[(k - n / 2 + n) % n] : line[k];
+        }
+    return x;
+}
+
+template <class T>
+std::vector<LC> Widened(const std::vector<T> &v) {
+    std::vector<LC> w(v.size());
+    for (size_t i = 0; i < v.size(); ++i) w[i] = Widen(v[i]);
+    return w;
+}
+
+// Expects got == ref within a tolerance for `points`-point transforms of
+// unit-scale data.
+template <class R, class C>
+void ExpectNear(const std::vector<C> &got, const std::vector<LC> &ref, size_t points,
+                const std::string &what) {
+    ASSERT_EQ(got.size(), ref.size()) << what;
+    const double tol = Tolerance<R>(points) * std::sqrt(static_cast<double>(points)) * 2;
+    for (size_t k = 0; k < got.size(); ++k)
+        ASSERT_NEAR(std::abs(Widen(got[k]) - ref[k]), 0.0, tol) << what << " k=" << k;
+}
+
+// An array of the given sizes holding random values.
+template <class T>
+struct Filled : Array<T> {
+    Filled(const Dims &dims, unsigned seed) : Array<T>(dims, typename Array<T>::Shape{}) {
+        const auto v = Random<T>(static_cast<size_t>(Count(dims)), seed);
+        if (!v.empty()) std::memcpy(this->data(), v.data(), v.size() * sizeof(T));
+    }
+};
+
+std::string Describe(const Dims &d, const Dims &L, int shift) {
+    std::string s = "dims";
+    for (int32_t v : d) s += " " + std::to_string(v);
+    s += " L";
+    for (int32_t v : L) s += " " + std::to_string(v);
+    return s + " shift " + std::to_string(shift);
+}
+
+template <class T>
+class FFTMdTest : public HostTest {
+   protected:
+    using R = typename Traits<T>::Real;
+    using C = typename Traits<T>::Complex;
+
+    // The 2D or 3D forward with sizes in array order.
+    static int32_t Forward(const Array<T> &in, Array<C> &out, const Dims &L, int shift,
+                           FDArrayHandle ws, FDPlanHandle *plan) {
+        if (L.size() == 2) return Md<T>::fwd2(in.h(), out.h(), L[0], L[1], shift, ws, plan);
+        return Md<T>::fwd3(in.h(), out.h(), L[1], L[2], L[0], shift, ws, plan);
+    }
+    static int32_t Inverse(const Array<C> &in, Array<T> &out, int shift, FDArrayHandle ws,
+                           FDPlanHandle *plan) {
+        if (in.dims().size() == 2) return Md<T>::inv2(in.h(), out.h(), shift, ws, plan);
+        return Md<T>::inv3(in.h(), out.h(), shift, ws, plan);
+    }
+};
+
+using ElementTypes = ::testing::Types<float, double, cfloat, cdouble>;
+TYPED_TEST_SUITE(FFTMdTest, ElementTypes);
+
+struct MdCase {
+    Dims dims;
+    Dims requested;  // array order; <= 0 keeps the input's size
+};
+const MdCase kMdCases[] = {
+    {{1, 1}, {0, 0}},       {{1, 8}, {0, 0}},        {{5, 1}, {0, 0}},
+    {{4, 6}, {0, 0}},       {{7, 5}, {0, 0}},        {{3, 9}, {5, 4}},      // pad rows, crop columns
+    {{6, 4}, {3, -1}},      {{4, 7}, {6, 10}},       {{5, 5}, {2, 3}},      // crop, pad, crop both
+    {{1, 1, 1}, {0, 0, 0}}, {{2, 3, 4}, {0, 0, 0}},  {{3, 5, 2}, {0, 0, 0}},
+    {{3, 4, 5}, {6, 0, 0}},  // pages only: the (0, 0, 2P) call
+    {{4, 3, 6}, {2, 5, 3}}, {{2, 6, 5}, {3, 4, 7}},  {{5, 2, 3}, {1, 1, 1}},
+};
+
+TYPED_TEST(FFTMdTest, ForwardMatchesNaiveDftWithPaddingCroppingAndShift) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    using R = typename TestFixture::R;
+    Array<C> out2({0, 0}), out3({0, 0, 0});
+    Array<T> ws;
+    FDPlanHandle plan2 = nullptr, plan3 = nullptr;
+    unsigned seed = 1;
+    for (const MdCase &c : kMdCases) {
+        const bool three = c.dims.size() == 3;
+        Filled<T> in(c.dims, ++seed);
+        const auto x = in.values();
+        Dims L = c.dims;
+        for (size_t a = 0; a < L.size(); ++a)
+            if (c.requested[a] > 0) L[a] = c.requested[a];
+        for (int shift : {0, 1}) {
+            Array<C> &out = three ? out3 : out2;
+            ASSERT_EQ(TestFixture::Forward(in, out, c.requested, shift, ws.h(), three ? &plan3 : &plan2),
+                      STATUS_OK);
+            const std::string what = Describe(c.dims, L, shift);
+            ASSERT_EQ(out.dims(), L) << what;
+            EXPECT_TRUE(ws.empty()) << what;
+            EXPECT_EQ(in.values(), x) << "input modified: " << what;
+            auto ref = Resized(Widened(x), c.dims, L);
+            for (size_t a = 0; a < L.size(); ++a) ref = AlongAxis(ref, L, a, -1, shift != 0);
+            const auto got = out.values();
+            ExpectNear<R>(got, ref, static_cast<size_t>(Count(L)), what);
+            if constexpr (!Traits<T>::kComplex) {
+                if (!shift) {  // the expansion is an exact conjugate mirror
+                    const int32_t P = three ? L[0] : 1, Rr = L[L.size() - 2], Cc = L.back();
+                    for (int32_t p = 0; p < P; ++p)
+                        for (int32_t r = 0; r < Rr; ++r)
+                            for (int32_t k = 1; k <= (Cc - 1) / 2; ++k) {
+                                const C a = got[(static_cast<int64_t>(p) * Rr + r) * Cc + Cc - k];
+                                const C b = got[(static_cast<int64_t>((P - p) % P) * Rr + (Rr - r) % Rr) * Cc + k];
+                                EXPECT_EQ(a.real(), b.real());
+                                EXPECT_EQ(a.imag(), R(-0.0) - b.imag());
+                            }
+                }
+            }
+        }
+    }
+    EXPECT_EQ(FreeMKLDftiDescH(&plan2), STATUS_OK);
+    EXPECT_EQ(FreeMKLDftiDescH(&plan3), STATUS_OK);
+}
+
+TYPED_TEST(FFTMdTest, ForwardThenInverseReturnsTheInput) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    using R = typename TestFixture::R;
+    FDPlanHandle fwd = nullptr, inv = nullptr;
+    for (const Dims &d : {Dims{1, 1}, Dims{2, 2}, Dims{5, 8}, Dims{7, 9}, Dims{1, 3, 4},
+                          Dims{3, 4, 5}, Dims{4, 5, 6}}) {
+        Filled<T> in(d, static_cast<unsigned>(Count(d)));
+        Array<T> ws;
+        Array<C> spectrum(Dims(d.size(), 0), typename Array<C>::Shape{});
+        Array<T> back(Dims(d.size(), 0), typename Array<T>::Shape{});
+        for (int shift : {0, 1}) {
+            ASSERT_EQ(TestFixture::Forward(in, spectrum, Dims(d.size(), 0), shift, ws.h(), &fwd), STATUS_OK);
+            const auto X = spectrum.values();
+            ASSERT_EQ(TestFixture::Inverse(spectrum, back, shift, ws.h(), &inv), STATUS_OK);
+            EXPECT_TRUE(ws.empty());
+            EXPECT_EQ(spectrum.values(), X) << "input modified";
+            ASSERT_EQ(back.dims(), d);
+            ExpectNear<R>(back.values(), Widened(in.values()), static_cast<size_t>(Count(d)),
+                          Describe(d, d, shift));
+        }
+    }
+    FreeMKLDftiDescH(&fwd);
+    FreeMKLDftiDescH(&inv);
+}
+
+// A real inverse reads columns 0 .. C/2 of every row; a complex one reads all.
+TYPED_TEST(FFTMdTest, InverseReadsTheHalfItNeeds) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    for (const Dims &d : {Dims{4, 6}, Dims{5, 7}, Dims{3, 4, 6}, Dims{2, 3, 5}}) {
+        for (int shift : {0, 1}) {
+            Filled<C> a(d, 3), b(d, 3);
+            const int32_t cols = d.back();
+            C *y = b.data();
+            for (int64_t i = 0; i < b.count(); ++i) {
+                const int32_t col = static_cast<int32_t>(i % cols);
+                const int32_t natural = shift ? (col - cols / 2 + cols) % cols : col;  // natural column index
+                if (natural > cols / 2) y[i] = C(9, -9);
+            }
+            Array<T> ya(Dims(d.size(), 0), typename Array<T>::Shape{});
+            Array<T> yb(Dims(d.size(), 0), typename Array<T>::Shape{}), ws;
+            ASSERT_EQ(TestFixture::Inverse(a, ya, shift, ws.h(), nullptr), STATUS_OK);
+            ASSERT_EQ(TestFixture::Inverse(b, yb, shift, ws.h(), nullptr), STATUS_OK);
+            if constexpr (Traits<T>::kComplex)
+                EXPECT_NE(ya.values(), yb.values());
+            else
+                EXPECT_EQ(ya.values(), yb.values()) << Describe(d, d, shift);
+        }
+    }
+}
+
+// 1 x N behaves as the 1D transform of its row; 1 x R x C as the 2D
+// transform of its page.
+TYPED_TEST(FFTMdTest, SingleRowAndSinglePageMatchTheLowerRank) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    using R = typename TestFixture::R;
+    for (int shift : {0, 1}) {
+        Filled<T> row({1, 12}, 4);
+        Array<T> flat(Random<T>(12, 4)), ws;
+        Array<C> two({0, 0}), one;
+        ASSERT_EQ(Md<T>::fwd2(row.h(), two.h(), 0, 15, shift, ws.h(), nullptr), STATUS_OK);
+        ASSERT_EQ(Md<T>::fwd1(flat.h(), one.h(), 15, shift, ws.h(), nullptr), STATUS_OK);
+        ExpectNear<R>(two.values(), Widened(one.values()), 15, "1 x N");
+
+        Filled<T> page({1, 5, 6}, 5), plane({5, 6}, 5);
+        Array<C> three({0, 0, 0});
+        ASSERT_EQ(Md<T>::fwd3(page.h(), three.h(), 7, 0, 0, shift, ws.h(), nullptr), STATUS_OK);
+        ASSERT_EQ(Md<T>::fwd2(plane.h(), two.h(), 7, 0, shift, ws.h(), nullptr), STATUS_OK);
+        EXPECT_EQ(three.dims(), (Dims{1, 7, 6}));
+        ExpectNear<R>(three.values(), Widened(two.values()), 42, "1 x R x C");
+    }
+}
+
+// Sizes whose bit lengths sum to 31 are refused before the output is
+// resized (the one host call is the emptying); 30 bits pass the guard and
+// reach the output resize, which the host refuses here.
+TYPED_TEST(FFTMdTest, SizeGuards) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    struct Guard {
+        Dims requested;
+        bool passes;
+    };
+    const Guard cases[] = {{{65536, 32768}, false},       {{32768, 32768}, true},
+                           {{2048, 1024, 1024}, false},   {{1024, 1024, 1024}, true},
+                           {{1, 1, 1 << 30}, true},       {{2, 1, 1 << 30}, false}};
+    for (const Guard &g : cases) {
+        SCOPED_TRACE(Describe(g.requested, g.requested, 0));
+        const Dims small(g.requested.size(), 1);
+        Filled<T> in(small, 1);
+        Array<T> ws;
+        Array<C> out(Dims(g.requested.size(), 1), typename Array<C>::Shape{});
+        FDPlanHandle plan = nullptr;
+        FennelHostReset();
+        if (g.passes) FennelHostFailResize(1);
+        EXPECT_EQ(TestFixture::Forward(in, out, g.requested, 0, ws.h(), &plan), STATUS_OUT_OF_MEMORY);
+        EXPECT_EQ(FennelHostResizeCalls(), g.passes ? 2 : 1);
+        EXPECT_TRUE(out.empty());
+        EXPECT_EQ(plan, nullptr);
+    }
+    // The multichannel output: 65536 channels of 32768 bins.
+    Filled<T> tall({65536, 1}, 2);
+    Array<T> ws;
+    Array<C> out({1, 1});
+    EXPECT_EQ(Md<T>::fwdm(tall.h(), out.h(), 32768, 0, 0, ws.h(), nullptr), STATUS_OUT_OF_MEMORY);
+    EXPECT_TRUE(out.empty());
+}
+
+TYPED_TEST(FFTMdTest, PlansAreReusedWhileTheGeometryHolds) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    Filled<T> in({6, 8}, 1);
+    Array<T> ws;
+    Array<C> out({0, 0});
+    FDPlanHandle plan = nullptr;
+    struct Step {
+        Dims requested;
+        long creates;  // total after the call
+    };
+    // Same sizes: reused.  Cropping reads the input at its own row stride,
+    // padding the workspace at the requested one: the strides differ.
+    const Step steps[] = {{{0, 0}, 1}, {{6, 8}, 1}, {{4, 5}, 2}, {{4, 5}, 2}, {{4, 9}, 3}, {{4, 9}, 3}};
+    for (const Step &s : steps) {
+        ASSERT_EQ(TestFixture::Forward(in, out, s.requested, 0, ws.h(), &plan), STATUS_OK);
+        EXPECT_EQ(engine::GetCounters().creates, s.creates);
+    }
+    FreeMKLDftiDescH(&plan);
+}
+
+// Results do not depend on block placement, nor on what fresh memory holds.
+TYPED_TEST(FFTMdTest, ResultsDoNotDependOnBlockPlacement) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    const Dims d = {5, 6, 7};
+    std::vector<C> first;
+    std::vector<T> first_back;
+    FDPlanHandle fwd = nullptr, inv = nullptr;
+    FennelHostSetFillByte(0xFF);
+    for (int32_t placement = 0; placement < 64; placement += 4) {
+        FennelHostSetPlacement(placement);
+        Filled<T> in(d, 9);
+        Array<T> ws;
+        Array<C> out({0, 0, 0});
+        Array<T> back({0, 0, 0});
+        ASSERT_EQ(TestFixture::Forward(in, out, {6, 8, 7}, 1, ws.h(), &fwd), STATUS_OK);
+        ASSERT_EQ(TestFixture::Inverse(out, back, 1, ws.h(), &inv), STATUS_OK);
+        if (placement == 0) {
+            first = out.values();
+            first_back = back.values();
+        } else {
+            EXPECT_EQ(out.values(), first) << "placement " << placement;
+            EXPECT_EQ(back.values(), first_back) << "placement " << placement;
+        }
+    }
+    FreeMKLDftiDescH(&fwd);
+    FreeMKLDftiDescH(&inv);
+}
+
+// ---- multichannel ---------------------------------------------------------
+
+TYPED_TEST(FFTMdTest, MultichannelMatchesPerChannelDftAndRoundTrips) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    using R = typename TestFixture::R;
+    FDPlanHandle fwd = nullptr, inv = nullptr;
+    Array<C> out({0, 0});
+    Array<T> back({0, 0}), ws;
+    // The plan follows the shape: 3 channels, then 1 of the same length.
+    for (const Dims &d : {Dims{3, 8}, Dims{1, 8}, Dims{8, 1}, Dims{5, 7}, Dims{6, 4}}) {
+        Filled<T> in(d, 11);
+        const auto x = Widened(in.values());
+        for (int orientation : {0, 1}) {
+            const size_t axis = orientation == 0 ? 1 : 0;
+            const int32_t n = d[axis];
+            for (int32_t fft_size : {0, n / 2, n + 3}) {
+                const int32_t L = fft_size > 0 ? fft_size : n;
+                if (L == 0) continue;
+                Dims Ld = d;
+                Ld[axis] = L;
+                for (int shift : {0, 1}) {
+                    const std::string what = Describe(d, Ld, shift) + " orientation " + std::to_string(orientation);
+                    ASSERT_EQ(Md<T>::fwdm(in.h(), out.h(), fft_size, shift, orientation, ws.h(), &fwd), STATUS_OK);
+                    ASSERT_EQ(out.dims(), Ld) << what;
+                    EXPECT_TRUE(ws.empty());
+                    const auto ref = AlongAxis(Resized(x, d, Ld), Ld, axis, -1, shift != 0);
+                    ExpectNear<R>(out.values(), ref, static_cast<size_t>(L), what);
+                    if (L != n) continue;
+                    ASSERT_EQ(Md<T>::invm(out.h(), back.h(), shift, orientation, ws.h(), &inv), STATUS_OK);
+                    EXPECT_TRUE(ws.empty());
+                    ExpectNear<R>(back.values(), x, static_cast<size_t>(n), what + " round trip");
+                }
+            }
+        }
+    }
+    FreeMKLDftiDescH(&fwd);
+    FreeMKLDftiDescH(&inv);
+}
+
+TYPED_TEST(FFTMdTest, MultichannelRefusesOtherOrientations) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    Filled<T> in({3, 4}, 1);
+    Array<T> back({2, 2});
+    Filled<C> spectrum({3, 4}, 2);
+    Array<C> out({2, 2});
+    Array<T> ws({3});
+    FDPlanHandle plan = nullptr;
+    ASSERT_EQ(Md<T>::fwdm(in.h(), out.h(), 0, 0, 0, ws.h(), &plan), STATUS_OK);
+    const FDPlanHandle held = plan;
+    for (int32_t orientation : {-1, 2, 7}) {
+        EXPECT_EQ(Md<T>::fwdm(in.h(), out.h(), 0, 0, orientation, ws.h(), &plan), STATUS_BAD_SELECTOR);
+        EXPECT_TRUE(out.empty());
+        EXPECT_EQ(Md<T>::invm(spectrum.h(), back.h(), 1, orientation, ws.h(), &plan), STATUS_BAD_SELECTOR);
+        EXPECT_TRUE(back.empty());
+        EXPECT_EQ(ws.dims(), Dims{3});
+        EXPECT_EQ(plan, held);
+    }
+    // An empty input is reported before the selector.
+    Array<T> none({0, 4});
+    EXPECT_EQ(Md<T>::fwdm(none.h(), out.h(), 0, 0, 5, ws.h(), &plan), STATUS_EMPTY_ARRAY);
+    FreeMKLDftiDescH(&plan);
+}
+
+// ---- failure tables -----------------------------------------------------------
+
+struct FailureRow {
+    const char *name;
+    int resize_fault;   // nth host resize fails (0: none)
+    Call engine_fault;  // engine call that fails (kCount: none)
+    bool empty_input;
+    bool null_workspace;
+    bool plan_same_shape;  // the plan held before the call fits the call
+    int32_t status;
+    bool workspace_emptied;
+    bool plan_freed;
+};
+const FailureRow kFailureRows[] = {
+    {"input empty", 0, Call::kCount, true, false, true, STATUS_EMPTY_ARRAY, false, false},
+    {"output resize", 1, Call::kCount, false, false, true, STATUS_OUT_OF_MEMORY, false, false},
+    {"workspace null", 0, Call::kCount, false, true, true, STATUS_NO_WORKSPACE, false, true},
+    {"workspace resize", 2, Call::kCount, false, false, true, STATUS_OUT_OF_MEMORY, true, true},
+    {"query", 0, Call::kGetValue, false, false, true, STATUS_DFTI_SETUP_FAILED, true, true},
+    {"create", 0, Call::kCreate, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
+    {"set", 0, Call::kSetValue, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
+    {"commit", 0, Call::kCommit, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
+    {"free outdated", 0, Call::kFree, false, false, false, STATUS_DFTI_FREE_FAILED, true, true},
+    {"compute", 0, Call::kCompute, false, false, true, STATUS_DFTI_COMPUTE_FAILED, true, true},
+};
+
+using Call4 = std::function<int32_t(FDArrayHandle, FDArrayHandle, FDArrayHandle, FDPlanHandle *)>;
+
+// Runs every row against a call that needs its workspace; `other` sizes an
+// input whose plan must be rebuilt for `dims`.
+template <class In, class Out>
+void RunFailureTable(const Call4 &call, const Dims &dims, const Dims &other) {
+    using Shape = typename Array<In>::Shape;
+    for (const FailureRow &row : kFailureRows) {
+        SCOPED_TRACE(row.name);
+        Dims empty_dims = dims;
+        empty_dims[0] = 0;
+        Filled<In> in(row.empty_input ? empty_dims : dims, 1);
+        Filled<In> prep(row.plan_same_shape && !row.empty_input ? dims : other, 2);
+        Array<Out> out(Dims(dims.size(), 1), typename Array<Out>::Shape{});
+        Array<Out> prep_out(Dims(dims.size(), 0), typename Array<Out>::Shape{});
+        FDPlanHandle plan = nullptr;
+        Array<In> prep_ws(Dims{0}, Shape{});
+        ASSERT_EQ(call(prep.h(), prep_out.h(), prep_ws.h(), &plan), STATUS_OK);
+        const FDPlanHandle before = plan;
+        Array<In> ws(Dims{2}, Shape{});
+        FennelHostReset();
+        if (row.resize_fault) FennelHostFailResize(row.resize_fault);
+        if (row.engine_fault != Call::kCount) engine::FailCall(row.engine_fault, 1);
+        EXPECT_EQ(call(in.h(), out.h(), row.null_workspace ? nullptr : ws.h(), &plan), row.status);
+        engine::ClearFaults();
+        FennelHostReset();
+        EXPECT_TRUE(out.empty());
+        if (!row.null_workspace) {
+            EXPECT_EQ(ws.empty(), row.workspace_emptied);
+        }
+        EXPECT_EQ(plan, row.plan_freed ? nullptr : before);
+        EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
+    }
+}
+
+TYPED_TEST(FFTMdTest, FailureTables) {
+    using T = TypeParam;
+    using C = typename TestFixture::C;
+    {
+        SCOPED_TRACE("2D forward, padding");
+        RunFailureTable<T, C>(
+            [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+                int32_t d[2] = {};
+                FennelHostArrayDims(in, 2, d);
+                return Md<T>::fwd2(in, out, d[0] + 2, d[1], 1, ws, plan);
+            },
+            {4, 5}, {3, 3});
+    }
+    {
+        SCOPED_TRACE("2D inverse, shift");
+        RunFailureTable<C, T>(
+            [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+                return Md<T>::inv2(in, out, 1, ws, plan);
+            },
+            {4, 5}, {3, 3});
+    }
+    {
+        SCOPED_TRACE("3D forward, padding pages");
+        RunFailureTable<T, C>(
+            [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+                int32_t d[3] = {};
+                FennelHostArrayDims(in, 3, d);
+                return Md<T>::fwd3(in, out, 0, 0, d[0] * 2, 1, ws, plan);
+            },
+            {2, 3, 4}, {2, 2, 2});
+    }
+    {
+        SCOPED_TRACE("3D inverse, shift");
+        RunFailureTable<C, T>(
+            [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+                return Md<T>::inv3(in, out, 1, ws, plan);
+            },
+            {2, 3, 4}, {2, 2, 2});
+    }
+    for (int orientation : {0, 1}) {
+        SCOPED_TRACE("multichannel, orientation " + std::to_string(orientation));
+        RunFailureTable<T, C>(
+            [orientation](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+                int32_t d[2] = {};
+                FennelHostArrayDims(in, 2, d);
+                return Md<T>::fwdm(in, out, d[1 - orientation] + 3, 1, orientation, ws, plan);
+            },
+            {4, 5}, {3, 3});
+        RunFailureTable<C, T>(
+            [orientation](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+                return Md<T>::invm(in, out, 1, orientation, ws, plan);
+            },
+            {4, 5}, {3, 3});
+    }
+}
+
+}  // namespace
+}  // namespace fennel::test

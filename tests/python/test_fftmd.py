@@ -1,0 +1,118 @@
+"""2D, 3D and multichannel FFTs through the binding, against numpy.fft."""
+import numpy as np
+import pytest
+
+import fennel_dsp as fd
+from conftest import DTYPES, random_signal, tolerance
+
+SHAPES_2D = [(1, 1), (1, 9), (8, 1), (2, 2), (7, 5), (16, 12), (13, 17), (30, 21), (64, 49)]
+SHAPES_3D = [(1, 1, 1), (1, 4, 6), (2, 3, 5), (5, 7, 4), (8, 8, 8), (11, 6, 13)]
+
+
+def signal(shape, dtype, seed=0):
+    return random_signal(int(np.prod(shape)), dtype, seed).reshape(shape)
+
+
+def reference(x, shape, shift):
+    X = np.fft.fftn(x.astype(np.complex128), s=shape)
+    return np.fft.fftshift(X) if shift else X
+
+
+def assert_close(got, ref, n, dtype):
+    scale = max(1.0, np.sqrt(n))
+    np.testing.assert_allclose(got, ref, rtol=0, atol=tolerance(n, dtype) * scale * 4)
+
+
+@pytest.mark.parametrize("dtype", DTYPES)
+@pytest.mark.parametrize("shape", SHAPES_2D)
+@pytest.mark.parametrize("shift", [False, True])
+def test_fft2_matches_numpy_with_padding_and_cropping(dtype, shape, shift, rng):
+    x = signal(shape, dtype, seed=sum(shape))
+    complex_type = np.result_type(dtype, np.complex64)
+    for want in [None, (shape[0] + 3, shape[1]), (max(1, shape[0] // 2), shape[1] + 4),
+                 tuple(int(v) for v in rng.integers(1, 20, 2))]:
+        size = shape if want is None else want
+        got = fd.fft2(x, want, shift=shift)
+        assert got.dtype == complex_type and got.shape == tuple(size)
+        assert_close(got, reference(x, size, shift), int(np.prod(size)), dtype)
+
+
+@pytest.mark.parametrize("dtype", DTYPES)
+@pytest.mark.parametrize("shape", SHAPES_3D)
+@pytest.mark.parametrize("shift", [False, True])
+def test_fft3_matches_numpy_with_padding_and_cropping(dtype, shape, shift):
+    x = signal(shape, dtype, seed=sum(shape))
+    P, R, C = shape
+    for want in [None, (2 * P, 0, 0), (P, max(1, R - 1), C + 2), (P + 1, R + 2, max(1, C // 2))]:
+        size = tuple(s if not w else w for s, w in zip(shape, want or (0, 0, 0)))
+        got = fd.fft3(x, want, shift=shift)
+        assert got.shape == size
+        assert_close(got, reference(x, size, shift), int(np.prod(size)), dtype)
+
+
+@pytest.mark.parametrize("dtype", DTYPES)
+@pytest.mark.parametrize("shape", SHAPES_2D[3:] + SHAPES_3D[1:])
+@pytest.mark.parametrize("shift", [False, True])
+def test_inverse_matches_numpy_and_round_trips(dtype, shape, shift):
+    fwd, inv = (fd.fft2, fd.ifft2) if len(shape) == 2 else (fd.fft3, fd.ifft3)
+    real = np.dtype(dtype).kind == "f"
+    x = signal(shape, dtype, seed=3)
+    X = fwd(x, shift=shift)
+    back = inv(X, shift=shift, real=real)
+    assert back.dtype == np.dtype(dtype) and back.shape == shape
+    assert_close(back, x, int(np.prod(shape)), dtype)
+    # On a spectrum that is not conjugate-symmetric the real inverse reads
+    # the non-negative column half, as numpy's irfftn does.
+    Y = signal(shape, np.result_type(dtype, np.complex64), seed=4)
+    natural = np.fft.ifftshift(Y) if shift else Y
+    if real:
+        ref = np.fft.irfftn(natural[..., : shape[-1] // 2 + 1], s=shape)
+    else:
+        ref = np.fft.ifftn(natural)
+    assert_close(inv(Y, shift=shift, real=real), ref, int(np.prod(shape)), dtype)
+
+
+@pytest.mark.parametrize("dtype", DTYPES)
+@pytest.mark.parametrize("shape", [(1, 1), (1, 8), (6, 1), (5, 7), (12, 9), (33, 16)])
+@pytest.mark.parametrize("channels", ["rows", "columns"])
+@pytest.mark.parametrize("shift", [False, True])
+def test_multichannel_matches_numpy_per_axis(dtype, shape, channels, shift):
+    x = signal(shape, dtype, seed=5)
+    axis = 1 if channels == "rows" else 0
+    n = shape[axis]
+    for length in [None, max(1, n // 2), n + 5]:
+        L = length or n
+        got = fd.multichannel_fft(x, length, channels=channels, shift=shift)
+        ref = np.fft.fft(x.astype(np.complex128), n=L, axis=axis)
+        if shift:
+            ref = np.fft.fftshift(ref, axes=axis)
+        assert_close(got, ref, L, dtype)
+    X = fd.multichannel_fft(x, channels=channels, shift=shift)
+    back = fd.multichannel_ifft(X, channels=channels, shift=shift,
+                                real=np.dtype(dtype).kind == "f")
+    assert_close(back, x, n, dtype)
+
+
+def test_multichannel_refuses_other_orientations():
+    lib = fd.lib
+    x = fd.fftmd.HostArray.from_numpy(np.ones((3, 4)))
+    out = fd.fftmd.HostArray.empty(np.complex128, 2)
+    assert lib.d2DMultiChFFTH(x.handle, out.handle, 0, 0, 2, None, None) == -20061
+    with pytest.raises(ValueError):
+        fd.multichannel_fft(np.ones((3, 4)), channels="pages")
+
+
+def test_plans_are_reused_and_failures_raise():
+    x = signal((24, 20), np.float64)
+    with fd.Plan() as plan:
+        first = fd.fft2(x, plan=plan)
+        assert plan.held
+        np.testing.assert_array_equal(fd.fft2(x, plan=plan), first)
+        other = fd.fft2(x, (10, 30), plan=plan)  # rebuilt for another geometry
+        assert other.shape == (10, 30)
+    with pytest.raises(fd.FennelError) as err:
+        fd.fft2(np.zeros((0, 4)))
+    assert err.value.status == -20003
+    with pytest.raises(fd.FennelError) as err:
+        fd.fft3(np.zeros((1, 1, 1)), (1024, 1024, 2048))  # the size guard
+    assert err.value.status == -20001

@@ -258,6 +258,73 @@ FENNEL_DSP_API int32_t z2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle outp
 
 /* ---- DCT and DST (1D and 2D) -----------------------------------------------*/
 /* @@trig-begin */
+/* 1D, float (s) and double (d); the output has the input's element type.
+ * Forward: (input, output, length, workspace, plan)
+ *   s1DDCTH/d1DDCTH   orthonormal DCT-II
+ *   s1DDSTH/d1DDSTH   DST-I, unscaled: out[k] = sum x[j] sin(pi (j+1)(k+1)/(N+1))
+ *   input      1D array of n samples
+ *   output     resized to N values, N = length, or n if length < 1 (the
+ *              input is zero-padded or cut to N samples)
+ *   workspace  required; 1D of the element type; empty on return
+ * Inverse: (input, output, workspace, plan)
+ *   s1DInvDCTH/d1DInvDCTH   orthonormal DCT-III (undoes the DCT); its
+ *                           workspace is complex (complex float / double)
+ *   s1DInvDSTH/d1DInvDSTH   DST-I scaled by 2/(n+1) (undoes the DST); its
+ *                           workspace has the element type
+ *   output     n values
+ * plan: a slot holding one transform, released with FreeMKLDftiDescH.  The
+ * transform is kept while its length stays the same.
+ */
+FENNEL_DSP_API int32_t s1DDCTH(FDArrayHandle input, FDArrayHandle output, int32_t length,
+                               FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d1DDCTH(FDArrayHandle input, FDArrayHandle output, int32_t length,
+                               FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t s1DDSTH(FDArrayHandle input, FDArrayHandle output, int32_t length,
+                               FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d1DDSTH(FDArrayHandle input, FDArrayHandle output, int32_t length,
+                               FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t s1DInvDCTH(FDArrayHandle input, FDArrayHandle output,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d1DInvDCTH(FDArrayHandle input, FDArrayHandle output,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t s1DInvDSTH(FDArrayHandle input, FDArrayHandle output,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d1DInvDSTH(FDArrayHandle input, FDArrayHandle output,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+
+/* 2D: the 1D transform of the same kind along every row, then along every
+ * column, with the 1D normalisations (the inverses undo the forwards).
+ * Forward: (input, output, rows, columns, workspace, plan)
+ *   s2DDCTH/d2DDCTH, s2DDSTH/d2DDSTH
+ *   input      2D array, R x C
+ *   output     resized to L0 x L1, L0 = rows (R if rows < 1), L1 = columns
+ *              (C if columns < 1); the input is zero-padded or cut to
+ *              L0 x L1 in each dimension.  STATUS_OUT_OF_MEMORY when the
+ *              element count would not fit 31 bits
+ * Inverse: (input, output, workspace, plan)
+ *   s2DInvDCTH/d2DInvDCTH, s2DInvDSTH/d2DInvDSTH; output R x C
+ * workspace: required; 1D, of the element type (complex for the inverse
+ *   DCT); empty on return
+ * plan: a slot holding a plan record of two transforms (rows, columns),
+ *   released with FreeMKLDCTDSTiDescH; rebuilt when the sizes, the function
+ *   or the precision change.
+ */
+FENNEL_DSP_API int32_t s2DDCTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d2DDCTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t s2DDSTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d2DDSTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
+                               int32_t columns, FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t s2DInvDCTH(FDArrayHandle input, FDArrayHandle output,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d2DInvDCTH(FDArrayHandle input, FDArrayHandle output,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t s2DInvDSTH(FDArrayHandle input, FDArrayHandle output,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t d2DInvDSTH(FDArrayHandle input, FDArrayHandle output,
+                                  FDArrayHandle workspace, FDPlanHandle *plan);
 /* @@trig-end */
 
 /* ---- Power, auto power, cross power spectra --------------------------------*/
@@ -505,6 +572,144 @@ FENNEL_DSP_API int32_t z2DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output
 
 /* ---- Decimation, upsampling, rational resampling ---------------------------*/
 /* @@resampling-begin */
+/* Decimation: (x, output, factor, average)
+ *   x        1D signal of N elements
+ *   output   resized to N / factor elements (the last N mod factor samples
+ *            are dropped)
+ *   factor   1 ... N, else STATUS_BAD_DECIMATION_FACTOR
+ *   average  0: output[k] = x[k*factor]; otherwise the mean of
+ *            x[k*factor ... k*factor + factor - 1], summed in the element
+ *            precision (float: four partial sums over whole groups of four,
+ *            joined as (p0 + p2) + (p1 + p3), then the remainder; double and
+ *            complex: running sums in order), divided by factor
+ */
+FENNEL_DSP_API int32_t sDecimateH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                                  int32_t average);
+FENNEL_DSP_API int32_t dDecimateH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                                  int32_t average);
+FENNEL_DSP_API int32_t cDecimateH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                                  int32_t average);
+FENNEL_DSP_API int32_t zDecimateH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                                  int32_t average);
+
+/* Upsampling by zero insertion: (x, output, factor, phase)
+ *   x        1D signal of N elements
+ *   output   resized to N * factor elements: output[i*factor + phase] = x[i],
+ *            every other element 0
+ *   factor   >= 1, else STATUS_BAD_SAMPLING_INTERVAL; STATUS_OUTPUT_TOO_LARGE
+ *            when ceil(log2 N) + ceil(log2 factor) >= 31
+ *   phase    0 ... factor - 1, else STATUS_BAD_PHASE
+ */
+FENNEL_DSP_API int32_t sUpsampleH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                                  int32_t phase);
+FENNEL_DSP_API int32_t dUpsampleH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                                  int32_t phase);
+FENNEL_DSP_API int32_t cUpsampleH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                                  int32_t phase);
+FENNEL_DSP_API int32_t zUpsampleH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                                  int32_t phase);
+
+/* Streaming resampling by an arbitrary step through a prototype lowpass FIR.
+ *
+ * The parameter record, read only when reset is not 0 (12 bytes). */
+typedef struct FDResampleParams {
+    float ratio;        /* offset 0: output step in input samples (> 1 decimates) */
+    float startOffset;  /* offset 4: stream time of the first output, >= 0 */
+    int32_t tapMode;    /* offset 8: 1 nearest prototype tap, otherwise linear */
+} FDResampleParams;
+
+/* The stream state, owned by the caller and kept between calls (56 bytes
+ * with natural alignment; the library reads and writes bytes 0 to 51).  A
+ * failed call zeroes it, so the next call must reset. */
+typedef struct FDResampleState {
+    int32_t historyCount;     /* offset  0: samples per channel held in historyA */
+    int32_t historyChannels;  /* offset  4: channels the history was set up for */
+    int32_t historyCapacity;  /* offset  8: H, history and tap slots per channel */
+    int32_t tapMode;          /* offset 12: 1 nearest tap, otherwise linear */
+    double tapSpacing;        /* offset 16: tap spacing s of the last call */
+    double ratio;             /* offset 24: output step in input samples */
+    double samplesSeen;       /* offset 32: input samples consumed by earlier calls */
+    double fraction;          /* offset 40: fractional part of the next output time */
+    int32_t position;         /* offset 48: integer part of the next output time,
+                                 counted from the first sample held in historyA */
+} FDResampleState;
+
+/* Resampling: (x, coefficients, interpolation, params, reset, antiAlias,
+ *              output, firstOutputTime, historyA, historyB, state)
+ *   x              the input block: 1D of N samples, or for the MultiCh
+ *                  members 2D channels x N (one row per channel); N may be 0
+ *   coefficients   1D prototype h[0 .. M-1] (float for s/c, double for d/z)
+ *                  designed at interpolation times the input rate; its
+ *                  centre c = (M - 1) / 2 sits on each output's time
+ *   interpolation  >= 1, the oversampling factor of the prototype
+ *   params         the record above, read only when reset is not 0
+ *   reset          not 0: start a new stream (samples before it count as 0)
+ *   antiAlias      not 0 and ratio > 1: tap spacing s = interpolation / ratio
+ *                  (the prototype stretched to the output rate); otherwise
+ *                  s = interpolation
+ *   output         resized to K samples (MultiCh: channels x K), every output
+ *                  whose taps end inside the samples received so far.  Output
+ *                  k is the signal at stream time firstOutputTime + k * ratio,
+ *                  filtered by the taps and scaled by s (unit gain)
+ *   firstOutputTime  receives the stream time of output 0 (may be NULL)
+ *   historyA       the samples kept for the next call, of the signal's type:
+ *                  1D of H elements (MultiCh: 2D channels x H)
+ *   historyB       the taps of the current output: 1D of H reals (float for
+ *                  s/c, double for d/z).  H = 2 floor(c / s0) + 2 with
+ *                  s0 = interpolation / max(ratio, 1), fixed at reset
+ *   state          the record above
+ * A long signal fed block by block gives the same samples, bit for bit, as
+ * fed in one block.  Failures: STATUS_BAD_RESAMPLE_RATIO (ratio not positive
+ * or not below 2^30, interpolation < 1, NULL params on reset, NULL state),
+ * STATUS_BAD_START_OFFSET (startOffset negative or not below 2^30, a negative
+ * next output time in the state, a negative N), STATUS_EMPTY_OPERAND (no
+ * coefficients), STATUS_EMPTY_ARRAY (MultiCh with no rows),
+ * STATUS_NO_WORKSPACE (a NULL history handle), STATUS_TOO_MANY_TAPS (an
+ * output needs more than H taps or history slots, or the histories or the
+ * channel count no longer match the state), STATUS_OUT_OF_MEMORY.  After a
+ * failure the output and both histories are empty, *firstOutputTime is 0 and
+ * the state is zeroed.
+ */
+FENNEL_DSP_API int32_t sResampleC2CH(
+    FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolation,
+    const FDResampleParams *params, int32_t reset, int32_t antiAlias, FDArrayHandle output,
+    float *firstOutputTime, FDArrayHandle historyA, FDArrayHandle historyB,
+    FDResampleState *state);
+FENNEL_DSP_API int32_t dResampleC2CH(
+    FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolation,
+    const FDResampleParams *params, int32_t reset, int32_t antiAlias, FDArrayHandle output,
+    float *firstOutputTime, FDArrayHandle historyA, FDArrayHandle historyB,
+    FDResampleState *state);
+FENNEL_DSP_API int32_t cResampleC2CH(
+    FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolation,
+    const FDResampleParams *params, int32_t reset, int32_t antiAlias, FDArrayHandle output,
+    float *firstOutputTime, FDArrayHandle historyA, FDArrayHandle historyB,
+    FDResampleState *state);
+FENNEL_DSP_API int32_t zResampleC2CH(
+    FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolation,
+    const FDResampleParams *params, int32_t reset, int32_t antiAlias, FDArrayHandle output,
+    float *firstOutputTime, FDArrayHandle historyA, FDArrayHandle historyB,
+    FDResampleState *state);
+FENNEL_DSP_API int32_t sResampleMultiChC2CH(
+    FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolation,
+    const FDResampleParams *params, int32_t reset, int32_t antiAlias, FDArrayHandle output,
+    float *firstOutputTime, FDArrayHandle historyA, FDArrayHandle historyB,
+    FDResampleState *state);
+FENNEL_DSP_API int32_t dResampleMultiChC2CH(
+    FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolation,
+    const FDResampleParams *params, int32_t reset, int32_t antiAlias, FDArrayHandle output,
+    float *firstOutputTime, FDArrayHandle historyA, FDArrayHandle historyB,
+    FDResampleState *state);
+FENNEL_DSP_API int32_t cResampleMultiChC2CH(
+    FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolation,
+    const FDResampleParams *params, int32_t reset, int32_t antiAlias, FDArrayHandle output,
+    float *firstOutputTime, FDArrayHandle historyA, FDArrayHandle historyB,
+    FDResampleState *state);
+FENNEL_DSP_API int32_t zResampleMultiChC2CH(
+    FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolation,
+    const FDResampleParams *params, int32_t reset, int32_t antiAlias, FDArrayHandle output,
+    float *firstOutputTime, FDArrayHandle historyA, FDArrayHandle historyB,
+    FDResampleState *state);
 /* @@resampling-end */
 
 /* ---- Windows, FIR design, IIR filter ---------------------------------------*/

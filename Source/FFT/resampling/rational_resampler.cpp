@@ -1,0 +1,423 @@
+// Streaming resampling by an arbitrary step through a caller-supplied
+// prototype FIR, single channel and multichannel.
+//
+// Time is counted in input samples.  Output k of the stream sits at time
+// t_k = startOffset + k * ratio; the prototype's centre is placed on t_k and
+// its taps, spaced s prototype samples per input sample, are read at the
+// input samples around t_k.  Samples before the start of the stream count as
+// zeros.  An output is produced by the first call whose input reaches the
+// last sample its taps cover, so the stream lags the input by half the span.
+//
+// Block-wise and one-block results are equal bit for bit: the output times
+// advance by exact steps (integer and fractional part of the ratio kept
+// apart), the taps of an output depend only on its fraction, and every dot
+// product runs over one contiguous run of the output's samples (a span that
+// reaches back into the history is first gathered into a scratch run).
+#include <cblas.h>
+
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+
+#include "frame/host_array.h"
+#include "resampling/resampling.h"
+
+namespace fennel {
+namespace {
+
+constexpr double kTimeLimit = 1073741824.0;  // 2^30: ratios and offsets stay below
+constexpr int64_t kInt32Max = 2147483647;
+
+// Bytes of the state record that the library owns (up to `position`).
+constexpr size_t kStateBytes = offsetof(FDResampleState, position) + sizeof(int32_t);
+
+// Where the output times stand: integer sample `pos` (relative to the
+// history start) and fraction f in [0, 1).  Steps add the integer and the
+// fractional part of the ratio separately; for a ratio and start offset
+// given as floats every step is exact, so the times equal
+// startOffset + k * ratio whatever the block boundaries.
+struct Clock {
+    int64_t pos;
+    double f;
+    int64_t whole;  // integer part of the ratio
+    double part;    // fractional part of the ratio
+    void Step() {
+        f += part;
+        if (f >= 1.0) {
+            f -= 1.0;
+            ++pos;
+        }
+        pos += whole;
+    }
+};
+
+// The fixed geometry of one call: prototype length and centre, tap spacing.
+template <class R>
+struct Prototype {
+    const R *h;
+    int64_t M;
+    double c;       // centre (M - 1) / 2
+    double s;       // tap spacing in prototype samples per input sample
+    double a;       // c / s: half span in input samples
+    int64_t step;   // s when it is a whole number, else 0
+    bool nearest;   // nearest tap instead of linear interpolation
+};
+
+// Taps of one output at fraction f: `left` of them on the samples up to the
+// output's integer time, `right` after it; the first is read at prototype
+// position p0 and the next ones every s.
+struct Span {
+    int64_t left;
+    int64_t right;
+    double p0;
+    int64_t taps() const { return left + right; }
+};
+
+// Index of the prototype sample read by the last tap (nearest mode) or the
+// lower one of the two it interpolates (linear mode).
+template <class R>
+int64_t LastIndex(const Prototype<R> &P, const Span &sp) {
+    const int64_t last = sp.taps() - 1;
+    if (P.step != 0) {
+        const double first = P.nearest ? std::floor(sp.p0 + 0.5) : std::floor(sp.p0);
+        return static_cast<int64_t>(first) + last * P.step;
+    }
+    const double p = sp.p0 + static_cast<double>(last) * P.s;
+    return static_cast<int64_t>(P.nearest ? std::floor(p + 0.5) : std::floor(p));
+}
+
+template <class R>
+Span Geometry(const Prototype<R> &P, double f) {
+    Span sp;
+    double q = std::floor(P.a - f);
+    double p0 = (P.c - P.s * f) - q * P.s;
+    // Keep 0 <= p0 < s against rounding, so every tap lies in the prototype.
+    if (p0 < 0.0) {
+        q -= 1.0;
+        p0 += P.s;
+    } else if (p0 >= P.s) {
+        q += 1.0;
+        p0 -= P.s;
+    }
+    if (p0 < 0.0) p0 = 0.0;
+    sp.left = static_cast<int64_t>(q) + 1;
+    sp.right = static_cast<int64_t>(std::floor(P.a + f));
+    sp.p0 = p0;
+    while (sp.taps() > 0 && LastIndex(P, sp) > P.M - 1) --sp.right;
+    return sp;
+}
+
+// Tap values: linear interpolation between prototype samples (formed in
+// double, stored in the tap type) or the nearest prototype sample.
+template <class R>
+void MakeTaps(const Prototype<R> &P, const Span &sp, R *taps) {
+    const int64_t T = sp.taps();
+    const R *h = P.h;
+    const int64_t top = P.M - 1;
+    if (P.nearest) {
+        if (P.step != 0) {
+            const int64_t n0 = static_cast<int64_t>(std::floor(sp.p0 + 0.5));
+            for (int64_t j = 0; j < T; ++j) taps[j] = h[n0 + j * P.step];
+        } else {
+            for (int64_t j = 0; j < T; ++j)
+                taps[j] = h[static_cast<int64_t>(sp.p0 + static_cast<double>(j) * P.s + 0.5)];
+        }
+        return;
+    }
+    if (P.step != 0) {
+        // Whole-number spacing: every tap shares the fraction of p0.
+        const int64_t i0 = static_cast<int64_t>(sp.p0);
+        const double phi = sp.p0 - static_cast<double>(i0);
+        for (int64_t j = 0; j < T; ++j) {
+            const int64_t i = i0 + j * P.step;
+            const double g = static_cast<double>(h[i]);
+            const double d = i < top ? static_cast<double>(h[i + 1]) - g : 0.0;
+            taps[j] = static_cast<R>(g + d * phi);
+        }
+    } else {
+        for (int64_t j = 0; j < T; ++j) {
+            const double p = sp.p0 + static_cast<double>(j) * P.s;
+            const int64_t i = static_cast<int64_t>(p);
+            const double g = static_cast<double>(h[i]);
+            const double d = i < top ? static_cast<double>(h[i + 1]) - g : 0.0;
+            taps[j] = static_cast<R>(g + d * (p - static_cast<double>(i)));
+        }
+    }
+}
+
+// Dot product of T real taps with T samples.
+inline float Dot(const float *taps, const float *x, int64_t T) {
+    return cblas_sdot(static_cast<blasint>(T), taps, 1, x, 1);
+}
+inline double Dot(const double *taps, const double *x, int64_t T) {
+    return cblas_ddot(static_cast<blasint>(T), taps, 1, x, 1);
+}
+// Complex samples: the real taps applied to real and imaginary parts, each
+// summed in order.
+template <class R>
+std::complex<R> Dot(const R *taps, const std::complex<R> *x, int64_t T) {
+    const R *v = reinterpret_cast<const R *>(x);
+    R re = 0, im = 0;
+    for (int64_t j = 0; j < T; ++j) {
+        re += taps[j] * v[2 * j];
+        im += taps[j] * v[2 * j + 1];
+    }
+    return {re, im};
+}
+
+inline void Scale(float *y, int64_t n, double s) {
+    cblas_sscal(static_cast<blasint>(n), static_cast<float>(s), y, 1);
+}
+inline void Scale(double *y, int64_t n, double s) {
+    cblas_dscal(static_cast<blasint>(n), s, y, 1);
+}
+inline void Scale(cfloat *y, int64_t n, double s) {
+    cblas_csscal(static_cast<blasint>(n), static_cast<float>(s), y, 1);
+}
+inline void Scale(cdouble *y, int64_t n, double s) {
+    cblas_zdscal(static_cast<blasint>(n), s, y, 1);
+}
+
+// On failure: output and histories emptied, the time out-argument 0, the
+// state zeroed.
+template <class T, int Rank>
+class FailureCleanup {
+   public:
+    using R = typename Traits<T>::Real;
+    FailureCleanup(HostArray<T, Rank> &out, HostArray<T, Rank> &histA, HostArray<R, 1> &histB,
+                   float *time, FDResampleState *state, const int32_t &status)
+        : out_(out), hist_a_(histA), hist_b_(histB), time_(time), state_(state), status_(status) {}
+    ~FailureCleanup() {
+        if (status_ >= 0) return;
+        out_.Empty();
+        hist_a_.Empty();
+        hist_b_.Empty();
+        if (time_ != nullptr) *time_ = 0.0f;
+        if (state_ != nullptr) std::memset(static_cast<void *>(state_), 0, kStateBytes);
+    }
+    FailureCleanup(const FailureCleanup &) = delete;
+    FailureCleanup &operator=(const FailureCleanup &) = delete;
+
+   private:
+    HostArray<T, Rank> &out_;
+    HostArray<T, Rank> &hist_a_;
+    HostArray<R, 1> &hist_b_;
+    float *time_;
+    FDResampleState *state_;
+    const int32_t &status_;
+};
+
+template <class T, int Rank>
+int32_t ResizeRows(HostArray<T, Rank> &a, int32_t rows, int32_t columns) {
+    if constexpr (Rank == 1) {
+        return a.Resize(columns);
+    } else {
+        const int32_t dims[2] = {rows, columns};
+        return a.Resize(dims);
+    }
+}
+
+template <class T, int Rank>
+bool HasRows(const HostArray<T, Rank> &a, int32_t rows, int32_t columns) {
+    if constexpr (Rank == 1)
+        return a.size(0) == columns;
+    else
+        return a.size(0) == rows && a.size(1) == columns;
+}
+
+// Starts a new stream from the parameter record and sizes both histories.
+template <class T, int Rank>
+int32_t Reset(const FDResampleParams *params, int64_t M, int32_t interpolation, int32_t channels,
+              HostArray<T, Rank> &histA, HostArray<typename Traits<T>::Real, 1> &histB,
+              FDResampleState *state) {
+    if (params == nullptr) return STATUS_BAD_RESAMPLE_RATIO;
+    const double ratio = params->ratio;
+    const double offset = params->startOffset;
+    if (!(ratio > 0.0) || !(ratio < kTimeLimit)) return STATUS_BAD_RESAMPLE_RATIO;
+    if (!(offset >= 0.0) || !(offset < kTimeLimit)) return STATUS_BAD_START_OFFSET;
+    if (interpolation < 1) return STATUS_BAD_RESAMPLE_RATIO;
+    if (M < 1) return STATUS_EMPTY_OPERAND;
+    const double s = interpolation / (ratio > 1.0 ? ratio : 1.0);
+    const double half = std::floor(((static_cast<double>(M) - 1.0) / 2.0) / s);
+    const double H = 2.0 * half + 2.0;
+    if (!(H * channels < static_cast<double>(kInt32Max))) return STATUS_OUT_OF_MEMORY;
+    const int32_t h = static_cast<int32_t>(H);
+    std::memset(static_cast<void *>(state), 0, kStateBytes);
+    state->historyChannels = channels;
+    state->historyCapacity = h;
+    state->tapMode = params->tapMode;
+    state->tapSpacing = s;
+    state->ratio = ratio;
+    state->position = static_cast<int32_t>(offset);
+    state->fraction = offset - static_cast<double>(state->position);
+    int32_t status = ResizeRows(histA, channels, h);
+    if (status < 0) return status;
+    return histB.Resize(h);
+}
+
+}  // namespace
+
+template <class T, int Rank>
+int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolation,
+                 const FDResampleParams *params, int32_t reset, int32_t antiAlias,
+                 FDArrayHandle output, float *firstOutputTime, FDArrayHandle historyA,
+                 FDArrayHandle historyB, FDResampleState *state) {
+    using R = typename Traits<T>::Real;
+    HostArray<T, Rank> in(x);
+    HostArray<R, 1> coef(coefficients);
+    HostArray<T, Rank> out(output);
+    HostArray<T, Rank> histA(historyA);
+    HostArray<R, 1> histB(historyB);
+    int32_t status = STATUS_OK;
+    FailureCleanup<T, Rank> cleanup(out, histA, histB, firstOutputTime, state, status);
+
+    if (state == nullptr) return status = STATUS_BAD_RESAMPLE_RATIO;
+    // Outputs and histories must be handles of their own: each is resized.
+    if (historyA == nullptr || historyB == nullptr || historyA == historyB ||
+        output == historyA || output == historyB || output == x || output == coefficients ||
+        historyA == x || historyA == coefficients || historyB == x || historyB == coefficients)
+        return status = STATUS_NO_WORKSPACE;
+    const int32_t channels = Rank == 2 ? in.size(0) : 1;
+    const int32_t n = in.size(Rank - 1);
+    const int64_t M = coef.size(0);
+
+    if (reset != 0) {
+        if (channels < 1) return status = STATUS_EMPTY_ARRAY;
+        status = Reset<T, Rank>(params, M, interpolation, channels, histA, histB, state);
+        if (status < 0) return status;
+    }
+
+    // The stream state, checked before use: the caller owns it.
+    const double ratio = state->ratio;
+    if (!(ratio > 0.0) || !(ratio < kTimeLimit)) return status = STATUS_BAD_RESAMPLE_RATIO;
+    const double t0 = static_cast<double>(state->position) + state->fraction;
+    if (!(t0 >= 0.0) || !(t0 < 2.0 * kTimeLimit)) return status = STATUS_BAD_START_OFFSET;
+    if (interpolation < 1) return status = STATUS_BAD_RESAMPLE_RATIO;
+    if (n < 0) return status = STATUS_BAD_START_OFFSET;
+    if (channels < 1) return status = STATUS_EMPTY_ARRAY;
+    if (M < 1) return status = STATUS_EMPTY_OPERAND;
+    const int32_t H = state->historyCapacity;
+    const int64_t held = state->historyCount;
+    if (H < 2 || held < 0 || held > H || state->historyChannels != channels ||
+        !HasRows(histA, channels, H) || histB.size(0) != H)
+        return status = STATUS_TOO_MANY_TAPS;
+
+    Prototype<R> P;
+    P.h = coef.data();
+    P.M = M;
+    P.c = (static_cast<double>(M) - 1.0) / 2.0;
+    P.s = antiAlias != 0 && ratio > 1.0 ? interpolation / ratio : static_cast<double>(interpolation);
+    P.a = P.c / P.s;
+    P.step = P.s == std::floor(P.s) ? static_cast<int64_t>(P.s) : 0;
+    P.nearest = state->tapMode == 1;
+
+    Clock start;
+    start.pos = static_cast<int64_t>(std::floor(t0));
+    start.f = t0 - static_cast<double>(start.pos);
+    start.whole = static_cast<int64_t>(std::floor(ratio));
+    start.part = ratio - static_cast<double>(start.whole);
+
+    // Output count: every output whose last tap falls inside the samples
+    // held now.  The closed form bounds the walk and the output size.
+    const int64_t L = held + n;
+    const double estimate = std::ceil((static_cast<double>(L) - P.a - t0) / ratio);
+    if (!(estimate + 2.0 < static_cast<double>(kInt32Max) / channels)) return status = STATUS_OUT_OF_MEMORY;
+    const int64_t cap = estimate > 0.0 ? static_cast<int64_t>(estimate) + 2 : 2;
+    int64_t K = 0;
+    bool crosses = false;  // some output reaches back before the block
+    Clock clock = start;
+    for (; K < cap; ++K, clock.Step()) {
+        const Span sp = Geometry(P, clock.f);
+        if (clock.pos + sp.right > L - 1) break;
+        if (sp.taps() > H) return status = STATUS_TOO_MANY_TAPS;
+        if (clock.pos - sp.left + 1 < held) crosses = true;
+    }
+    // The history keeps the samples from one before the next output's first
+    // tap onwards (at most H).
+    const Span next = Geometry(P, clock.f);
+    int64_t keep_from = clock.pos - next.left;
+    if (keep_from < 0) keep_from = 0;
+    if (keep_from > L) keep_from = L;
+    if (L - keep_from > H || next.taps() > H) return status = STATUS_TOO_MANY_TAPS;
+    if (clock.pos - keep_from > kInt32Max) return status = STATUS_BAD_START_OFFSET;
+
+    if ((status = ResizeRows(out, channels, static_cast<int32_t>(K))) < 0) return status;
+    if (firstOutputTime != nullptr)
+        *firstOutputTime = static_cast<float>(
+            (state->samplesSeen + static_cast<double>(start.pos - held)) + start.f);
+
+    Scratch<T> run(crosses ? static_cast<size_t>(H) : 0);
+    if (crosses && !run.ok()) return status = STATUS_OUT_OF_MEMORY;
+    const T *block = in.data();
+    T *hist = histA.data();
+    T *y = out.data();
+    R *taps = histB.data();
+
+    clock = start;
+    Span sp{};
+    bool fresh = false;  // taps hold the current fraction
+    double taps_f = 0.0;
+    for (int64_t k = 0; k < K; ++k, clock.Step()) {
+        if (!fresh || clock.f != taps_f) {
+            sp = Geometry(P, clock.f);
+            MakeTaps(P, sp, taps);
+            taps_f = clock.f;
+            fresh = true;
+        }
+        const int64_t count = sp.taps();
+        const int64_t first = clock.pos - sp.left + 1;
+        for (int32_t ch = 0; ch < channels; ++ch) {
+            const T *row = block + static_cast<int64_t>(ch) * n;
+            const T *src;
+            if (first >= held) {
+                src = row + (first - held);
+            } else {
+                // Gather history (zeros before the stream) and block samples.
+                const T *past = hist + static_cast<int64_t>(ch) * H;
+                T *r = run.get();
+                for (int64_t j = 0; j < count; ++j) {
+                    const int64_t i = first + j;
+                    r[j] = i < 0 ? T(0) : i < held ? past[i] : row[i - held];
+                }
+                src = r;
+            }
+            y[static_cast<int64_t>(ch) * K + k] = Dot(taps, src, count);
+        }
+    }
+    if (K > 0) Scale(y, K * channels, P.s);
+
+    // Keep samples keep_from ... L - 1 of history + block for the next call.
+    const int64_t kept = L - keep_from;
+    for (int32_t ch = 0; ch < channels; ++ch) {
+        T *past = hist + static_cast<int64_t>(ch) * H;
+        const T *row = block + static_cast<int64_t>(ch) * n;
+        if (keep_from < held) {
+            const int64_t old = held - keep_from;
+            std::memmove(static_cast<void *>(past), past + keep_from, sizeof(T) * static_cast<size_t>(old));
+            if (n > 0) std::memcpy(static_cast<void *>(past + old), row, sizeof(T) * static_cast<size_t>(n));
+        } else if (kept > 0) {
+            std::memcpy(static_cast<void *>(past), row + (keep_from - held), sizeof(T) * static_cast<size_t>(kept));
+        }
+    }
+    state->historyCount = static_cast<int32_t>(kept);
+    state->position = static_cast<int32_t>(clock.pos - keep_from);
+    state->fraction = clock.f;
+    state->tapSpacing = P.s;
+    state->samplesSeen += static_cast<double>(n);
+    return status;
+}
+
+#define FENNEL_RESAMPLE_INSTANCES(T)                                                          \
+    template int32_t Resample<T, 1>(FDArrayHandle, FDArrayHandle, int32_t,                      \
+                                    const FDResampleParams *, int32_t, int32_t, FDArrayHandle,  \
+                                    float *, FDArrayHandle, FDArrayHandle, FDResampleState *);  \
+    template int32_t Resample<T, 2>(FDArrayHandle, FDArrayHandle, int32_t,                      \
+                                    const FDResampleParams *, int32_t, int32_t, FDArrayHandle,  \
+                                    float *, FDArrayHandle, FDArrayHandle, FDResampleState *);
+FENNEL_RESAMPLE_INSTANCES(float)
+FENNEL_RESAMPLE_INSTANCES(double)
+FENNEL_RESAMPLE_INSTANCES(cfloat)
+FENNEL_RESAMPLE_INSTANCES(cdouble)
+#undef FENNEL_RESAMPLE_INSTANCES
+
+}  // namespace fennel

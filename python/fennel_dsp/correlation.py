@@ -1,2 +1,164 @@
-"""correlation family of the binding."""
-__all__ = []
+"""Convolution, correlation and autocorrelation in one and two dimensions.
+
+method: "direct" (time-domain sums), "fft" (frequency domain), or "auto",
+which takes the frequency-domain method once the shorter operand reaches
+FFT_CROSSOVER elements (measured on the benchmark machine, bench/README.md).
+"""
+import ctypes
+
+import numpy as np
+
+from ._native import TYPE_CODES, Handle, HostArray, as_supported, check, export, plan_ref
+
+__all__ = ["convolve", "correlate", "autocorrelate", "convolve2d", "correlate2d",
+           "autocorrelate2d", "FFT_CROSSOVER", "FFT_CROSSOVER_2D"]
+
+# Shorter-operand length (1D) and kernel element count (2D) from which the
+# frequency-domain method is faster than the direct one on the benchmark
+# machine.
+FFT_CROSSOVER = 64
+FFT_CROSSOVER_2D = 64
+
+_P = ctypes.c_void_p
+_I = ctypes.c_int32
+_PAIRS = ["s", "d", "c", "z", "sc", "dz", "cs", "zd"]
+_CONV = {p: export(f"{p}1DConvolutionH", [Handle, Handle, Handle, _I, _I, _I, Handle, Handle, _P])
+         for p in _PAIRS}
+_CORR = {p: export(f"{p}1DCorrelationH", [Handle, Handle, Handle, _I, _I, _I, Handle, Handle, _P])
+         for p in _PAIRS}
+_AUTO = {p: export(f"{p}1DAutoCorrelationH", [Handle, Handle, _I, _I, _I, Handle, Handle, _P])
+         for p in "sdcz"}
+_CONV2 = {p: export(f"{p}2DConvolutionH", [Handle, Handle, Handle, _I, _I, Handle, Handle, _P])
+          for p in "sdcz"}
+_CORR2 = {p: export(f"{p}2DCorrelationH", [Handle, Handle, Handle, _I, Handle, Handle, _P])
+          for p in "sdcz"}
+_AUTO2 = {p: export(f"{p}2DAutoCorrelationH", [Handle, Handle, _I, Handle, Handle, _P])
+          for p in "sdcz"}
+
+_MODES = {"full": 0, "same": 1, "valid": 2}
+_NORMS = {"none": 0, None: 0, "unbiased": 1, "biased": 2}
+_REAL = {True: np.dtype(np.float64), False: np.dtype(np.float32)}
+_CPLX = {True: np.dtype(np.complex128), False: np.dtype(np.complex64)}
+
+
+def _pair(x, y, mixed=True):
+    """Both operands in one precision; a real and a complex operand stay a
+    mixed pair when `mixed`, else the real one is widened."""
+    x, y = as_supported(x), as_supported(y)
+    double = np.finfo(np.result_type(x.dtype, y.dtype)).bits == 64
+    xc, yc = x.dtype.kind == "c", y.dtype.kind == "c"
+    if not mixed and xc != yc:
+        xc = yc = True
+    x = x.astype(_CPLX[double] if xc else _REAL[double], copy=False)
+    y = y.astype(_CPLX[double] if yc else _REAL[double], copy=False)
+    px, py = TYPE_CODES[x.dtype][1], TYPE_CODES[y.dtype][1]
+    prefix = px if px == py else px + py
+    out_type = y.dtype if yc else x.dtype
+    return x, y, prefix, out_type
+
+
+def _algorithm(method, shorter, crossover=None):
+    if method == "auto":
+        return 1 if shorter >= (crossover or FFT_CROSSOVER) else 0
+    if method in ("direct", "fft"):
+        return 0 if method == "direct" else 1
+    raise ValueError(f"method must be 'auto', 'direct' or 'fft', not {method!r}")
+
+
+def _call(f, name, *args):
+    check(f(*args), name)
+
+
+def convolve(x, y, mode="full", method="auto", block_size=0, plan=None):
+    """Linear convolution of two 1D sequences.
+
+    mode: "full" (N + M - 1), "same" (N, centred on the full result) or
+    "valid" (N - M + 1; needs M <= N).  block_size: block length of the direct
+    method (0: the library's default).  A real and a complex operand are
+    convolved as a mixed pair without widening the real one.
+    """
+    x, y, prefix, out_type = _pair(np.ravel(x), np.ravel(y))
+    algorithm = _algorithm(method, min(x.size, y.size))
+    hx, hy = HostArray.from_numpy(x), HostArray.from_numpy(y)
+    out, full, work = (HostArray.empty(out_type) for _ in range(3))
+    _call(_CONV[prefix], f"{prefix}1DConvolutionH", hx.handle, hy.handle, out.handle,
+          _MODES[mode], algorithm, int(block_size), full.handle, work.handle, plan_ref(plan))
+    return out.to_numpy()
+
+
+def correlate(x, y, normalization="none", method="auto", block_size=0, plan=None):
+    """Cross-correlation over all lags: r[k] = sum_j conj(x[j]) y[j + k - (N-1)].
+
+    The result has N + M - 1 elements, lag 0 at index N - 1; it equals
+    numpy.correlate(y, x, "full").  normalization: "none", "unbiased" (each
+    lag divided by its number of products) or "biased" (divided by max(N, M)).
+    """
+    x, y, prefix, out_type = _pair(np.ravel(x), np.ravel(y))
+    algorithm = _algorithm(method, min(x.size, y.size))
+    hx, hy = HostArray.from_numpy(x), HostArray.from_numpy(y)
+    out, work = HostArray.empty(out_type), HostArray.empty(out_type)
+    rev = HostArray.empty(x.dtype)
+    _call(_CORR[prefix], f"{prefix}1DCorrelationH", hx.handle, hy.handle, out.handle, algorithm,
+          _NORMS[normalization], int(block_size), rev.handle, work.handle, plan_ref(plan))
+    return out.to_numpy()
+
+
+def autocorrelate(x, normalization="none", method="auto", block_size=0, plan=None):
+    """Autocorrelation over lags -(N-1) .. N-1 (2N - 1 elements, lag 0 at
+    index N - 1), normalised as in correlate."""
+    x = as_supported(np.ravel(x))
+    prefix = TYPE_CODES[x.dtype][1]
+    algorithm = _algorithm(method, x.size)
+    hx = HostArray.from_numpy(x)
+    out, rev, work = (HostArray.empty(x.dtype) for _ in range(3))
+    _call(_AUTO[prefix], f"{prefix}1DAutoCorrelationH", hx.handle, out.handle, algorithm,
+          _NORMS[normalization], int(block_size), rev.handle, work.handle, plan_ref(plan))
+    return out.to_numpy()
+
+
+def _matrices(x, y):
+    x, y = np.asarray(x), np.asarray(y)
+    if x.ndim != 2 or y.ndim != 2:
+        raise ValueError("2D operands expected")
+    x, y, prefix, out_type = _pair(x, y, mixed=False)
+    return x, y, prefix, out_type
+
+
+def convolve2d(x, y, mode="full", method="auto", plan=None):
+    """2D linear convolution of two matrices (full, same or valid)."""
+    x, y, prefix, out_type = _matrices(x, y)
+    algorithm = _algorithm(method, min(x.size, y.size), FFT_CROSSOVER_2D)
+    hx, hy = HostArray.from_numpy(x), HostArray.from_numpy(y)
+    out = HostArray.empty(out_type, 2)
+    full, work = HostArray.empty(out_type), HostArray.empty(out_type)
+    _call(_CONV2[prefix], f"{prefix}2DConvolutionH", hx.handle, hy.handle, out.handle,
+          _MODES[mode], algorithm, full.handle, work.handle, plan_ref(plan))
+    return out.to_numpy()
+
+
+def correlate2d(x, y, method="auto", plan=None):
+    """2D cross-correlation over all lags, lag (0, 0) at (R1 - 1, C1 - 1); equals
+    scipy.signal.correlate2d(y, x, "full")."""
+    x, y, prefix, out_type = _matrices(x, y)
+    algorithm = _algorithm(method, min(x.size, y.size), FFT_CROSSOVER_2D)
+    hx, hy = HostArray.from_numpy(x), HostArray.from_numpy(y)
+    out = HostArray.empty(out_type, 2)
+    rev, work = HostArray.empty(out_type), HostArray.empty(out_type)
+    _call(_CORR2[prefix], f"{prefix}2DCorrelationH", hx.handle, hy.handle, out.handle, algorithm,
+          rev.handle, work.handle, plan_ref(plan))
+    return out.to_numpy()
+
+
+def autocorrelate2d(x, method="auto", plan=None):
+    """2D autocorrelation, (2R - 1) x (2C - 1), lag (0, 0) at (R - 1, C - 1)."""
+    x = as_supported(x)
+    if x.ndim != 2:
+        raise ValueError("a 2D operand expected")
+    prefix = TYPE_CODES[x.dtype][1]
+    algorithm = _algorithm(method, x.size, FFT_CROSSOVER_2D)
+    hx = HostArray.from_numpy(x)
+    out = HostArray.empty(x.dtype, 2)
+    rev, work = HostArray.empty(x.dtype), HostArray.empty(x.dtype)
+    _call(_AUTO2[prefix], f"{prefix}2DAutoCorrelationH", hx.handle, out.handle, algorithm,
+          rev.handle, work.handle, plan_ref(plan))
+    return out.to_numpy()

@@ -1,0 +1,329 @@
+#include "correlation/correlation_core.h"
+
+#include <cblas.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "frame/plan.h"
+
+namespace fennel::corr {
+
+int64_t FastLength(int64_t L) {
+    for (int64_t candidate = L < 1 ? 1 : L;; ++candidate) {
+        int64_t rest = candidate;
+        for (int64_t factor : {7, 5, 3, 2}) {
+            while (rest >= 2 && rest % factor == 0) rest /= factor;
+        }
+        if (rest == 1) return candidate;
+    }
+}
+
+WorkspacesEmptied::~WorkspacesEmptied() {
+    for (int i = 0; i < count_; ++i) {
+        FDArrayHandle h = entries_[i].handle;
+        if (*h == nullptr || *static_cast<const int32_t *>(*h) == 0) continue;
+        // Only the host call and the length word matter here; the element
+        // type is given by the type code.
+        HostArray<float, 1>(h).Empty(entries_[i].type_code);
+    }
+}
+
+namespace {
+
+// ---- BLAS level 1 by element type ----------------------------------------
+
+inline void Axpy(int32_t n, float a, const float *x, int32_t incx, float *y, int32_t incy) {
+    cblas_saxpy(n, a, x, incx, y, incy);
+}
+inline void Axpy(int32_t n, double a, const double *x, int32_t incx, double *y, int32_t incy) {
+    cblas_daxpy(n, a, x, incx, y, incy);
+}
+inline void Axpy(int32_t n, const cfloat &a, const cfloat *x, int32_t incx, cfloat *y, int32_t incy) {
+    cblas_caxpy(n, &a, x, incx, y, incy);
+}
+inline void Axpy(int32_t n, const cdouble &a, const cdouble *x, int32_t incx, cdouble *y,
+                 int32_t incy) {
+    cblas_zaxpy(n, &a, x, incx, y, incy);
+}
+// A real scalar times a contiguous complex vector: the vector as 2n reals.
+template <class R>
+inline void Axpy(int32_t n, R a, const std::complex<R> *x, int32_t, std::complex<R> *y, int32_t) {
+    constexpr int32_t kChunk = 1 << 29;  // keeps 2n within the BLAS integer
+    for (int32_t done = 0; done < n; done += std::min(n - done, kChunk)) {
+        const int32_t count = std::min(n - done, kChunk);
+        Axpy(2 * count, a, reinterpret_cast<const R *>(x + done), 1, reinterpret_cast<R *>(y + done), 1);
+    }
+}
+
+inline void Scal(int32_t n, double f, float *x) { cblas_sscal(n, static_cast<float>(f), x, 1); }
+inline void Scal(int32_t n, double f, double *x) { cblas_dscal(n, f, x, 1); }
+inline void Scal(int32_t n, double f, cfloat *x) { cblas_csscal(n, static_cast<float>(f), x, 1); }
+inline void Scal(int32_t n, double f, cdouble *x) { cblas_zdscal(n, f, x, 1); }
+
+template <class T>
+inline void ScaleOne(T &v, double f) {
+    const auto s = static_cast<typename Traits<T>::Real>(f);
+    if constexpr (Traits<T>::kComplex)
+        v = T(v.real() * s, v.imag() * s);
+    else
+        v = v * s;
+}
+
+// ---- frequency-domain helpers -----------------------------------------------
+
+// Copies rows x cols of src into buf as rows of `pitch` elements (reversed in
+// both dimensions and conjugated when `reversed`), zero-filling each row and
+// then buf up to `region` elements.
+template <class O, class S>
+void LoadPadded(O *buf, const S *src, int32_t rows, int32_t cols, int64_t pitch, int64_t region,
+                bool reversed) {
+    for (int32_t r = 0; r < rows; ++r) {
+        O *row = buf + r * pitch;
+        if (reversed) {
+            ReverseCopy(row, src + int64_t{rows - 1 - r} * cols, cols);
+        } else if constexpr (std::is_same_v<O, S>) {
+            std::memcpy(row, src + int64_t{r} * cols, sizeof(O) * static_cast<size_t>(cols));
+        } else {
+            const S *from = src + int64_t{r} * cols;
+            for (int32_t c = 0; c < cols; ++c) row[c] = Widen<O>(from[c]);
+        }
+        std::fill(row + cols, row + pitch, O(0));
+    }
+    std::fill(buf + rows * pitch, buf + region, O(0));
+}
+
+// dest (rows x cols) <- the top-left block of buf (rows of `pitch`).
+template <class O>
+void Extract(O *dest, const O *buf, int64_t rows, int64_t cols, int64_t pitch) {
+    for (int64_t r = 0; r < rows; ++r)
+        std::memcpy(dest + r * cols, buf + r * pitch, sizeof(O) * static_cast<size_t>(cols));
+}
+
+// dest ((2 r1 - 1) x (2 c1 - 1)) <- the circular autocorrelation in buf (lr x
+// lc, rows of `pitch`) with lag (0, 0) moved to (r1 - 1, c1 - 1).
+template <class O>
+void ExtractRotated(O *dest, const O *buf, int32_t r1, int32_t c1, int64_t lr, int64_t lc,
+                    int64_t pitch) {
+    const int64_t rows = 2 * int64_t{r1} - 1, cols = 2 * int64_t{c1} - 1;
+    for (int64_t r = 0; r < rows; ++r) {
+        const int64_t lag = r - (r1 - 1);
+        const O *row = buf + (lag < 0 ? lag + lr : lag) * pitch;
+        O *out = dest + r * cols;
+        // Negative column lags sit at the end of the row, the others at its start.
+        std::memcpy(out, row + lc - (c1 - 1), sizeof(O) * static_cast<size_t>(c1 - 1));
+        std::memcpy(out + (c1 - 1), row, sizeof(O) * static_cast<size_t>(c1));
+    }
+}
+
+}  // namespace
+
+template <class A, class B>
+void DirectConvolve(const A *a, int32_t lenA, const B *b, int32_t lenB, int32_t blockSize,
+                    OutOf<A, B> *dest) {
+    using O = OutOf<A, B>;
+    static_assert(std::is_same_v<A, B> || !Traits<A>::kComplex, "the scalars are real or of b's type");
+    std::fill(dest, dest + (int64_t{lenA} + lenB - 1), O(0));
+    if (lenB < 25) {
+        for (int32_t i = 0; i < lenA; ++i)
+            for (int32_t j = 0; j < lenB; ++j) MulAdd(dest[i + j], b[j], a[i]);
+        return;
+    }
+    const int32_t block = blockSize < 1 ? 100000 : blockSize;
+    int64_t s = 0;
+    if (block < lenB) {
+        do {
+            for (int32_t i = 0; i < lenA; ++i) Axpy(block, a[i], b + s, 1, dest + s + i, 1);
+            s += block;
+        } while (s + block < lenB);
+    }
+    const auto rest = static_cast<int32_t>(lenB - s);
+    for (int32_t i = 0; i < lenA; ++i) Axpy(rest, a[i], b + s, 1, dest + s + i, 1);
+}
+
+template <class T>
+void DirectConvolve2D(const T *x, int32_t r1, int32_t c1, const T *y, int32_t r2, int32_t c2,
+                      T *dest) {
+    const int64_t width = int64_t{c1} + c2 - 1;
+    std::fill(dest, dest + (int64_t{r1} + r2 - 1) * width, T(0));
+    const bool x_scalars = int64_t{r1} * c1 <= int64_t{r2} * c2;
+    const T *s = x_scalars ? x : y;
+    const T *big = x_scalars ? y : x;
+    const int32_t rs = x_scalars ? r1 : r2, cs = x_scalars ? c1 : c2;
+    const int32_t rb = x_scalars ? r2 : r1, cb = x_scalars ? c2 : c1;
+    for (int32_t i = 0; i < rs; ++i) {
+        for (int32_t j = 0; j < cs; ++j) {
+            const T a = s[int64_t{i} * cs + j];
+            T *origin = dest + i * width + j;
+            if (cb < 25 && rb < 25) {
+                for (int32_t r = 0; r < rb; ++r)
+                    for (int32_t c = 0; c < cb; ++c) MulAdd(origin[r * width + c], big[r * cb + c], a);
+            } else if (rb > cb) {
+                for (int32_t c = 0; c < cb; ++c)
+                    Axpy(rb, a, big + c, cb, origin + c, static_cast<int32_t>(width));
+            } else {
+                for (int32_t r = 0; r < rb; ++r) Axpy(cb, a, big + int64_t{r} * cb, 1, origin + r * width, 1);
+            }
+        }
+    }
+}
+
+template <class X, class Y>
+int32_t FrequencyDomainCore(const X *x, int32_t r1, int32_t c1, const Y *y, int32_t r2, int32_t c2,
+                            int rank, OutOf<X, Y> *dest, int32_t kind, FDArrayHandle fftScratch,
+                            DFTI_DESCRIPTOR_HANDLE *slot) {
+    using O = OutOf<X, Y>;
+    using C = typename Traits<O>::Complex;
+    constexpr bool kReal = !Traits<O>::kComplex;
+    const int64_t rows = int64_t{r1} + r2 - 1, cols = int64_t{c1} + c2 - 1;
+    const int64_t lr = rank == 1 ? 1 : FastLength(rows), lc = FastLength(cols);
+    if (kind != 0 && kind != 1) return STATUS_BAD_SELECTOR;
+
+    int32_t status = STATUS_OK;
+    FreePlanOnFailure plan_guard(slot, status);
+    HostArray<O, 1> ws(fftScratch);
+    EmptyAtExit<O, 1> ws_guard(ws, fftScratch != nullptr);
+
+    // Every buffer holds the lr x lc spectrum in rows of lc complex elements
+    // (real data: rows of lc reals in the same place); a 1D real buffer holds
+    // lc + 2 reals, the lc / 2 + 1 bins of its spectrum.
+    const int64_t region = kReal && rank == 1 ? lc + 2 : lr * lc;
+    const int64_t w = kReal && rank > 1 ? 2 * region : region;
+
+    PlanGeometry g;
+    g.precision = Traits<O>::kPrecision;
+    g.domain = Traits<O>::kDomain;
+    g.rank = rank;
+    g.lengths[0] = rank == 1 ? lc : lr;
+    g.lengths[1] = lc;
+    g.inverse = true;
+    if (rank > 1) {
+        g.strides = true;
+        g.complex_complex = kReal;
+        const MKL_LONG strides[3] = {0, static_cast<MKL_LONG>(lc), 1};
+        for (int i = 0; i < 3; ++i) g.input_strides[i] = g.output_strides[i] = strides[i];
+    }
+    // x and y the same array: one forward transform.
+    const bool same = std::is_same_v<X, Y> && static_cast<const void *>(x) == static_cast<const void *>(y);
+    const int64_t count = (same ? 2 : 3) * w;
+    if (count > kMaxElements) return status = STATUS_OUT_OF_MEMORY;  // before any planning
+    if ((status = AcquirePlan(slot, g)) < 0) return status;
+    if (fftScratch == nullptr) return status = STATUS_NO_WORKSPACE;
+
+    O *a = nullptr;
+    if ((status = PrepareScratchArray(ws, count, &a)) < 0) return status;
+    O *b = a + w;
+    const auto spectrum = [](O *p) { return reinterpret_cast<C *>(p); };
+
+    if (!same) {
+        O *c = b + w;
+        LoadPadded(a, x, r1, c1, lc, region, kind == 1);
+        LoadPadded(b, y, r2, c2, lc, region, false);
+        if ((status = ComputePlan(*slot, true, a, c)) < 0) return status;
+        if ((status = ComputePlan(*slot, true, b, a)) < 0) return status;
+        MultiplySpectra<O>(spectrum(c), spectrum(a), spectrum(b), lr, lc);
+        if ((status = ComputePlan(*slot, false, b, a)) < 0) return status;
+        Extract(dest, a, rows, cols, lc);
+        return status;
+    }
+    LoadPadded(a, x, r1, c1, lc, region, false);
+    if ((status = ComputePlan(*slot, true, a, b)) < 0) return status;
+    if (kind == 0)
+        MultiplySpectra<O>(spectrum(b), spectrum(b), spectrum(a), lr, lc);
+    else
+        SquareMagnitudes<O>(spectrum(b), spectrum(a), lr, lc);
+    if ((status = ComputePlan(*slot, false, a, b)) < 0) return status;
+    if (kind == 0)
+        Extract(dest, b, rows, cols, lc);
+    else
+        ExtractRotated(dest, b, r1, c1, lr, lc, lc);
+    return status;
+}
+
+template <class T>
+void Normalize(T *out, int32_t n, int32_t m, int32_t normalization) {
+    const int64_t length = int64_t{n} + m - 1;
+    const int32_t lo = std::min(n, m), hi = std::max(n, m);
+    if (normalization == 2) {
+        Scal(static_cast<int32_t>(length), 1.0 / hi, out);
+    } else if (normalization == 1) {
+        for (int32_t i = 0; i + 1 < lo; ++i) {
+            const double f = 1.0 / (i + 1);
+            ScaleOne(out[i], f);
+            ScaleOne(out[length - 1 - i], f);
+        }
+        Scal(hi - lo + 1, 1.0 / lo, out + (lo - 1));
+    }
+}
+
+template <class X, class Y>
+int32_t CorrelationCore(const X *x, int32_t n, const Y *y, int32_t m, OutOf<X, Y> *out,
+                        int32_t algorithm, int32_t normalization, int32_t blockSize,
+                        FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                        DFTI_DESCRIPTOR_HANDLE *slot) {
+    int32_t status = STATUS_OK;
+    FreePlanOnFailure plan_guard(slot, status);
+    if (algorithm == 1) {
+        if ((status = FrequencyDomainCore<X, Y>(x, n, y, m, out, 1, fftScratch, slot)) < 0)
+            return status;
+    } else {
+        if (reverseScratch == nullptr) return status = STATUS_NO_WORKSPACE;
+        HostArray<X, 1> rs(reverseScratch);
+        EmptyAtExit<X, 1> rs_guard(rs, true);
+        X *reversed = nullptr;
+        if ((status = PrepareScratchArray(rs, int64_t{n} + m - 1, &reversed)) < 0) return status;
+        ReverseCopy(reversed, x, n);
+        // The shorter operand supplies the scalars; of a mixed pair the real one.
+        if constexpr (std::is_same_v<X, Y>) {
+            if (n <= m)
+                DirectConvolve(reversed, n, y, m, blockSize, out);
+            else
+                DirectConvolve(y, m, reversed, n, blockSize, out);
+        } else if constexpr (!Traits<X>::kComplex) {
+            DirectConvolve(reversed, n, y, m, blockSize, out);
+        } else {
+            DirectConvolve(y, m, reversed, n, blockSize, out);
+        }
+    }
+    Normalize(out, n, m, normalization);
+    return status;
+}
+
+#define FENNEL_CORR_PAIR(X, Y)                                                                     \
+    template int32_t FrequencyDomainCore<X, Y>(const X *, int32_t, int32_t, const Y *, int32_t,    \
+                                               int32_t, int, OutOf<X, Y> *, int32_t, FDArrayHandle, \
+                                               DFTI_DESCRIPTOR_HANDLE *);                           \
+    template int32_t CorrelationCore<X, Y>(const X *, int32_t, const Y *, int32_t, OutOf<X, Y> *,  \
+                                           int32_t, int32_t, int32_t, FDArrayHandle,                \
+                                           FDArrayHandle, DFTI_DESCRIPTOR_HANDLE *);
+FENNEL_CORR_PAIR(float, float)
+FENNEL_CORR_PAIR(double, double)
+FENNEL_CORR_PAIR(cfloat, cfloat)
+FENNEL_CORR_PAIR(cdouble, cdouble)
+FENNEL_CORR_PAIR(float, cfloat)
+FENNEL_CORR_PAIR(double, cdouble)
+FENNEL_CORR_PAIR(cfloat, float)
+FENNEL_CORR_PAIR(cdouble, double)
+#undef FENNEL_CORR_PAIR
+
+// Of a mixed pair the real operand supplies the scalars.
+#define FENNEL_DIRECT(A, B) \
+    template void DirectConvolve<A, B>(const A *, int32_t, const B *, int32_t, int32_t, OutOf<A, B> *);
+FENNEL_DIRECT(float, float)
+FENNEL_DIRECT(double, double)
+FENNEL_DIRECT(cfloat, cfloat)
+FENNEL_DIRECT(cdouble, cdouble)
+FENNEL_DIRECT(float, cfloat)
+FENNEL_DIRECT(double, cdouble)
+#undef FENNEL_DIRECT
+
+#define FENNEL_CORR_TYPE(T)                                                                      \
+    template void DirectConvolve2D<T>(const T *, int32_t, int32_t, const T *, int32_t, int32_t, T *); \
+    template void Normalize<T>(T *, int32_t, int32_t, int32_t);
+FENNEL_CORR_TYPE(float)
+FENNEL_CORR_TYPE(double)
+FENNEL_CORR_TYPE(cfloat)
+FENNEL_CORR_TYPE(cdouble)
+#undef FENNEL_CORR_TYPE
+
+}  // namespace fennel::corr

@@ -1,0 +1,276 @@
+// The DCT and DST on real DFTs: how each transform packs its signal for the
+// DFT, the DFT it needs, and the twiddled unpacking after it.  A pass runs on
+// one line (the 1D transforms) or on a batch of lines: the rows or the columns
+// of a matrix (the 2D transforms, one pass per dimension).
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+#include "frame/plan.h"
+#include "frame/types.h"
+
+namespace fennel::trig {
+
+enum Kind : int32_t { kDCT = 0, kDST = 1, kInvDCT = 2, kInvDST = 3 };
+
+// The single- and double-precision constants of the DCT normalisation.
+template <class T> struct Roots;
+template <> struct Roots<float> {
+    static constexpr float kSqrt2 = 1.4142135f;
+    static constexpr float kInvSqrt2 = 0.70710677f;
+};
+template <> struct Roots<double> {
+    static constexpr double kSqrt2 = 1.4142135623730951;
+    static constexpr double kInvSqrt2 = 0.7071067811865476;
+};
+
+constexpr double kPi = 3.14159265358979323846;
+
+// The DFT behind a transform of N points.
+struct LineDft {
+    DFTI_CONFIG_VALUE domain;
+    bool forward;
+    ptrdiff_t length;   // DFT length
+    ptrdiff_t in_len;   // per line: DFT input elements (real, or complex)
+    ptrdiff_t out_len;  // per line: DFT output elements
+    ptrdiff_t work;     // per line: workspace elements (in + out, workspace type)
+};
+
+inline LineDft DftFor(Kind kind, ptrdiff_t N) {
+    switch (kind) {
+        case kDCT: {
+            const ptrdiff_t L = N % 2 == 0 ? N : 2 * N;
+            return {DFTI_REAL, true, L, L, L / 2 + 1, 2 * L + 2};
+        }
+        case kDST:
+        case kInvDST: {
+            const ptrdiff_t L = 2 * N + 2;
+            return {DFTI_REAL, true, L, L, N + 2, 2 * L + 2};
+        }
+        case kInvDCT:
+            // Odd: conjugate-even Z0..ZN in, 2N reals out (N complex).
+            // Even: N complex in, N complex out.
+            if (N % 2 != 0) return {DFTI_REAL, false, 2 * N, N + 1, 2 * N, 2 * N + 1};
+            return {DFTI_COMPLEX, false, N, N, N, 2 * N};
+    }
+    return {DFTI_REAL, true, 0, 0, 0, 0};
+}
+
+// A batch of `count` lines.  Row batches (kRows): line j of an area whose
+// lines hold len elements starts at j * len, elements contiguous.  Column
+// batches: element e of line j sits at e * count + j, every area a matrix of
+// `count` columns.
+template <bool kRows>
+struct Batch {
+    ptrdiff_t count;
+    ptrdiff_t At(ptrdiff_t e, ptrdiff_t j, ptrdiff_t len) const {
+        if constexpr (kRows)
+            return j * len + e;
+        else
+            return e * count + j;
+    }
+    // Visits elements [e0, e1) of every line in memory order.
+    template <class F>
+    void Sweep(ptrdiff_t e0, ptrdiff_t e1, F &&f) const {
+        if constexpr (kRows) {
+            for (ptrdiff_t j = 0; j < count; ++j)
+                for (ptrdiff_t e = e0; e < e1; ++e) f(e, j);
+        } else {
+            for (ptrdiff_t e = e0; e < e1; ++e)
+                for (ptrdiff_t j = 0; j < count; ++j) f(e, j);
+        }
+    }
+    // The twiddle recurrence: (c, s) starts at (A, 0) and after each bin is
+    // rotated by theta in double, never re-seeded, so bin k gets about
+    // A (cos k theta, sin k theta).  One sequence serves every line.
+    template <class F>
+    void Twiddled(ptrdiff_t bins, double amplitude, double theta, F &&f) const {
+        const double ct = std::cos(theta), st = std::sin(theta);
+        double c = amplitude, s = 0.0;
+        if (count == 1) {
+            for (ptrdiff_t k = 0; k < bins; ++k) {
+                f(k, 0, c, s);
+                const double next = c * ct - s * st;
+                s = s * ct + c * st;
+                c = next;
+            }
+            return;
+        }
+        constexpr ptrdiff_t kBlock = 256;
+        double tc[kBlock], ts[kBlock];
+        for (ptrdiff_t k0 = 0; k0 < bins; k0 += kBlock) {
+            const ptrdiff_t nb = std::min(kBlock, bins - k0);
+            for (ptrdiff_t i = 0; i < nb; ++i) {
+                tc[i] = c;
+                ts[i] = s;
+                const double next = c * ct - s * st;
+                s = s * ct + c * st;
+                c = next;
+            }
+            Sweep(0, nb, [&](ptrdiff_t i, ptrdiff_t j) { f(k0 + i, j, tc[i], ts[i]); });
+        }
+    }
+};
+
+// One pass over a batch: m samples of each source line (zero-padded to N)
+// into N values of each destination line.  xlen and olen are the line
+// lengths of the source and destination areas (row batches); work holds the
+// DFT input area followed by the DFT output area.
+template <class T, bool kRows>
+struct Pass {
+    Batch<kRows> b;
+    const T *x;
+    ptrdiff_t xlen;
+    ptrdiff_t m;
+    ptrdiff_t N;
+    T *out;
+    ptrdiff_t olen;
+};
+
+// Forward DCT-II, orthonormal.  Even N: even samples forward, odd samples
+// backward from the end, N-point DFT.  Odd N: symmetric extension, 2N-point.
+template <class T, bool kRows>
+int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
+    const Batch<kRows> &b = p.b;
+    const ptrdiff_t N = p.N, m = p.m;
+    const bool even = N % 2 == 0;
+    const ptrdiff_t L = even ? N : 2 * N;
+    T *w = work;
+    T *spec = work + b.count * L;
+    const T *x = p.x;
+    if (even) {
+        b.Sweep(0, m / 2, [&](ptrdiff_t i, ptrdiff_t j) {
+            w[b.At(i, j, L)] = x[b.At(2 * i, j, p.xlen)];
+            w[b.At(N - 1 - i, j, L)] = x[b.At(2 * i + 1, j, p.xlen)];
+        });
+        if (m % 2 != 0)
+            b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) {
+                w[b.At((m - 1) / 2, j, L)] = x[b.At(m - 1, j, p.xlen)];
+            });
+        b.Sweep((m + 1) / 2, N - m / 2, [&](ptrdiff_t i, ptrdiff_t j) { w[b.At(i, j, L)] = T(0); });
+    } else {
+        b.Sweep(0, m, [&](ptrdiff_t i, ptrdiff_t j) {
+            const T v = x[b.At(i, j, p.xlen)];
+            w[b.At(i, j, L)] = v;
+            w[b.At(2 * N - 1 - i, j, L)] = v;
+        });
+        b.Sweep(m, 2 * N - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.At(i, j, L)] = T(0); });
+    }
+    const int32_t status = ComputePlan(plan, true, w, spec);
+    if (status < 0) return status;
+    // Bins above L/2 (even N only) are the conjugates of bins L - k.
+    const ptrdiff_t half = L / 2, slen = L / 2 + 1;
+    const double amplitude = (even ? 2.0 : 1.0) / std::sqrt(2.0 * static_cast<double>(N));
+    const double theta = -kPi / (2.0 * static_cast<double>(N));
+    T *out = p.out;
+    b.Twiddled(N, amplitude, theta, [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
+        const bool direct = k <= half;
+        const T *y = spec + 2 * b.At(direct ? k : L - k, j, slen);
+        const double re = static_cast<double>(y[0]);
+        const double im = direct ? static_cast<double>(y[1]) : -static_cast<double>(y[1]);
+        out[b.At(k, j, p.olen)] = static_cast<T>(re * c - im * s);
+    });
+    b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) { out[b.At(0, j, p.olen)] *= Roots<T>::kInvSqrt2; });
+    return status;
+}
+
+// DST-I through the odd extension of length 2N + 2: out[k] = factor *
+// Im(Y(k+1)), factor -1/2 for the unscaled forward transform and
+// -1/(N+1) for the inverse.
+template <class T, bool kRows>
+int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
+    const Batch<kRows> &b = p.b;
+    const ptrdiff_t N = p.N, m = p.m, L = 2 * N + 2, slen = N + 2;
+    T *w = work;
+    T *spec = work + b.count * L;
+    const T *x = p.x;
+    b.Sweep(0, m, [&](ptrdiff_t i, ptrdiff_t j) {
+        const T v = x[b.At(i, j, p.xlen)];
+        w[b.At(i + 1, j, L)] = v;
+        w[b.At(L - 1 - i, j, L)] = -v;
+    });
+    b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) { w[b.At(0, j, L)] = T(0); });
+    b.Sweep(m + 1, L - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.At(i, j, L)] = T(0); });
+    const int32_t status = ComputePlan(plan, true, w, spec);
+    if (status < 0) return status;
+    T *out = p.out;
+    b.Sweep(0, N, [&](ptrdiff_t k, ptrdiff_t j) {
+        out[b.At(k, j, p.olen)] = factor * spec[2 * b.At(k + 1, j, slen) + 1];
+    });
+    return status;
+}
+
+// Inverse DCT (DCT-III, orthonormal), first step: Zk = A X[k] (cos, sin) of
+// k pi / (2n), A = sqrt(2n), into z (lines of zlen complex elements).  Odd n
+// then feeds Z0 (scaled by sqrt 2, real) ... Zn = 0 to a 2n-point real
+// backward DFT; even n feeds Z (Z0 scaled by 1/sqrt 2) to an n-point complex
+// backward DFT.
+template <class T, bool kRows>
+void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen) {
+    const Batch<kRows> &b = p.b;
+    const ptrdiff_t n = p.N;
+    const T *x = p.x;
+    const double amplitude = std::sqrt(2.0 * static_cast<double>(n));
+    const double theta = kPi / (2.0 * static_cast<double>(n));
+    b.Twiddled(n, amplitude, theta, [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
+        const double v = static_cast<double>(x[b.At(k, j, p.xlen)]);
+        T *e = z + 2 * b.At(k, j, zlen);
+        e[0] = static_cast<T>(v * c);
+        e[1] = static_cast<T>(v * s);
+    });
+    if (n % 2 != 0) {
+        b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) {
+            T *z0 = z + 2 * b.At(0, j, zlen);
+            z0[0] *= Roots<T>::kSqrt2;
+            z0[1] = T(0);
+            T *zn = z + 2 * b.At(n, j, zlen);
+            zn[0] = T(0);
+            zn[1] = T(0);
+        });
+    } else {
+        b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) {
+            T *z0 = z + 2 * b.At(0, j, zlen);
+            z0[0] *= Roots<T>::kInvSqrt2;
+            z0[1] *= Roots<T>::kInvSqrt2;
+        });
+    }
+}
+
+// Even n, last step: out[2i] = Re u[i], out[2i+1] = Re u[n-1-i].  u is
+// complex (ustep 2, lines of ulen) or, on the real fallback of the 1D
+// transform, real (ustep 1).
+template <class T, bool kRows>
+void UnpackInvDCTEven(const Pass<T, kRows> &p, const T *u, ptrdiff_t ulen, ptrdiff_t ustep) {
+    const Batch<kRows> &b = p.b;
+    const ptrdiff_t n = p.N;
+    T *out = p.out;
+    b.Sweep(0, n / 2, [&](ptrdiff_t i, ptrdiff_t j) {
+        out[b.At(2 * i, j, p.olen)] = u[ustep * b.At(i, j, ulen)];
+        out[b.At(2 * i + 1, j, p.olen)] = u[ustep * b.At(n - 1 - i, j, ulen)];
+    });
+}
+
+// The inverse DCT on the DFT that the parity of n calls for.
+template <class T, bool kRows>
+int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
+    const Batch<kRows> &b = p.b;
+    const ptrdiff_t n = p.N;
+    const LineDft dft = DftFor(kInvDCT, n);
+    T *z = work;
+    T *result = work + 2 * b.count * dft.in_len;
+    PackInvDCT(p, z, dft.in_len);
+    const int32_t status = ComputePlan(plan, false, z, result);
+    if (status < 0) return status;
+    if (n % 2 != 0) {
+        T *out = p.out;
+        b.Sweep(0, n, [&](ptrdiff_t i, ptrdiff_t j) { out[b.At(i, j, p.olen)] = result[b.At(i, j, 2 * n)]; });
+    } else {
+        UnpackInvDCTEven(p, result, n, 2);
+    }
+    return status;
+}
+
+}  // namespace fennel::trig

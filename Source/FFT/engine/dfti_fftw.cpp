@@ -289,6 +289,8 @@ void *MakePlan(const DFTI_DESCRIPTOR *d, const Layout &l, bool forward) {
         char *out = out_block;
         std::memset(in, 0, in_span);
         unsigned flags = PlannerFlags(total * l.howmany);
+        fftw_set_timelimit(fennel::engine::PlannerTimeLimit());
+        fftwf_set_timelimit(fennel::engine::PlannerTimeLimit());
         const bool real = d->domain == DFTI_REAL;
         if (!real) {
             plan = Fftw<R>::Dft(l.rank, dims, 1, &hm, in, out, forward ? FFTW_FORWARD : FFTW_BACKWARD,

@@ -8,9 +8,12 @@ namespace fennel::engine {
 enum class Effort { kEstimate, kMeasure, kPatient };
 
 // The planner effort for a transform of `total` points (all dimensions and
-// batches).  FENNEL_DSP_PLANNER=estimate|measure|patient overrides the
-// default, which the benchmarks chose (bench/README.md).
+// batches), and the planner's time limit in seconds (negative: none).  The
+// default is FFTW_MEASURE within a time limit, chosen by benchmark
+// (bench/README.md); FENNEL_DSP_PLANNER=estimate|measure|patient forces an
+// effort without a time limit ("default" keeps the default).
 Effort PlannerEffortFor(std::ptrdiff_t total);
+double PlannerTimeLimit();
 
 // Sets FFTW's thread count for the next plan of `total` points.  Called with
 // the planner lock held.

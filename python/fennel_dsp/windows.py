@@ -1,2 +1,153 @@
-"""windows family of the binding."""
-__all__ = []
+"""Windows applied to a signal, windowed FIR design and the IIR direct-form filter.
+
+The window functions return a windowed copy of the signal (the library works
+in place on its own copy).  Window types are the WINDOW_* numbers; filter
+types the LOWPASS .. BANDSTOP numbers.
+"""
+import ctypes
+
+import numpy as np
+
+from ._native import REAL_OF, TYPE_CODES, Handle, HostArray, as_supported, check, export
+
+__all__ = [
+    "WINDOW_NONE", "WINDOW_HANN", "WINDOW_HAMMING", "WINDOW_BLACKMAN_HARRIS_3",
+    "WINDOW_EXACT_BLACKMAN", "WINDOW_BLACKMAN", "WINDOW_FLAT_TOP", "WINDOW_BLACKMAN_HARRIS_4",
+    "WINDOW_BLACKMAN_HARRIS_7", "WINDOW_LOW_SIDELOBE", "WINDOW_BLACKMAN_NUTTALL",
+    "WINDOW_TRIANGLE", "WINDOW_KAISER", "WINDOW_GAUSSIAN",
+    "LOWPASS", "HIGHPASS", "BANDPASS", "BANDSTOP",
+    "cosine_window", "gaussian_window", "kaiser_window", "symmetric_window", "triangle_window",
+    "fir_windowed_coefficients", "iir_filter", "IIRFilter",
+]
+
+WINDOW_NONE = 0
+WINDOW_HANN = 1
+WINDOW_HAMMING = 2
+WINDOW_BLACKMAN_HARRIS_3 = 3
+WINDOW_EXACT_BLACKMAN = 4
+WINDOW_BLACKMAN = 5
+WINDOW_FLAT_TOP = 6
+WINDOW_BLACKMAN_HARRIS_4 = 7
+WINDOW_BLACKMAN_HARRIS_7 = 8
+WINDOW_LOW_SIDELOBE = 9
+WINDOW_BLACKMAN_NUTTALL = 11
+WINDOW_TRIANGLE = 30
+WINDOW_KAISER = 60
+WINDOW_GAUSSIAN = 62
+
+LOWPASS, HIGHPASS, BANDPASS, BANDSTOP = 0, 1, 2, 3
+
+_I = ctypes.c_int32
+_PARAM = {"s": ctypes.c_float, "d": ctypes.c_double, "c": ctypes.c_float, "z": ctypes.c_double}
+_ALLCOS = {p: export(f"{p}AllCosWinH", [Handle, _I, _I, Handle]) for p in "sdcz"}
+_GAUSS = {p: export(f"{p}GaussWinH", [Handle, _PARAM[p]]) for p in "sdcz"}
+_KAISER = {p: export(f"{p}KaiserWinH", [Handle, _PARAM[p]]) for p in "sdcz"}
+_SYMM = {p: export(f"{p}SymmWinH", [Handle, _I, _PARAM[p], Handle]) for p in "sdcz"}
+_TRIANGLE = {p: export(f"{p}TriangleWinH", [Handle]) for p in "sdcz"}
+_D = ctypes.c_double
+_FIR = {p: export(f"{p}FIRWindowedCoefH", [Handle, _D, _D, _D, _I, _I, _I, _PARAM[p], _I, Handle])
+        for p in "sd"}
+_IIR_PREFIX = {"s": "ss", "d": "dd", "c": "cs", "z": "zd"}
+_IIR = {p: export(f"{_IIR_PREFIX[p]}IIRDirectFilterH", [Handle] * 5 + [_I] + [Handle] * 3)
+        for p in "sdcz"}
+
+
+def _in_place(function, name, x, *args):
+    x = as_supported(x)
+    prefix = TYPE_CODES[x.dtype][1]
+    data = HostArray.from_numpy(x.ravel())
+    check(function[prefix](data.handle, *args), f"{prefix}{name}")
+    return data.to_numpy().reshape(x.shape)
+
+
+def cosine_window(x, window_type=WINDOW_HANN, normalise=False):
+    """x times the periodic cosine-sum window of the type (0..9, 11); with
+    normalise the window's mean is 1."""
+    ws = HostArray.empty(np.float64)
+    return _in_place(_ALLCOS, "AllCosWinH", x, int(window_type), int(bool(normalise)), ws.handle)
+
+
+def gaussian_window(x, sigma=0.2):
+    """x times the periodic Gaussian window of width sigma (relative to N+1)."""
+    return _in_place(_GAUSS, "GaussWinH", x, float(sigma))
+
+
+def kaiser_window(x, beta):
+    """x times the periodic Kaiser window of shape beta."""
+    return _in_place(_KAISER, "KaiserWinH", x, float(beta))
+
+
+def symmetric_window(x, window_type=WINDOW_HANN, parameter=0.0):
+    """x times the symmetric window (period N-1) of any window type;
+    parameter is beta for WINDOW_KAISER, sigma for WINDOW_GAUSSIAN."""
+    ws = HostArray.empty(np.float64)
+    return _in_place(_SYMM, "SymmWinH", x, int(window_type), float(parameter), ws.handle)
+
+
+def triangle_window(x):
+    """x times the periodic triangle window (zero at index 0)."""
+    return _in_place(_TRIANGLE, "TriangleWinH", x)
+
+
+def fir_windowed_coefficients(taps, fs, f1, f2=0.0, filter_type=LOWPASS, window_type=WINDOW_NONE,
+                              window_parameter=0.0, normalise=False, dtype=np.float64):
+    """Linear-phase FIR taps by the window method.
+
+    f1 is the cut-off (lower edge for BANDPASS/BANDSTOP), f2 the upper edge of
+    band filters; HIGHPASS and BANDSTOP need an odd number of taps.  normalise
+    scales to unit gain at 0 Hz, fs/2 or the band centre.  dtype float32 or
+    float64.
+    """
+    prefix = TYPE_CODES[np.dtype(dtype)][1]
+    if prefix not in _FIR:
+        raise TypeError("FIR taps are float32 or float64")
+    out = HostArray.empty(dtype)
+    ws = HostArray.empty(np.float64)
+    check(_FIR[prefix](out.handle, float(fs), float(f1), float(f2), int(taps), int(filter_type),
+                       int(window_type), float(window_parameter), int(bool(normalise)), ws.handle),
+          f"{prefix}FIRWindowedCoefH")
+    return out.to_numpy()
+
+
+class IIRFilter:
+    """A direct-form filter y = (b * x - a[1:] * y) / a[0] that keeps its
+    state between blocks.  The signal's type (float32, float64, complex64,
+    complex128) is fixed by dtype; coefficients are of its real type."""
+
+    def __init__(self, b, a, dtype=np.float64):
+        self.dtype = np.dtype(dtype)
+        self.prefix = TYPE_CODES[self.dtype][1]
+        real = REAL_OF[self.dtype]
+        self._b = HostArray.from_numpy(np.ascontiguousarray(np.atleast_1d(b), dtype=real))
+        self._a = HostArray.from_numpy(np.ascontiguousarray(np.atleast_1d(a), dtype=real))
+        self._fstate = HostArray.empty(self.dtype)
+        self._rstate = HostArray.empty(self.dtype)
+        self._tail = HostArray.empty(self.dtype)
+        self._aws = HostArray.empty(real)
+        self._bws = HostArray.empty(real)
+        self._init = 0
+
+    def reset(self):
+        """The next block starts from rest."""
+        self._init = 1
+
+    @property
+    def state(self):
+        """(last len(b)-1 inputs, last len(a)-1 outputs), oldest first."""
+        return self._fstate.to_numpy(), self._rstate.to_numpy()
+
+    def __call__(self, x):
+        x = np.ascontiguousarray(np.asarray(x).ravel(), dtype=self.dtype)
+        data = HostArray.from_numpy(x)
+        check(_IIR[self.prefix](data.handle, self._a.handle, self._b.handle, self._fstate.handle,
+                                self._rstate.handle, self._init, self._tail.handle,
+                                self._aws.handle, self._bws.handle),
+              f"{_IIR_PREFIX[self.prefix]}IIRDirectFilterH")
+        self._init = 0
+        return data.to_numpy()
+
+
+def iir_filter(b, a, x):
+    """x filtered from rest by the direct-form filter of b and a."""
+    x = as_supported(x)
+    return IIRFilter(b, a, x.dtype)(x)

@@ -1,0 +1,208 @@
+// Cosine-sum windows: the coefficient table, the engine that applies a
+// periodic window in place by a phasor rotation, and the four exports.
+#include <cblas.h>
+
+#include <cmath>
+#include <limits>
+
+#include "frame/host_array.h"
+#include "windows/window_engine.h"
+#include "windows/windows.h"
+
+namespace fennel {
+
+int32_t AllCosWinCoefs(int32_t windowType, double *coefs, int32_t *K) {
+    struct Row {
+        int32_t count;
+        double a[7];
+    };
+    // Indexed by window type; type 10 has no row.
+    static constexpr Row kTable[12] = {
+        {1, {1.0}},
+        {2, {0.5, 0.5}},
+        {2, {0.54, 0.46}},
+        {3, {0.42323, 0.49755, 0.07922}},
+        {3, {0.4265907136715391, 0.4965606190885641, 0.07684866723989682}},
+        {3, {0.42, 0.5, 0.08}},
+        {5, {0.215578948, 0.41663158, 0.277263158, 0.083578947, 0.006947368}},
+        {4, {0.35875, 0.48829, 0.14128, 0.01168}},
+        {7,
+         {0.27105140069342415, 0.43329793923448606, 0.21812299954311062, 0.0659254463880309,
+          0.010811742098372268, 0.0007765848252250934, 1.3887217350903198e-05}},
+        {5, {0.323215218, 0.471492057, 0.17553428, 0.028497078, 0.001261367}},
+        {0, {}},
+        {4, {0.3635819, 0.4891775, 0.1365995, 0.0106411}},
+    };
+    if (windowType < 0 || windowType > 11 || kTable[windowType].count == 0) {
+        *K = 0;
+        return STATUS_BAD_SELECTOR;
+    }
+    const Row &row = kTable[windowType];
+    for (int32_t k = 0; k < row.count; ++k) coefs[k] = row.a[k];
+    *K = row.count;
+    return STATUS_OK;
+}
+
+template <class T>
+void CblasScale(T *x, int32_t n, typename Traits<T>::Real g) {
+    if constexpr (std::is_same_v<T, float>)
+        cblas_sscal(n, g, x, 1);
+    else if constexpr (std::is_same_v<T, double>)
+        cblas_dscal(n, g, x, 1);
+    else if constexpr (std::is_same_v<T, cfloat>)
+        cblas_csscal(n, g, x, 1);
+    else
+        cblas_zdscal(n, g, x, 1);
+}
+
+namespace {
+
+// The rotation loop over the first half of the window, each value applied to
+// two mirrored samples.  c, s: the phasors of terms 0..K-1 (entry 0 constant),
+// alpha = 2 sin^2(pi k / n), beta = sin(2 pi k / n).
+template <class T, int K>
+void RotateAndApply(T *x, int32_t n, const double *C, const double *S, const double *alpha,
+                    const double *beta) {
+    using R = typename Traits<T>::Real;
+    double c[K], s[K], al[K], be[K];
+    for (int k = 0; k < K; ++k) {
+        c[k] = C[k];
+        s[k] = S[k];
+        al[k] = k > 0 ? alpha[k] : 0.0;
+        be[k] = k > 0 ? beta[k] : 0.0;
+    }
+    const int32_t half = (n - 1) / 2;
+    for (int32_t m = 1; m <= half; ++m) {
+        double w = c[0];
+        for (int k = 1; k < K; ++k) {
+            const double cn = c[k] - (be[k] * s[k] + al[k] * c[k]);
+            const double sn = s[k] - (al[k] * s[k] - be[k] * c[k]);
+            c[k] = cn;
+            s[k] = sn;
+            w = w + cn;
+        }
+        const R wr = static_cast<R>(w);
+        MultiplyBy(x[m], wr);
+        MultiplyBy(x[n - m], wr);
+    }
+    if (n % 2 == 0) {
+        double w = c[0];
+        for (int k = 1; k < K; ++k) {
+            c[k] = c[k] - (al[k] * c[k] + be[k] * s[k]);
+            w = w + c[k];
+        }
+        MultiplyBy(x[n / 2], static_cast<R>(w));
+    }
+}
+
+// The same loop for a count known only at run time, on the workspace rows.
+template <class T>
+void RotateAndApplyRows(T *x, int32_t n, int32_t K, double *C, double *S, const double *alpha,
+                        const double *beta) {
+    using R = typename Traits<T>::Real;
+    const int32_t half = (n - 1) / 2;
+    for (int32_t m = 1; m <= half; ++m) {
+        double w = C[0];
+        for (int32_t k = 1; k < K; ++k) {
+            const double cn = C[k] - (beta[k] * S[k] + alpha[k] * C[k]);
+            const double sn = S[k] - (alpha[k] * S[k] - beta[k] * C[k]);
+            C[k] = cn;
+            S[k] = sn;
+            w = w + cn;
+        }
+        const R wr = static_cast<R>(w);
+        MultiplyBy(x[m], wr);
+        MultiplyBy(x[n - m], wr);
+    }
+    if (n % 2 == 0) {
+        double w = C[0];
+        for (int32_t k = 1; k < K; ++k) {
+            C[k] = C[k] - (alpha[k] * C[k] + beta[k] * S[k]);
+            w = w + C[k];
+        }
+        MultiplyBy(x[n / 2], static_cast<R>(w));
+    }
+}
+
+}  // namespace
+
+template <class T>
+int32_t ApplyAllCosWin(T *x, int32_t n, const double *coefs, int32_t K, int32_t normalise,
+                       typename Traits<T>::Real *firstValue, FDArrayHandle workspace) {
+    using R = typename Traits<T>::Real;
+    HostArray<double, 1> ws(workspace);
+    // The workspace is emptied on every path (a null handle is skipped).
+    EmptyAtExit<double, 1> ws_guard(ws, true);
+    auto fail = [&](int32_t status) {
+        if (firstValue != nullptr) *firstValue = std::numeric_limits<R>::quiet_NaN();
+        return status;
+    };
+    if (n < 1 || K < 1) return fail(STATUS_EMPTY_ARRAY);
+    if (K == 1) {
+        const double g = normalise == 0 ? coefs[0] : 1.0;
+        CblasScale(x, n, static_cast<R>(g));
+        if (firstValue != nullptr) *firstValue = static_cast<R>(g);
+        return STATUS_OK;
+    }
+    if (ws.is_null()) return fail(STATUS_NO_WORKSPACE);
+    if (ws.Resize(4 * K, TYPE_CODE_DOUBLE) < 0) return fail(STATUS_OUT_OF_MEMORY);
+    double *S = ws.data();
+    double *C = S + K;
+    double *alpha = C + K;
+    double *beta = alpha + K;
+
+    const double d = normalise != 0 ? coefs[0] : 1.0;
+    double sign = 1.0;
+    for (int32_t k = 0; k < K; ++k) {
+        C[k] = sign * coefs[k] / d;
+        S[k] = 0.0;
+        sign = -sign;
+    }
+    const double length = static_cast<double>(n);
+    for (int32_t k = 1; k < K; ++k) {
+        const double t = std::sin(static_cast<double>(k) * 3.141592653589793 / length);
+        alpha[k] = t * 2.0 * t;
+        beta[k] = std::sin(static_cast<double>(k) * 6.283185307179586 / length);
+    }
+    double w = C[0];
+    for (int32_t k = 1; k < K; ++k) w = w + C[k];
+    MultiplyBy(x[0], static_cast<R>(w));
+    if (firstValue != nullptr) *firstValue = static_cast<R>(w);
+
+    switch (K) {
+        case 2: RotateAndApply<T, 2>(x, n, C, S, alpha, beta); break;
+        case 3: RotateAndApply<T, 3>(x, n, C, S, alpha, beta); break;
+        case 4: RotateAndApply<T, 4>(x, n, C, S, alpha, beta); break;
+        case 5: RotateAndApply<T, 5>(x, n, C, S, alpha, beta); break;
+        case 7: RotateAndApply<T, 7>(x, n, C, S, alpha, beta); break;
+        default: RotateAndApplyRows(x, n, K, C, S, alpha, beta); break;
+    }
+    return STATUS_OK;
+}
+
+template <class T>
+int32_t AllCosWin(FDArrayHandle x, int32_t windowType, int32_t normalise, FDArrayHandle workspace) {
+    HostArray<T, 1> data(x);
+    int32_t status = STATUS_OK;
+    EmptyOnFailure<T, 1> guard(data, status, Traits<T>::kTypeCode);
+    const int32_t n = data.size();
+    if (n < 1) return status = STATUS_EMPTY_ARRAY;
+    if (n == 1) return status;
+    double coefs[7];
+    int32_t K = 0;
+    if ((status = AllCosWinCoefs(windowType, coefs, &K)) < 0) return status;
+    return status = ApplyAllCosWin(data.data(), n, coefs, K, normalise, nullptr, workspace);
+}
+
+#define FENNEL_COSWIN_INSTANCES(T)                                                               \
+    template void CblasScale<T>(T *, int32_t, Traits<T>::Real);                                  \
+    template int32_t ApplyAllCosWin<T>(T *, int32_t, const double *, int32_t, int32_t,           \
+                                       Traits<T>::Real *, FDArrayHandle);                        \
+    template int32_t AllCosWin<T>(FDArrayHandle, int32_t, int32_t, FDArrayHandle);
+FENNEL_COSWIN_INSTANCES(float)
+FENNEL_COSWIN_INSTANCES(double)
+FENNEL_COSWIN_INSTANCES(cfloat)
+FENNEL_COSWIN_INSTANCES(cdouble)
+#undef FENNEL_COSWIN_INSTANCES
+
+}  // namespace fennel

@@ -60,9 +60,7 @@ class TransientRecord {
     FDPlanHandle *plan_;
 };
 
-// A batched 1D DFT over `count` rows (lines contiguous) or columns (lines
-// interleaved, element stride count).
-template <bool kRows>
+// A batched 1D DFT over `count` lines, each contiguous in the work areas.
 PlanGeometry PassGeometry(DFTI_CONFIG_VALUE precision, const LineDft &dft, ptrdiff_t count) {
     PlanGeometry g;
     g.precision = precision;
@@ -70,12 +68,11 @@ PlanGeometry PassGeometry(DFTI_CONFIG_VALUE precision, const LineDft &dft, ptrdi
     g.lengths[0] = dft.length;
     g.inverse = !dft.forward;
     g.strides = true;
-    const MKL_LONG step = kRows ? 1 : count;
-    g.input_strides[1] = step;
-    g.output_strides[1] = step;
+    g.input_strides[1] = 1;
+    g.output_strides[1] = 1;
     g.transforms = count;
-    g.input_distance = kRows ? dft.in_len : 1;
-    g.output_distance = kRows ? dft.out_len : 1;
+    g.input_distance = dft.in_len;
+    g.output_distance = dft.out_len;
     return g;
 }
 
@@ -126,17 +123,19 @@ int32_t Trig2DCore(const T *x, int32_t R, int32_t C, T *out, int32_t L0, int32_t
         record->reserved[1] = sizes;
     }
 
+    // Room to start both work areas on 64-byte boundaries.
+    const int64_t slack = 2 * trig::kAlignBytes / static_cast<int64_t>(sizeof(W));
     const int64_t need = std::max(static_cast<int64_t>(rowLines) * rowDft.work,
-                                  static_cast<int64_t>(L1) * colDft.work);
+                                  static_cast<int64_t>(L1) * colDft.work) + slack;
     if (need > INT32_MAX) return status = STATUS_OUT_OF_MEMORY;
     if ((status = ws.Resize(static_cast<int32_t>(need))) < 0) return status;
     constexpr DFTI_CONFIG_VALUE kPrecision = Traits<T>::kPrecision;
-    if ((status = AcquirePlan(&record->first, PassGeometry<true>(kPrecision, rowDft, rowLines))) < 0)
+    if ((status = AcquirePlan(&record->first, PassGeometry(kPrecision, rowDft, rowLines))) < 0)
         return status;
-    if ((status = AcquirePlan(&record->second, PassGeometry<false>(kPrecision, colDft, L1))) < 0)
+    if ((status = AcquirePlan(&record->second, PassGeometry(kPrecision, colDft, L1))) < 0)
         return status;
 
-    T *work = reinterpret_cast<T *>(ws.data());
+    T *work = trig::Aligned(reinterpret_cast<T *>(ws.data()));
     const Pass<T, true> rows{Batch<true>{rowLines}, x, C, std::min(C, L1), L1, out, L1};
     if ((status = RunPass(kind, rows, work, record->first)) < 0) return status;
     const Pass<T, false> columns{Batch<false>{L1}, out, L1, rowLines, L0, out, L1};

@@ -59,28 +59,38 @@ inline LineDft DftFor(Kind kind, ptrdiff_t N) {
     return {DFTI_REAL, true, 0, 0, 0, 0};
 }
 
-// A batch of `count` lines.  Row batches (kRows): line j of an area whose
-// lines hold len elements starts at j * len, elements contiguous.  Column
-// batches: element e of line j sits at e * count + j, every area a matrix of
-// `count` columns.
+// A batch of `count` lines.  The work areas (DFT input and output) always
+// hold each line contiguously: line j of an area of len elements per line
+// starts at j * len.  The signal areas (source and destination) do too in a
+// row batch (kRows); in a column batch element e of line j sits at
+// e * count + j, every signal area a matrix of `count` columns, and the
+// passes visit a few columns at a time so that both kinds of area are read
+// and written along cache lines.
 template <bool kRows>
 struct Batch {
     ptrdiff_t count;
+    // Signal areas.
     ptrdiff_t At(ptrdiff_t e, ptrdiff_t j, ptrdiff_t len) const {
         if constexpr (kRows)
             return j * len + e;
         else
             return e * count + j;
     }
-    // Visits elements [e0, e1) of every line in memory order.
+    // Work areas.
+    static ptrdiff_t W(ptrdiff_t e, ptrdiff_t j, ptrdiff_t len) { return j * len + e; }
+    // Visits elements [e0, e1) of every line.
     template <class F>
     void Sweep(ptrdiff_t e0, ptrdiff_t e1, F &&f) const {
         if constexpr (kRows) {
             for (ptrdiff_t j = 0; j < count; ++j)
                 for (ptrdiff_t e = e0; e < e1; ++e) f(e, j);
         } else {
-            for (ptrdiff_t e = e0; e < e1; ++e)
-                for (ptrdiff_t j = 0; j < count; ++j) f(e, j);
+            constexpr ptrdiff_t kColumns = 8;
+            for (ptrdiff_t j0 = 0; j0 < count; j0 += kColumns) {
+                const ptrdiff_t j1 = std::min(count, j0 + kColumns);
+                for (ptrdiff_t e = e0; e < e1; ++e)
+                    for (ptrdiff_t j = j0; j < j1; ++j) f(e, j);
+            }
         }
     }
     // The twiddle recurrence: (c, s) starts at (A, 0) and after each bin is
@@ -115,6 +125,20 @@ struct Batch {
     }
 };
 
+// The DFT output area follows the `used` elements of its input area: right
+// after them for a single line (the 1D workspace layout), from the next
+// 64-byte boundary for a batch, so that batched DFTs run on aligned data.
+constexpr ptrdiff_t kAlignBytes = 64;
+template <class T>
+T *Aligned(T *p) {
+    const auto a = reinterpret_cast<uintptr_t>(p);
+    return reinterpret_cast<T *>((a + kAlignBytes - 1) & ~static_cast<uintptr_t>(kAlignBytes - 1));
+}
+template <class T>
+T *After(T *start, ptrdiff_t used, ptrdiff_t count) {
+    return count == 1 ? start + used : Aligned(start + used);
+}
+
 // One pass over a batch: m samples of each source line (zero-padded to N)
 // into N values of each destination line.  xlen and olen are the line
 // lengths of the source and destination areas (row batches); work holds the
@@ -139,25 +163,25 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     const bool even = N % 2 == 0;
     const ptrdiff_t L = even ? N : 2 * N;
     T *w = work;
-    T *spec = work + b.count * L;
+    T *spec = After(work, b.count * L, b.count);
     const T *x = p.x;
     if (even) {
         b.Sweep(0, m / 2, [&](ptrdiff_t i, ptrdiff_t j) {
-            w[b.At(i, j, L)] = x[b.At(2 * i, j, p.xlen)];
-            w[b.At(N - 1 - i, j, L)] = x[b.At(2 * i + 1, j, p.xlen)];
+            w[b.W(i, j, L)] = x[b.At(2 * i, j, p.xlen)];
+            w[b.W(N - 1 - i, j, L)] = x[b.At(2 * i + 1, j, p.xlen)];
         });
         if (m % 2 != 0)
             b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) {
-                w[b.At((m - 1) / 2, j, L)] = x[b.At(m - 1, j, p.xlen)];
+                w[b.W((m - 1) / 2, j, L)] = x[b.At(m - 1, j, p.xlen)];
             });
-        b.Sweep((m + 1) / 2, N - m / 2, [&](ptrdiff_t i, ptrdiff_t j) { w[b.At(i, j, L)] = T(0); });
+        b.Sweep((m + 1) / 2, N - m / 2, [&](ptrdiff_t i, ptrdiff_t j) { w[b.W(i, j, L)] = T(0); });
     } else {
         b.Sweep(0, m, [&](ptrdiff_t i, ptrdiff_t j) {
             const T v = x[b.At(i, j, p.xlen)];
-            w[b.At(i, j, L)] = v;
-            w[b.At(2 * N - 1 - i, j, L)] = v;
+            w[b.W(i, j, L)] = v;
+            w[b.W(2 * N - 1 - i, j, L)] = v;
         });
-        b.Sweep(m, 2 * N - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.At(i, j, L)] = T(0); });
+        b.Sweep(m, 2 * N - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.W(i, j, L)] = T(0); });
     }
     const int32_t status = ComputePlan(plan, true, w, spec);
     if (status < 0) return status;
@@ -168,7 +192,7 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     T *out = p.out;
     b.Twiddled(N, amplitude, theta, [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
         const bool direct = k <= half;
-        const T *y = spec + 2 * b.At(direct ? k : L - k, j, slen);
+        const T *y = spec + 2 * b.W(direct ? k : L - k, j, slen);
         const double re = static_cast<double>(y[0]);
         const double im = direct ? static_cast<double>(y[1]) : -static_cast<double>(y[1]);
         out[b.At(k, j, p.olen)] = static_cast<T>(re * c - im * s);
@@ -185,20 +209,20 @@ int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HAND
     const Batch<kRows> &b = p.b;
     const ptrdiff_t N = p.N, m = p.m, L = 2 * N + 2, slen = N + 2;
     T *w = work;
-    T *spec = work + b.count * L;
+    T *spec = After(work, b.count * L, b.count);
     const T *x = p.x;
     b.Sweep(0, m, [&](ptrdiff_t i, ptrdiff_t j) {
         const T v = x[b.At(i, j, p.xlen)];
-        w[b.At(i + 1, j, L)] = v;
-        w[b.At(L - 1 - i, j, L)] = -v;
+        w[b.W(i + 1, j, L)] = v;
+        w[b.W(L - 1 - i, j, L)] = -v;
     });
-    b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) { w[b.At(0, j, L)] = T(0); });
-    b.Sweep(m + 1, L - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.At(i, j, L)] = T(0); });
+    b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) { w[b.W(0, j, L)] = T(0); });
+    b.Sweep(m + 1, L - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.W(i, j, L)] = T(0); });
     const int32_t status = ComputePlan(plan, true, w, spec);
     if (status < 0) return status;
     T *out = p.out;
     b.Sweep(0, N, [&](ptrdiff_t k, ptrdiff_t j) {
-        out[b.At(k, j, p.olen)] = factor * spec[2 * b.At(k + 1, j, slen) + 1];
+        out[b.At(k, j, p.olen)] = factor * spec[2 * b.W(k + 1, j, slen) + 1];
     });
     return status;
 }
@@ -217,22 +241,22 @@ void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen) {
     const double theta = kPi / (2.0 * static_cast<double>(n));
     b.Twiddled(n, amplitude, theta, [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
         const double v = static_cast<double>(x[b.At(k, j, p.xlen)]);
-        T *e = z + 2 * b.At(k, j, zlen);
+        T *e = z + 2 * b.W(k, j, zlen);
         e[0] = static_cast<T>(v * c);
         e[1] = static_cast<T>(v * s);
     });
     if (n % 2 != 0) {
         b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) {
-            T *z0 = z + 2 * b.At(0, j, zlen);
+            T *z0 = z + 2 * b.W(0, j, zlen);
             z0[0] *= Roots<T>::kSqrt2;
             z0[1] = T(0);
-            T *zn = z + 2 * b.At(n, j, zlen);
+            T *zn = z + 2 * b.W(n, j, zlen);
             zn[0] = T(0);
             zn[1] = T(0);
         });
     } else {
         b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) {
-            T *z0 = z + 2 * b.At(0, j, zlen);
+            T *z0 = z + 2 * b.W(0, j, zlen);
             z0[0] *= Roots<T>::kInvSqrt2;
             z0[1] *= Roots<T>::kInvSqrt2;
         });
@@ -248,8 +272,8 @@ void UnpackInvDCTEven(const Pass<T, kRows> &p, const T *u, ptrdiff_t ulen, ptrdi
     const ptrdiff_t n = p.N;
     T *out = p.out;
     b.Sweep(0, n / 2, [&](ptrdiff_t i, ptrdiff_t j) {
-        out[b.At(2 * i, j, p.olen)] = u[ustep * b.At(i, j, ulen)];
-        out[b.At(2 * i + 1, j, p.olen)] = u[ustep * b.At(n - 1 - i, j, ulen)];
+        out[b.At(2 * i, j, p.olen)] = u[ustep * b.W(i, j, ulen)];
+        out[b.At(2 * i + 1, j, p.olen)] = u[ustep * b.W(n - 1 - i, j, ulen)];
     });
 }
 
@@ -260,13 +284,13 @@ int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan
     const ptrdiff_t n = p.N;
     const LineDft dft = DftFor(kInvDCT, n);
     T *z = work;
-    T *result = work + 2 * b.count * dft.in_len;
+    T *result = After(work, 2 * b.count * dft.in_len, b.count);
     PackInvDCT(p, z, dft.in_len);
     const int32_t status = ComputePlan(plan, false, z, result);
     if (status < 0) return status;
     if (n % 2 != 0) {
         T *out = p.out;
-        b.Sweep(0, n, [&](ptrdiff_t i, ptrdiff_t j) { out[b.At(i, j, p.olen)] = result[b.At(i, j, 2 * n)]; });
+        b.Sweep(0, n, [&](ptrdiff_t i, ptrdiff_t j) { out[b.At(i, j, p.olen)] = result[b.W(i, j, 2 * n)]; });
     } else {
         UnpackInvDCTEven(p, result, n, 2);
     }

@@ -64,7 +64,7 @@ void Export(benchmark::State &state, Call call) {
     FennelHostFreeArray(in);
     FennelHostFreeArray(out);
     FennelHostFreeArray(ws);
-    FennelHostSetPlacement(0);
+    FennelHostSetPlacement(-1);
 }
 
 void Z1D(benchmark::State &s) {

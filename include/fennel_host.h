@@ -35,6 +35,10 @@ FENNEL_HOST_API void DSDisposePtr(void *pointer);
 /* ---- Arrays ----------------------------------------------------------------*/
 /* A new array of the given sizes, elements zeroed.  NULL on failure. */
 FENNEL_HOST_API void **FennelHostNewArray(int32_t typeCode, int32_t numDims, const int32_t *dims);
+/* A new array of the given sizes holding a copy of the packed elements
+   (zeroed when elements is NULL). */
+FENNEL_HOST_API void **FennelHostNewArrayFrom(int32_t typeCode, int32_t numDims,
+                                              const int32_t *dims, const void *elements);
 /* Writes numDims sizes of the array to dims (zeros for a NULL handle). */
 FENNEL_HOST_API void FennelHostArrayDims(void **handle, int32_t numDims, int32_t *dims);
 /* The first element of the array. */
@@ -54,12 +58,15 @@ FENNEL_HOST_API int64_t FennelHostResizeCalls(void);
 /* Live array handles, and live DSNewPtr blocks. */
 FENNEL_HOST_API int64_t FennelHostLiveArrays(void);
 FENNEL_HOST_API int64_t FennelHostLivePtrs(void);
-/* New blocks start at this address modulo 64 (a multiple of 4, 0 to 60). */
+/* New blocks start at this address modulo 64 (a multiple of 4, 0 to 60).  A
+   negative value (the default) places each block so that its first element
+   sits on a 64-byte boundary. */
 FENNEL_HOST_API void FennelHostSetPlacement(int32_t offsetModulo64);
 /* Bytes that a resize adds and DSNewPtr hands out are filled with this byte
-   (default 0; 0xFF fills floats with NaN to catch reads of unwritten data). */
+   (0xFF fills floats with NaN to catch reads of unwritten data); a negative
+   value (the default) leaves fresh memory as allocated. */
 FENNEL_HOST_API void FennelHostSetFillByte(int32_t value);
-/* Disarms faults, zeroes the call counter, placement 0, fill byte 0. */
+/* Disarms faults, zeroes the call counter, restores placement and fill. */
 FENNEL_HOST_API void FennelHostReset(void);
 
 #ifdef __cplusplus

@@ -21,8 +21,8 @@ int64_t g_live_ptrs = 0;
 int64_t g_resize_calls = 0;
 int64_t g_fail_resize = 0;   // countdown; the call that takes it to 0 fails
 int64_t g_fail_new_ptr = 0;
-int32_t g_placement = 0;
-int g_fill = 0;
+int32_t g_placement = -1;  // negative: first element on a 64-byte boundary
+int g_fill = -1;           // negative: fresh memory is left as allocated
 
 // Element size and scalar component size of a type code; 0 when unknown.
 size_t ElementSize(int32_t code, size_t *component) {
@@ -52,12 +52,14 @@ bool Countdown(int64_t &counter) {
     return --counter == 0;
 }
 
-// A block of size bytes starting at g_placement modulo 64; mutex held.
-void *Allocate(size_t size) {
+// A block of size bytes starting at g_placement modulo 64, or placed so that
+// the byte at data_offset is 64-byte aligned; mutex held.
+void *Allocate(size_t size, size_t data_offset = 0) {
     const size_t total = (size + 64 + 63) / 64 * 64;
     void *base = std::aligned_alloc(64, total);
     if (base == nullptr) return nullptr;
-    char *start = static_cast<char *>(base) + g_placement;
+    const size_t placement = g_placement >= 0 ? static_cast<size_t>(g_placement) : (64 - data_offset % 64) % 64;
+    char *start = static_cast<char *>(base) + placement;
     g_blocks[start] = Block{base, size};
     return start;
 }
@@ -81,8 +83,9 @@ int32_t NumericArrayResize(int32_t typeCode, int32_t numDims, void ***handle,
     const size_t element = ElementSize(typeCode, nullptr);
     if (handle == nullptr || element == 0 || numDims < 1 || numDims > 8 || totalElements < 0)
         return 1;
-    const size_t bytes = Offset(typeCode, numDims) + element * static_cast<size_t>(totalElements);
-    void *block = Allocate(bytes);
+    const size_t offset = Offset(typeCode, numDims);
+    const size_t bytes = offset + element * static_cast<size_t>(totalElements);
+    void *block = Allocate(bytes, offset);
     if (block == nullptr) return 2;
     if (*handle == nullptr) {
         void **h = static_cast<void **>(std::malloc(sizeof(void *)));
@@ -90,7 +93,7 @@ int32_t NumericArrayResize(int32_t typeCode, int32_t numDims, void ***handle,
             Release(block);
             return 2;
         }
-        std::memset(block, g_fill, bytes);
+        if (g_fill >= 0) std::memset(block, g_fill, bytes);
         std::memset(block, 0, 4 * static_cast<size_t>(numDims));
         *h = block;
         *handle = h;
@@ -105,7 +108,7 @@ int32_t NumericArrayResize(int32_t typeCode, int32_t numDims, void ***handle,
     }
     if (keep > bytes) keep = bytes;
     if (keep > 0) std::memcpy(block, old, keep);
-    std::memset(static_cast<char *>(block) + keep, g_fill, bytes - keep);
+    if (g_fill >= 0) std::memset(static_cast<char *>(block) + keep, g_fill, bytes - keep);
     if (old != nullptr) Release(old);
     **handle = block;
     return 0;
@@ -116,7 +119,7 @@ void *DSNewPtr(size_t size) {
     if (Countdown(g_fail_new_ptr)) return nullptr;
     void *p = Allocate(size);
     if (p == nullptr) return nullptr;
-    std::memset(p, g_fill, size);
+    if (g_fill >= 0) std::memset(p, g_fill, size);
     ++g_live_ptrs;
     return p;
 }
@@ -129,26 +132,37 @@ void DSDisposePtr(void *pointer) {
     --g_live_ptrs;
 }
 
-void **FennelHostNewArray(int32_t typeCode, int32_t numDims, const int32_t *dims) {
+void **FennelHostNewArrayFrom(int32_t typeCode, int32_t numDims, const int32_t *dims,
+                              const void *elements) {
     const size_t element = ElementSize(typeCode, nullptr);
     if (element == 0 || numDims < 1 || numDims > 8) return nullptr;
     int64_t total = 1;
     for (int32_t i = 0; i < numDims; ++i) total *= dims[i] > 0 ? dims[i] : 0;
     const size_t offset = Offset(typeCode, numDims);
-    const size_t bytes = offset + element * static_cast<size_t>(total);
+    const size_t data_bytes = element * static_cast<size_t>(total);
     std::lock_guard<std::mutex> lock(g_mutex);
     void **h = static_cast<void **>(std::malloc(sizeof(void *)));
     if (h == nullptr) return nullptr;
-    void *block = Allocate(bytes);
+    void *block = Allocate(offset + data_bytes, offset);
     if (block == nullptr) {
         std::free(h);
         return nullptr;
     }
-    std::memset(block, 0, bytes);
+    std::memset(block, 0, offset);
     for (int32_t i = 0; i < numDims; ++i) static_cast<int32_t *>(block)[i] = dims[i];
+    char *data = static_cast<char *>(block) + offset;
+    if (elements != nullptr) {
+        if (data_bytes > 0) std::memcpy(data, elements, data_bytes);
+    } else {
+        std::memset(data, 0, data_bytes);
+    }
     *h = block;
     ++g_live_arrays;
     return h;
+}
+
+void **FennelHostNewArray(int32_t typeCode, int32_t numDims, const int32_t *dims) {
+    return FennelHostNewArrayFrom(typeCode, numDims, dims, nullptr);
 }
 
 void FennelHostArrayDims(void **handle, int32_t numDims, int32_t *dims) {
@@ -200,20 +214,20 @@ int64_t FennelHostLivePtrs(void) {
 
 void FennelHostSetPlacement(int32_t offsetModulo64) {
     std::lock_guard<std::mutex> lock(g_mutex);
-    g_placement = (offsetModulo64 & 63) & ~3;
+    g_placement = offsetModulo64 < 0 ? -1 : (offsetModulo64 & 63) & ~3;
 }
 
 void FennelHostSetFillByte(int32_t value) {
     std::lock_guard<std::mutex> lock(g_mutex);
-    g_fill = value & 0xFF;
+    g_fill = value < 0 ? -1 : value & 0xFF;
 }
 
 void FennelHostReset(void) {
     std::lock_guard<std::mutex> lock(g_mutex);
     g_fail_resize = g_fail_new_ptr = 0;
     g_resize_calls = 0;
-    g_placement = 0;
-    g_fill = 0;
+    g_placement = -1;
+    g_fill = -1;
 }
 
 }  // extern "C"

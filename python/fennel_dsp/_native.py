@@ -8,6 +8,7 @@ build/lib folder of the source tree.
 import ctypes
 import os
 import pathlib
+import threading
 
 import numpy as np
 
@@ -29,6 +30,9 @@ PlanSlot = ctypes.c_void_p          # the content of a plan handle
 
 host.FennelHostNewArray.restype = Handle
 host.FennelHostNewArray.argtypes = [ctypes.c_int32, ctypes.c_int32, ctypes.POINTER(ctypes.c_int32)]
+host.FennelHostNewArrayFrom.restype = Handle
+host.FennelHostNewArrayFrom.argtypes = [ctypes.c_int32, ctypes.c_int32, ctypes.POINTER(ctypes.c_int32),
+                                        ctypes.c_void_p]
 host.FennelHostArrayData.restype = ctypes.c_void_p
 host.FennelHostArrayData.argtypes = [Handle, ctypes.c_int32, ctypes.c_int32]
 host.FennelHostArrayDims.restype = None
@@ -94,21 +98,19 @@ def as_supported(x, real_ok=True):
 class HostArray:
     """An owned host array; freed when closed or collected."""
 
-    def __init__(self, dtype, shape):
+    def __init__(self, dtype, shape, source=None):
         self.dtype = np.dtype(dtype)
         self.code = TYPE_CODES[self.dtype][0]
         self.ndim = len(shape)
         dims = (ctypes.c_int32 * self.ndim)(*shape)
-        self.handle = host.FennelHostNewArray(self.code, self.ndim, dims)
+        self.handle = host.FennelHostNewArrayFrom(self.code, self.ndim, dims, source)
         if not self.handle:
             raise MemoryError("host array")
 
     @classmethod
     def from_numpy(cls, x):
-        a = cls(x.dtype, x.shape)
-        if x.size:
-            ctypes.memmove(a.address(), x.ctypes.data, x.nbytes)
-        return a
+        """A host array holding a copy of the C-contiguous array x."""
+        return cls(x.dtype, x.shape, x.ctypes.data if x.size else None)
 
     @classmethod
     def empty(cls, dtype, ndim=1):
@@ -123,11 +125,21 @@ class HostArray:
         return tuple(dims)
 
     def to_numpy(self):
+        """A numpy copy of the elements."""
         shape = self.shape()
         out = np.empty(shape, dtype=self.dtype)
         if out.size:
             ctypes.memmove(out.ctypes.data, self.address(), out.nbytes)
         return out
+
+    def take_numpy(self):
+        """A numpy view of the elements without a copy.  The view keeps this
+        host array alive; use it only for an output that no later call
+        resizes (a resize may move the block)."""
+        shape = self.shape()
+        if 0 in shape:
+            return np.empty(shape, dtype=self.dtype)
+        return np.asarray(_View(self, shape))
 
     def close(self):
         if self.handle:
@@ -136,6 +148,31 @@ class HostArray:
 
     def __del__(self):
         self.close()
+
+
+class _View:
+    """Exposes a host array's elements to numpy and owns the host array."""
+
+    def __init__(self, owner, shape):
+        self.owner = owner
+        self.__array_interface__ = {"shape": tuple(shape), "typestr": owner.dtype.str,
+                                    "data": (owner.address(), False), "version": 3}
+
+
+_local = threading.local()
+
+
+def workspace(dtype, ndim=1):
+    """An empty workspace array of this thread (the library leaves workspace
+    arrays empty after every call, so one per type serves all calls)."""
+    cache = getattr(_local, "workspaces", None)
+    if cache is None:
+        cache = _local.workspaces = {}
+    key = (np.dtype(dtype), ndim)
+    ws = cache.get(key)
+    if ws is None:
+        ws = cache[key] = HostArray.empty(dtype, ndim)
+    return ws
 
 
 class Plan:

@@ -4,7 +4,7 @@ import ctypes
 import numpy as np
 
 from ._native import (COMPLEX_OF, REAL_OF, TYPE_CODES, Handle, HostArray, as_supported, check,
-                      export, plan_ref)
+                      export, plan_ref, workspace)
 
 _P = ctypes.c_void_p
 _FWD = {p: export(f"{p}1DFFTH", [Handle, Handle, ctypes.c_int32, ctypes.c_int32, Handle, _P])
@@ -22,10 +22,10 @@ def fft(x, n=None, shift=False, plan=None):
     prefix = TYPE_CODES[x.dtype][1]
     src = HostArray.from_numpy(x.ravel())
     out = HostArray.empty(COMPLEX_OF[x.dtype])
-    ws = HostArray.empty(x.dtype)
+    ws = workspace(x.dtype)
     check(_FWD[prefix](src.handle, out.handle, int(n or 0), int(bool(shift)), ws.handle,
                        plan_ref(plan)), f"{prefix}1DFFTH")
-    return out.to_numpy()
+    return out.take_numpy()
 
 
 def ifft(X, shift=False, real=False, plan=None):
@@ -37,7 +37,7 @@ def ifft(X, shift=False, real=False, plan=None):
     out_type = REAL_OF[X.dtype] if real else X.dtype
     src = HostArray.from_numpy(X.ravel())
     out = HostArray.empty(out_type)
-    ws = HostArray.empty(out_type)
+    ws = workspace(out_type)
     check(_INV[prefix](src.handle, out.handle, int(bool(shift)), ws.handle, plan_ref(plan)),
           f"{prefix}1DInvFFTH")
-    return out.to_numpy()
+    return out.take_numpy()

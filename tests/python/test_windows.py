@@ -1,0 +1,426 @@
+"""Windows, windowed FIR design and the IIR filter through the binding: to the
+last bit against a scalar model of the documented arithmetic, and within
+tolerance against scipy.signal."""
+import math
+
+import numpy as np
+import pytest
+import scipy.signal as ss
+
+import fennel_dsp as fd
+from conftest import DTYPES, random_signal
+
+PI, TWO_PI = 3.141592653589793, 6.283185307179586
+COEFS = {
+    0: [1.0], 1: [0.5, 0.5], 2: [0.54, 0.46], 3: [0.42323, 0.49755, 0.07922],
+    4: [0.4265907136715391, 0.4965606190885641, 0.07684866723989682], 5: [0.42, 0.5, 0.08],
+    6: [0.215578948, 0.41663158, 0.277263158, 0.083578947, 0.006947368],
+    7: [0.35875, 0.48829, 0.14128, 0.01168],
+    8: [0.27105140069342415, 0.43329793923448606, 0.21812299954311062, 0.0659254463880309,
+        0.010811742098372268, 0.0007765848252250934, 1.3887217350903198e-05],
+    9: [0.323215218, 0.471492057, 0.17553428, 0.028497078, 0.001261367],
+    11: [0.3635819, 0.4891775, 0.1365995, 0.0106411],
+}
+SIZES = [2, 3, 4, 5, 16, 17, 100, 1001]
+
+
+def real_of(dtype):
+    return np.float32 if np.dtype(dtype) in (np.float32, np.complex64) else np.float64
+
+
+# ---- scalar model: window values in float64, products in the element precision ----
+
+def cosine_values(n, coefs, normalise):
+    """The rotation recurrence over the first half, mirrored."""
+    if len(coefs) == 1:
+        return [1.0 if normalise else coefs[0]] * n
+    d = coefs[0] if normalise else 1.0
+    c = [(-1.0 if k % 2 else 1.0) * a / d for k, a in enumerate(coefs)]
+    s = [0.0] * len(c)
+    al, be = [0.0], [0.0]
+    for k in range(1, len(c)):
+        t = math.sin(k * PI / n)
+        al.append(t * 2.0 * t)
+        be.append(math.sin(k * TWO_PI / n))
+    w = [0.0] * n
+
+    def total():
+        v = c[0]
+        for ck in c[1:]:
+            v = v + ck
+        return v
+    w[0] = total()
+    for m in range(1, (n - 1) // 2 + 1):
+        for k in range(1, len(c)):
+            c[k], s[k] = c[k] - (be[k] * s[k] + al[k] * c[k]), s[k] - (al[k] * s[k] - be[k] * c[k])
+        w[m] = w[n - m] = total()
+    if n % 2 == 0:
+        for k in range(1, len(c)):
+            c[k] = c[k] - (al[k] * c[k] + be[k] * s[k])
+        w[n // 2] = total()
+    return w
+
+
+def gauss_values(n, sigma, single):
+    if single:
+        s, n1 = np.float32(sigma), np.float32(n + 1)
+        width = float(s * s * (n1 * n1))
+    else:
+        width = sigma * sigma * (float(n + 1) * float(n + 1))
+    q = -0.5 / width
+    rho, r, v = math.exp(2.0 * q), math.exp((1.0 - n) * q), math.exp(n * q * n * 0.25)
+    w = [1.0] * n
+    w[0] = v
+    for m in range(1, (n - 1) // 2 + 1):
+        v = v * r
+        r = r * rho
+        w[m] = w[n - m] = v
+    return w
+
+
+def bessel_series(y):
+    total, term, d = 1.0, 1.0, 0.0
+    for _ in range(25):
+        d = d + 2.0
+        term = term * y / (d * d)
+        total = total + term
+        if not term > 1e-8:
+            break
+    return total
+
+
+def kaiser_values(n, beta, single):
+    b2 = float(np.float32(beta) * np.float32(beta)) if single else beta * beta
+    c = 1.0 / bessel_series(b2)
+    w = [1.0] * n
+    w[0] = c
+    r, step = 1.0, 2.0 / n
+    for m in range(1, (n - 1) // 2 + 1):
+        r = r - step
+        w[m] = w[n - m] = bessel_series((1.0 - r * r) * b2) * c
+    return w
+
+
+def triangle_values(n):
+    w, t, step = [1.0] * n, 0.0, 2.0 / n * 1.0
+    for i in range(1, (n - 1) // 2 + 1):
+        t = t + step
+        w[i] = w[n - i] = t
+    return w
+
+
+def apply(x, w):
+    """x times w, each part of a complex sample by the same real factor."""
+    x = np.array(x)
+    wr = np.asarray(w, dtype=np.float64).astype(real_of(x.dtype))
+    parts = x.view(real_of(x.dtype)).reshape(len(x), -1)
+    parts *= wr[:, None]
+    return x
+
+
+def symmetric_model(x, wtype, param):
+    n, single = len(x), real_of(x.dtype) == np.float32
+    if wtype == 0 or n < 3:
+        return np.array(x)
+    if wtype == 30:
+        y = apply(x[:-1], triangle_values(n - 1))
+        y[0] = 0
+        return np.concatenate([y, [0]]).astype(x.dtype)
+    if wtype == 60:
+        if math.isnan(param) or param == 0:
+            return np.array(x)
+        w = kaiser_values(n - 1, param, single)
+    elif wtype == 62:
+        w = gauss_values(n - 1, param if param > 0 else 0.2, single)
+    else:
+        w = cosine_values(n - 1, COEFS[wtype], False)
+    return apply(x, w + [w[0]])
+
+
+# ---- windows -------------------------------------------------------------------
+
+@pytest.mark.parametrize("dtype", DTYPES)
+@pytest.mark.parametrize("n", SIZES)
+def test_windows_are_bit_exact(dtype, n):
+    x = random_signal(n, dtype, seed=n)
+    single = real_of(dtype) == np.float32
+    for wtype, coefs in COEFS.items():
+        for normalise in (False, True):
+            got = fd.cosine_window(x, wtype, normalise)
+            assert np.array_equal(got, apply(x, cosine_values(n, coefs, normalise))), (wtype, normalise)
+    for sigma in (0.1, 0.37):
+        assert np.array_equal(fd.gaussian_window(x, sigma), apply(x, gauss_values(n, sigma, single)))
+    for beta in (0.5, 8.6):
+        assert np.array_equal(fd.kaiser_window(x, beta), apply(x, kaiser_values(n, beta, single)))
+    tri = apply(x, triangle_values(n))
+    tri[0] = 0
+    assert np.array_equal(fd.triangle_window(x), tri)
+    for wtype, param in [(t, 0.0) for t in COEFS] + [(30, 0.0), (60, 5.5), (62, 0.3), (62, -2.0)]:
+        assert np.array_equal(fd.symmetric_window(x, wtype, param), symmetric_model(x, wtype, param)), wtype
+
+
+SCIPY_NAMES = {1: "hann", 2: "hamming", 5: "blackman", 7: "blackmanharris", 11: "nuttall",
+               6: "flattop"}
+
+
+@pytest.mark.parametrize("dtype", DTYPES)
+@pytest.mark.parametrize("n", [2, 7, 64, 1000, 4097])
+def test_windows_match_scipy(dtype, n):
+    x = np.ones(n, dtype=dtype)
+    tol = 8 * np.finfo(real_of(dtype)).eps + 1e-15 * n
+    for wtype, name in SCIPY_NAMES.items():
+        extra = 1e-8 if wtype == 6 else 0  # scipy's flat top rounds a0 to 0.21557895
+        assert np.allclose(fd.cosine_window(x, wtype), ss.get_window(name, n, fftbins=True),
+                           rtol=0, atol=tol + extra), name
+        sym = ss.get_window(name, n, fftbins=False) if n >= 3 else np.ones(n)
+        assert np.allclose(fd.symmetric_window(x, wtype), sym, rtol=0, atol=tol + extra), name
+    for wtype, coefs in COEFS.items():
+        want = ss.windows.general_cosine(n, coefs, sym=False)
+        assert np.allclose(fd.cosine_window(x, wtype, True), want / coefs[0], rtol=0, atol=5 * tol)
+    sigma = 0.3
+    assert np.allclose(fd.gaussian_window(x, sigma),
+                       ss.get_window(("gaussian", sigma * (n + 1)), n, fftbins=True), rtol=0,
+                       atol=tol + 1e-16 * n * n)  # the product recurrence drifts as n^2
+    assert np.allclose(fd.kaiser_window(x, 6.0), ss.get_window(("kaiser", 6.0), n, fftbins=True),
+                       rtol=0, atol=tol + 1e-8)
+    assert np.allclose(fd.triangle_window(x), ss.get_window("bartlett", n, fftbins=True),
+                       rtol=0, atol=tol)
+    if n >= 3:
+        for wtype, spec in [(30, "bartlett"), (60, ("kaiser", 6.0)), (62, ("gaussian", sigma * n))]:
+            param = {30: 0.0, 60: 6.0, 62: sigma}[wtype]
+            assert np.allclose(fd.symmetric_window(x, wtype, param), ss.get_window(spec, n, fftbins=False),
+                               rtol=0, atol=tol + 1e-8 + 1e-16 * n * n), wtype
+
+
+@pytest.mark.parametrize("call, status", [
+    (lambda x: fd.cosine_window(x, 10), -20061),
+    (lambda x: fd.cosine_window(x, 12), -20061),
+    (lambda x: fd.symmetric_window(x, 61), -20061),
+    (lambda x: fd.cosine_window(x[:0], 1), -20003),
+    (lambda x: fd.symmetric_window(x[:0], 62), -20003),
+    (lambda x: fd.triangle_window(x[:0]), -20003),
+    (lambda x: fd.gaussian_window(x[:0]), -20003),
+])
+def test_window_refusals(call, status):
+    with pytest.raises(fd.FennelError) as err:
+        call(np.ones(8))
+    assert err.value.status == status
+
+
+# ---- windowed FIR design ------------------------------------------------------------
+
+def fir_model(m, fs, f1, f2, ftype, wtype, param, normalise, dtype):
+    if ftype in (0, 1):
+        f2 = (fs * 0.5 + f1) * 0.5
+    w1, w2 = f1 * TWO_PI / fs, f2 * TWO_PI / fs
+    span = float(m - 1)
+    a1, a2, den = span * w1 * -0.5, span * w2 * -0.5, span * -PI * 0.5
+    h = [0.0] * m
+    for i in range(m // 2):
+        s1, s2 = math.sin(a1), math.sin(a2)
+        h[i] = h[m - 1 - i] = [s1 / den, -s1 / den, (s2 - s1) / den, (s1 - s2) / den][ftype]
+        a1, a2, den = a1 + w1, a2 + w2, den + PI
+    if m % 2:
+        h[m // 2] = [2.0 * f1 / fs, 1.0 - 2.0 * f1 / fs, 2.0 * (f2 - f1) / fs,
+                     1.0 - 2.0 * (f2 - f1) / fs][ftype]
+    taps = symmetric_model(np.array(h, dtype=dtype), wtype, param)
+    if normalise:
+        if ftype == 1:
+            gain = 0.0
+            for i, v in enumerate(taps):
+                gain = gain - float(v) if i % 2 else gain + float(v)
+            gain = abs(gain)
+        elif ftype == 2:
+            delta = -PI * (f1 + f2) / fs
+            theta, c, s = (m - 1) * delta, 0.0, 0.0
+            for v in taps:
+                c, s, theta = c + math.cos(theta) * float(v), s + math.sin(theta) * float(v), theta + delta
+            big, small = max(abs(c), abs(s)), min(abs(c), abs(s))  # LAPACK's dlapy2
+            gain = big if small == 0 else big * math.sqrt(1.0 + (small / big) * (small / big))
+        else:
+            lanes = [dtype(0)] * 4
+            for i, v in enumerate(taps):
+                lanes[i % 4] = lanes[i % 4] + v
+            gain = float(lanes[0] + lanes[1] + lanes[2] + lanes[3])
+        taps = taps * dtype(1.0 / gain)
+    return taps
+
+
+FIR_CASES = [(ftype, m) for ftype in range(4) for m in (1, 2, 3, 8, 31, 64, 101)
+             if not (ftype in (1, 3) and m % 2 == 0)]
+
+
+@pytest.mark.parametrize("dtype", [np.float32, np.float64])
+@pytest.mark.parametrize("ftype, m", FIR_CASES)
+def test_fir_is_bit_exact(dtype, ftype, m):
+    for wtype, param in [(0, 0), (1, 0), (4, 0), (8, 0), (30, 0), (60, 4.5), (62, 0.25)]:
+        for normalise in (False, True):
+            got = fd.fir_windowed_coefficients(m, 48000, 3000, 9000, ftype, wtype, param, normalise, dtype)
+            want = fir_model(m, 48000, 3000, 9000, ftype, wtype, param, normalise, dtype)
+            assert got.dtype == dtype and np.array_equal(got, want), (wtype, normalise)
+
+
+@pytest.mark.parametrize("dtype", [np.float32, np.float64])
+@pytest.mark.parametrize("ftype, m", [c for c in FIR_CASES if c[1] >= 3])
+def test_fir_matches_firwin(dtype, ftype, m):
+    fs, f1, f2 = 1000.0, 110.0, 260.0
+    cutoff = [f1] if ftype < 2 else [f1, f2]
+    pass_zero = ftype in (0, 3)
+    for wtype, window in [(0, "boxcar"), (1, "hann"), (2, "hamming"), (5, "blackman"), (30, "bartlett"),
+                          (60, ("kaiser", 5.0)), (62, ("gaussian", 0.3 * m))]:
+        param = {60: 5.0, 62: 0.3}.get(wtype, 0.0)
+        for scale in (False, True):
+            want = ss.firwin(m, cutoff, window=window, pass_zero=pass_zero, scale=scale, fs=fs)
+            got = fd.fir_windowed_coefficients(m, fs, f1, f2, ftype, wtype, param, scale, dtype)
+            # Angles advance by repeated addition; the Kaiser series is cut at 1e-8.
+            tol = (64 * np.finfo(dtype).eps + 1e-16 * m * m + (2e-8 if wtype == 60 else 0)) \
+                * max(1.0, np.abs(want).max())
+            assert np.allclose(got, want, rtol=0, atol=tol), (wtype, scale)
+
+
+@pytest.mark.parametrize("args, status", [
+    ((4, 1000, 100, 0, fd.HIGHPASS), -20033),
+    ((3, 1000, 500.0001, 0, fd.LOWPASS), -20020),
+    ((3, 1000, 100, 100, fd.BANDPASS), -20023),
+    ((0, 1000, 100, 0, fd.LOWPASS), -20021),
+    ((3, 1000, 100, 0, 4), -20061),
+])
+def test_fir_refusals(args, status):
+    with pytest.raises(fd.FennelError) as err:
+        fd.fir_windowed_coefficients(*args)
+    assert err.value.status == status
+    with pytest.raises(fd.FennelError) as err:
+        fd.fir_windowed_coefficients(5, 1000, 100, window_type=10)
+    assert err.value.status == -20061
+
+
+# ---- IIR filter -----------------------------------------------------------------------
+
+def iir_model(x, b, a, fstate, rstate, R, padded):
+    """One block of one real component; returns (y, fstate, rstate)."""
+    n, nb, na = len(x), len(b), len(a)
+    if nb == 1:
+        w = [b[0] * v for v in x]
+    else:
+        q = 4 * ((nb + 3) // 4) if padded else nb
+        bp = b + [R(0)] * (q - nb)
+        w = [None] * n
+        for i in range(n - 1, -1, -1):
+            if i >= q - 1:
+                lanes = [R(0)] * 4
+                for k in range(q):
+                    lanes[k % 4] = lanes[k % 4] + bp[k] * x[i - k]
+                w[i] = lanes[0] + lanes[1] + lanes[2] + lanes[3]
+            else:
+                acc = R(0)
+                for k in range(i + 1):
+                    acc = acc + bp[k] * x[i - k]
+                for k in range(i + 1, nb):
+                    acc = acc + b[k] * fstate[nb - 1 - (k - i)]
+                w[i] = acc
+        fstate = (fstate + list(x))[-(nb - 1):]
+    if na == 0:
+        return w, fstate, rstate
+    g = R(1) / a[0]
+    if na == 1:
+        return [v * g for v in w], fstate, rstate
+    y = [None] * n
+
+    def past(i, k):
+        return y[i - k] if i - k >= 0 else rstate[na - 1 - (k - i)]
+    if not padded:
+        for i in range(n):
+            s = R(0)
+            for k in range(1, na):
+                s = s + a[k] * past(i, k)
+            y[i] = (w[i] - s) * g
+    else:
+        p = 4 * ((na + 2) // 4)
+        ap = a + [R(0)] * (p + 1 - na)
+        for i in range(min(p, n)):
+            acc = -w[i]
+            for k in range(1, i + 1):
+                acc = acc + ap[k] * y[i - k]
+            for k in range(i + 1, na):
+                acc = acc + a[k] * rstate[na - 1 - (k - i)]
+            y[i] = -acc * g
+        for i in range(p, n):
+            lanes = [R(0)] * 4
+            for k in range(1, p + 1):
+                lanes[(k - 1) % 4] = lanes[(k - 1) % 4] + ap[k] * y[i - k]
+            y[i] = (w[i] - (lanes[0] + lanes[1] + lanes[2] + lanes[3])) * g
+    return y, fstate, (rstate + y)[-(na - 1):]
+
+
+def stable_filter(order, rng):
+    """Random b and a of the given order with poles inside radius 0.9."""
+    poles = []
+    while len(poles) < order:
+        r, t = 0.9 * np.sqrt(rng.uniform()), rng.uniform(0, np.pi)
+        poles += [r * np.exp(1j * t), r * np.exp(-1j * t)] if order - len(poles) >= 2 else [r]
+    a = np.atleast_1d(np.real(np.poly(poles))) * rng.uniform(0.5, 2.0)
+    return rng.uniform(-1, 1, order + 1), a
+
+
+def split(n, rng):
+    cuts = sorted(rng.choice(np.arange(1, n), size=4, replace=False))
+    return [0] + list(cuts) + [n]
+
+
+@pytest.mark.parametrize("dtype", DTYPES)
+@pytest.mark.parametrize("nb, na", [(1, 0), (1, 1), (3, 1), (2, 2), (3, 3), (5, 5), (6, 4), (4, 9), (9, 6),
+                                    (17, 17)])
+def test_iir_is_bit_exact_blockwise(dtype, nb, na):
+    rng = np.random.default_rng(nb * 31 + na)
+    real = real_of(dtype)
+    R = np.float32 if real == np.float32 else float
+    padded = np.dtype(dtype) != np.complex128
+    b, a = stable_filter(max(nb, na) - 1, rng)
+    b, a = [R(v) for v in b[:nb].astype(real)], [R(v) for v in a[:na].astype(real)]
+    x = random_signal(120, dtype, seed=na)
+    f = fd.IIRFilter(b, a, dtype)
+    edges = split(len(x), rng)
+    got = np.concatenate([f(x[s:e]) for s, e in zip(edges, edges[1:])])
+    parts = x.view(real).reshape(len(x), -1)
+    for c in range(parts.shape[1]):
+        fs, rs, want = [R(0)] * (nb - 1), [R(0)] * max(na - 1, 0), []
+        for s, e in zip(edges, edges[1:]):
+            y, fs, rs = iir_model([R(v) for v in parts[s:e, c]], b, a, fs, rs, R, padded)
+            want += y
+        got_c = got.view(real).reshape(len(x), -1)[:, c]
+        assert np.array_equal(got_c, np.array(want, dtype=real)), c
+
+
+@pytest.mark.parametrize("dtype", DTYPES)
+@pytest.mark.parametrize("order", [0, 1, 2, 4, 7, 8, 16])
+def test_iir_matches_lfilter_with_zi(dtype, order):
+    rng = np.random.default_rng(order)
+    real = real_of(dtype)
+    b, a = stable_filter(order, rng)
+    b, a = b.astype(real), a.astype(real)
+    x = random_signal(2000, dtype, seed=order)
+    f = fd.IIRFilter(b, a, dtype)
+    edges = split(len(x), rng)
+    eps = np.finfo(real).eps
+    bn, an = b.astype(np.float64) / a[0], a.astype(np.float64) / a[0]  # scipy's zi is for a[0] = 1
+    for s, e in zip(edges, edges[1:]):
+        xs, ys = f.state
+        zi = ss.lfiltic(bn, an, ys[::-1], xs[::-1])
+        want, _ = ss.lfilter(bn, an, x[s:e].astype(np.complex128), zi=zi)
+        got = f(x[s:e])
+        scale = 1 + np.abs(want).max()
+        assert np.allclose(got, want if np.iscomplexobj(got) else want.real, rtol=0,
+                           atol=2000 * eps * scale), (s, e)
+
+
+def test_iir_refusals_and_pass_through():
+    x = np.arange(1.0, 6.0)
+    assert np.array_equal(fd.iir_filter([], [], x), x)
+    assert np.array_equal(fd.iir_filter([2.0], [4.0], x), x * 2 * 0.25)
+    with pytest.raises(fd.FennelError) as err:
+        fd.iir_filter([], [1.0, 0.5], x)
+    assert err.value.status == -20008
+    f = fd.IIRFilter([1, 1, 1], [1, -0.5])
+    f(x)
+    f.reset()
+    assert np.array_equal(f(x), fd.iir_filter([1, 1, 1], [1, -0.5], x))

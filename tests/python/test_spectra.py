@@ -87,3 +87,11 @@ def test_nan_interval_passes_and_an_explicit_plan_is_kept():
         assert np.isnan(df) and p[0] == pytest.approx(3.5**2)
         assert plan.held
     assert not plan.held
+
+
+def test_kept_arrays_follow_changing_lengths_and_types():
+    for n, dtype in [(70000, np.float64), (5, np.float64), (70000, np.complex64), (3, np.float32)]:
+        x = random_signal(n, dtype, seed=n)
+        ref = np.abs(np.fft.fft(x.astype(np.complex128))) ** 2 / n**2
+        np.testing.assert_allclose(fd.power_spectrum(x), ref, rtol=0,
+                                   atol=tolerance(n, dtype) * 4 * ref.max())

@@ -1,6 +1,7 @@
 // The 1D FFT family against a naive DFT, its edge cases, and every row of its
 // failure table with the state of output, workspace and plan afterwards.
 #include <functional>
+#include <thread>
 
 #include "support.h"
 
@@ -182,6 +183,25 @@ TYPED_TEST(FFT1DTest, ResultsDoNotDependOnBlockPlacement) {
     }
     FreeMKLDftiDescH(&fwd);
     FreeMKLDftiDescH(&inv);
+}
+
+// Calls on different plans may run at once: planning is serialised inside the
+// engine, execution is not.
+TEST_F(HostTest, ConcurrentCallsOnSeparatePlansAgreeWithSerialCalls) {
+    const std::vector<int32_t> sizes = {30, 64, 97, 128, 210, 256};
+    std::vector<std::vector<cdouble>> serial(sizes.size()), parallel(sizes.size());
+    auto run = [&](size_t i, std::vector<cdouble> &result) {
+        Array<cdouble> in(Random<cdouble>(sizes[i], static_cast<unsigned>(i))), out;
+        FDPlanHandle plan = nullptr;
+        for (int rep = 0; rep < 20; ++rep) z1DFFTH(in.h(), out.h(), 0, 1, nullptr, &plan);
+        result = out.values();
+        FreeMKLDftiDescH(&plan);
+    };
+    for (size_t i = 0; i < sizes.size(); ++i) run(i, serial[i]);
+    std::vector<std::thread> threads;
+    for (size_t i = 0; i < sizes.size(); ++i) threads.emplace_back(run, i, std::ref(parallel[i]));
+    for (auto &t : threads) t.join();
+    EXPECT_EQ(parallel, serial);
 }
 
 // One row of the failure table: how the call is provoked and the state left.

@@ -1,0 +1,116 @@
+"""Convolution, correlation and autocorrelation against numpy and scipy."""
+import numpy as np
+import pytest
+import scipy.signal as ss
+
+import fennel_dsp as fd
+from conftest import random_signal, tolerance
+
+PAIRS = [(np.float32, np.float32), (np.float64, np.float64), (np.complex64, np.complex64),
+         (np.complex128, np.complex128), (np.float32, np.complex64), (np.float64, np.complex128),
+         (np.complex64, np.float32), (np.complex128, np.float64)]
+METHODS = ["direct", "fft"]
+SIZES = [(1, 1), (2, 1), (1, 2), (7, 13), (13, 7), (24, 24), (25, 3), (97, 25), (210, 45),
+         (300, 101), (49, 300)]
+
+
+def close(got, want, x, y, n):
+    """Errors bounded by the operands' scale and the transform length."""
+    dtype = np.result_type(got.dtype, np.float32)
+    bound = tolerance(n, dtype) * 8 * max(1.0, np.abs(x).sum() * np.abs(y).max())
+    assert got.shape == want.shape
+    np.testing.assert_allclose(got, want, rtol=0, atol=bound)
+
+
+@pytest.mark.parametrize("tx,ty", PAIRS)
+@pytest.mark.parametrize("method", METHODS)
+def test_convolve_all_modes(tx, ty, method):
+    for i, (n, m) in enumerate(SIZES):
+        x, y = random_signal(n, tx, seed=i), random_signal(m, ty, seed=100 + i)
+        full = np.convolve(x.astype(np.complex128), y.astype(np.complex128))
+        got = fd.convolve(x, y, "full", method)
+        assert got.dtype == np.result_type(tx, ty)
+        close(got, full, x, y, n + m)
+        close(fd.convolve(x, y, "same", method), full[m // 2:m // 2 + n], x, y, n + m)
+        if m % 2:
+            close(fd.convolve(x, y, "same", method), ss.convolve(x, y, "same"), x, y, n + m)
+        if m <= n:
+            close(fd.convolve(x, y, "valid", method), np.convolve(x, y, "valid"), x, y, n + m)
+
+
+@pytest.mark.parametrize("tx,ty", PAIRS)
+@pytest.mark.parametrize("method", METHODS)
+def test_correlate_and_normalisations(tx, ty, method):
+    for i, (n, m) in enumerate(SIZES):
+        x, y = random_signal(n, tx, seed=i), random_signal(m, ty, seed=50 + i)
+        want = ss.correlate(y, x, "full")
+        close(fd.correlate(x, y, method=method), want, x, y, n + m)
+        lags = np.arange(n + m - 1) - (n - 1)
+        counts = np.array([min(n, m - k) - max(0, -k) for k in lags])
+        close(fd.correlate(x, y, "unbiased", method), want / counts, x, y, n + m)
+        close(fd.correlate(x, y, "biased", method), want / max(n, m), x, y, n + m)
+
+
+@pytest.mark.parametrize("dtype", [np.float32, np.float64, np.complex64, np.complex128])
+@pytest.mark.parametrize("method", METHODS)
+def test_autocorrelate(dtype, method):
+    for n in (1, 2, 11, 60, 97, 300):
+        x = random_signal(n, dtype, seed=n)
+        want = np.correlate(x, x, "full")
+        got = fd.autocorrelate(x, method=method)
+        close(got, want, x, x, 2 * n)
+        close(got[::-1], np.conj(got), x, x, 2 * n)
+        counts = n - np.abs(np.arange(2 * n - 1) - (n - 1))
+        close(fd.autocorrelate(x, "unbiased", method), want / counts, x, x, 2 * n)
+        close(fd.autocorrelate(x, "biased", method), want / n, x, x, 2 * n)
+
+
+SHAPES = [((1, 9), (1, 4)), ((5, 6), (3, 3)), ((17, 12), (4, 7)), ((3, 3), (5, 2)),
+          ((30, 8), (2, 26)), ((1, 1), (1, 1)), ((40, 33), (9, 9))]
+
+
+@pytest.mark.parametrize("dtype", [np.float32, np.float64, np.complex64, np.complex128])
+@pytest.mark.parametrize("method", METHODS)
+def test_two_dimensional(dtype, method):
+    rng = np.random.default_rng(7)
+    for sx, sy in SHAPES:
+        x = random_signal(int(np.prod(sx)), dtype, seed=rng.integers(1000)).reshape(sx)
+        y = random_signal(int(np.prod(sy)), dtype, seed=rng.integers(1000)).reshape(sy)
+        n = (sx[0] + sy[0]) * (sx[1] + sy[1])
+        full = ss.convolve2d(x, y, "full")
+        close(fd.convolve2d(x, y, "full", method), full, x, y, n)
+        r0, c0 = sy[0] // 2, sy[1] // 2
+        close(fd.convolve2d(x, y, "same", method), full[r0:r0 + sx[0], c0:c0 + sx[1]], x, y, n)
+        if sy[0] <= sx[0] and sy[1] <= sx[1]:
+            close(fd.convolve2d(x, y, "valid", method), ss.convolve2d(x, y, "valid"), x, y, n)
+        else:
+            with pytest.raises(fd.FennelError) as e:
+                fd.convolve2d(x, y, "valid", method)
+            assert e.value.status == -20008
+        close(fd.correlate2d(x, y, method), ss.correlate2d(y, x, "full"), x, y, n)
+        close(fd.autocorrelate2d(x, method), ss.correlate2d(x, x, "full"), x, x, 4 * x.size)
+    # A 1 x N matrix is the 1D convolution.
+    x, y = random_signal(50, dtype, seed=1), random_signal(9, dtype, seed=2)
+    close(fd.convolve2d(x[None, :], y[None, :], "same", method)[0], fd.convolve(x, y, "same", method), x, y, 60)
+
+
+def test_plan_is_kept_and_errors_carry_their_status():
+    x, y = random_signal(100, np.float64), random_signal(30, np.float64)
+    with fd.Plan() as plan:
+        first = fd.convolve(x, y, method="fft", plan=plan)
+        assert plan.held
+        np.testing.assert_allclose(fd.convolve(x, y, method="fft", plan=plan), first, atol=0)
+    for call, status in [(lambda: fd.convolve(y, x, "valid"), -20008),
+                         (lambda: fd.convolve(x[:0], y), -20003),
+                         (lambda: fd.autocorrelate2d(np.zeros((0, 3))), -20003)]:
+        with pytest.raises(fd.FennelError) as e:
+            call()
+        assert e.value.status == status
+
+
+def test_large_operands_agree_with_scipy_fftconvolve():
+    x, y = random_signal(4000, np.float64, 3), random_signal(1000, np.float64, 4)
+    close(fd.convolve(x, y, method="fft"), ss.fftconvolve(x, y), x, y, 5000)
+    a, k = random_signal(64 * 48, np.float32, 5).reshape(64, 48), random_signal(256, np.float32, 6).reshape(16, 16)
+    want = ss.fftconvolve(a.astype(np.float64), k)[8:8 + 64, 8:8 + 48]
+    close(fd.convolve2d(a, k, "same", "fft"), want.astype(np.float32), a, k, 80 * 64)

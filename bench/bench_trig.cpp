@@ -114,7 +114,7 @@ BENCHMARK(Fennel1D<double, true>) SIZES;
 BENCHMARK(Fftw1D<double, true>) SIZES;
 BENCHMARK(Fennel1D<float, true>) SIZES;
 BENCHMARK(Fftw1D<float, true>) SIZES;
-BENCHMARK(Fennel2D<double>)->Arg(512);
-BENCHMARK(Fftw2D)->Arg(512);
+BENCHMARK(Fennel2D<double>)->Arg(512)->Arg(1024);
+BENCHMARK(Fftw2D)->Arg(512)->Arg(1024);
 
 BENCHMARK_MAIN();

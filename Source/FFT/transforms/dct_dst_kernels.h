@@ -59,25 +59,35 @@ inline LineDft DftFor(Kind kind, ptrdiff_t N) {
     return {DFTI_REAL, true, 0, 0, 0, 0};
 }
 
-// A batch of `count` lines.  The work areas (DFT input and output) always
-// hold each line contiguously: line j of an area of len elements per line
-// starts at j * len.  The signal areas (source and destination) do too in a
-// row batch (kRows); in a column batch element e of line j sits at
-// e * count + j, every signal area a matrix of `count` columns, and the
+// A chunk of `count` lines of a batch, starting at line `first`.  The work
+// areas (DFT input and output) hold the chunk's lines contiguously, line j of
+// an area of len elements per line at j * len, with room for `lanes` lines
+// (lanes >= count: the DFT always transforms that many; spare lanes are
+// zero).  The signal areas (source, destination) hold each line contiguously
+// too in a row batch (kRows); in a column batch element e of line j sits at
+// e * stride + j, every signal area a matrix of `stride` columns, and the
 // passes visit a few columns at a time so that both kinds of area are read
 // and written along cache lines.
 template <bool kRows>
 struct Batch {
     ptrdiff_t count;
+    ptrdiff_t lanes = count;
+    ptrdiff_t first = 0;
+    ptrdiff_t stride = 0;
     // Signal areas.
     ptrdiff_t At(ptrdiff_t e, ptrdiff_t j, ptrdiff_t len) const {
         if constexpr (kRows)
-            return j * len + e;
+            return (first + j) * len + e;
         else
-            return e * count + j;
+            return e * stride + first + j;
     }
     // Work areas.
     static ptrdiff_t W(ptrdiff_t e, ptrdiff_t j, ptrdiff_t len) { return j * len + e; }
+    // Clears the spare lanes of a work area of len elements per line.
+    template <class T>
+    void ClearSpare(T *area, ptrdiff_t len) const {
+        if (lanes > count) std::fill(area + count * len, area + lanes * len, T(0));
+    }
     // Visits elements [e0, e1) of every line.
     template <class F>
     void Sweep(ptrdiff_t e0, ptrdiff_t e1, F &&f) const {
@@ -85,7 +95,7 @@ struct Batch {
             for (ptrdiff_t j = 0; j < count; ++j)
                 for (ptrdiff_t e = e0; e < e1; ++e) f(e, j);
         } else {
-            constexpr ptrdiff_t kColumns = 8;
+            constexpr ptrdiff_t kColumns = 16;
             for (ptrdiff_t j0 = 0; j0 < count; j0 += kColumns) {
                 const ptrdiff_t j1 = std::min(count, j0 + kColumns);
                 for (ptrdiff_t e = e0; e < e1; ++e)
@@ -95,32 +105,35 @@ struct Batch {
     }
     // The twiddle recurrence: (c, s) starts at (A, 0) and after each bin is
     // rotated by theta in double, never re-seeded, so bin k gets about
-    // A (cos k theta, sin k theta).  One sequence serves every line.
-    template <class F>
-    void Twiddled(ptrdiff_t bins, double amplitude, double theta, F &&f) const {
+    // A (cos k theta, sin k theta).  One sequence serves every line; bins
+    // below split go to lo, the others to hi (two loops without a branch).
+    template <class Lo, class Hi>
+    void Twiddled(ptrdiff_t bins, ptrdiff_t split, double amplitude, double theta, Lo &&lo,
+                  Hi &&hi) const {
         const double ct = std::cos(theta), st = std::sin(theta);
         double c = amplitude, s = 0.0;
+        auto rotate = [&] {
+            const double next = c * ct - s * st;
+            s = s * ct + c * st;
+            c = next;
+        };
+        split = std::min(split, bins);
         if (count == 1) {
-            for (ptrdiff_t k = 0; k < bins; ++k) {
-                f(k, 0, c, s);
-                const double next = c * ct - s * st;
-                s = s * ct + c * st;
-                c = next;
-            }
+            for (ptrdiff_t k = 0; k < split; ++k, rotate()) lo(k, 0, c, s);
+            for (ptrdiff_t k = split; k < bins; ++k, rotate()) hi(k, 0, c, s);
             return;
         }
         constexpr ptrdiff_t kBlock = 256;
         double tc[kBlock], ts[kBlock];
         for (ptrdiff_t k0 = 0; k0 < bins; k0 += kBlock) {
-            const ptrdiff_t nb = std::min(kBlock, bins - k0);
-            for (ptrdiff_t i = 0; i < nb; ++i) {
-                tc[i] = c;
-                ts[i] = s;
-                const double next = c * ct - s * st;
-                s = s * ct + c * st;
-                c = next;
+            const ptrdiff_t k1 = std::min(bins, k0 + kBlock);
+            for (ptrdiff_t k = k0; k < k1; ++k, rotate()) {
+                tc[k - k0] = c;
+                ts[k - k0] = s;
             }
-            Sweep(0, nb, [&](ptrdiff_t i, ptrdiff_t j) { f(k0 + i, j, tc[i], ts[i]); });
+            const ptrdiff_t mid = std::clamp(split, k0, k1);
+            Sweep(k0, mid, [&](ptrdiff_t k, ptrdiff_t j) { lo(k, j, tc[k - k0], ts[k - k0]); });
+            Sweep(mid, k1, [&](ptrdiff_t k, ptrdiff_t j) { hi(k, j, tc[k - k0], ts[k - k0]); });
         }
     }
 };
@@ -139,8 +152,8 @@ T *After(T *start, ptrdiff_t used, ptrdiff_t count) {
     return count == 1 ? start + used : Aligned(start + used);
 }
 
-// One pass over a batch: m samples of each source line (zero-padded to N)
-// into N values of each destination line.  xlen and olen are the line
+// One pass over a chunk of lines: m samples of each source line
+// (zero-padded to N) into N values of each destination line.  xlen and olen are the line
 // lengths of the source and destination areas (row batches); work holds the
 // DFT input area followed by the DFT output area.
 template <class T, bool kRows>
@@ -163,7 +176,8 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     const bool even = N % 2 == 0;
     const ptrdiff_t L = even ? N : 2 * N;
     T *w = work;
-    T *spec = After(work, b.count * L, b.count);
+    T *spec = After(work, b.lanes * L, b.lanes);
+    b.ClearSpare(w, L);
     const T *x = p.x;
     if (even) {
         b.Sweep(0, m / 2, [&](ptrdiff_t i, ptrdiff_t j) {
@@ -185,18 +199,24 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     }
     const int32_t status = ComputePlan(plan, true, w, spec);
     if (status < 0) return status;
-    // Bins above L/2 (even N only) are the conjugates of bins L - k.
+    // Bins above L/2 (even N only) are the conjugates of bins L - k:
+    // Re(V) c - Im(V) s with Im(V) = -Im(Y(L-k)).
     const ptrdiff_t half = L / 2, slen = L / 2 + 1;
     const double amplitude = (even ? 2.0 : 1.0) / std::sqrt(2.0 * static_cast<double>(N));
     const double theta = -kPi / (2.0 * static_cast<double>(N));
     T *out = p.out;
-    b.Twiddled(N, amplitude, theta, [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
-        const bool direct = k <= half;
-        const T *y = spec + 2 * b.W(direct ? k : L - k, j, slen);
-        const double re = static_cast<double>(y[0]);
-        const double im = direct ? static_cast<double>(y[1]) : -static_cast<double>(y[1]);
-        out[b.At(k, j, p.olen)] = static_cast<T>(re * c - im * s);
-    });
+    b.Twiddled(
+        N, half + 1, amplitude, theta,
+        [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
+            const T *y = spec + 2 * b.W(k, j, slen);
+            out[b.At(k, j, p.olen)] =
+                static_cast<T>(static_cast<double>(y[0]) * c - static_cast<double>(y[1]) * s);
+        },
+        [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
+            const T *y = spec + 2 * b.W(L - k, j, slen);
+            out[b.At(k, j, p.olen)] =
+                static_cast<T>(static_cast<double>(y[0]) * c + static_cast<double>(y[1]) * s);
+        });
     b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) { out[b.At(0, j, p.olen)] *= Roots<T>::kInvSqrt2; });
     return status;
 }
@@ -209,7 +229,8 @@ int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HAND
     const Batch<kRows> &b = p.b;
     const ptrdiff_t N = p.N, m = p.m, L = 2 * N + 2, slen = N + 2;
     T *w = work;
-    T *spec = After(work, b.count * L, b.count);
+    T *spec = After(work, b.lanes * L, b.lanes);
+    b.ClearSpare(w, L);
     const T *x = p.x;
     b.Sweep(0, m, [&](ptrdiff_t i, ptrdiff_t j) {
         const T v = x[b.At(i, j, p.xlen)];
@@ -239,12 +260,13 @@ void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen) {
     const T *x = p.x;
     const double amplitude = std::sqrt(2.0 * static_cast<double>(n));
     const double theta = kPi / (2.0 * static_cast<double>(n));
-    b.Twiddled(n, amplitude, theta, [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
+    auto rotate = [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
         const double v = static_cast<double>(x[b.At(k, j, p.xlen)]);
         T *e = z + 2 * b.W(k, j, zlen);
         e[0] = static_cast<T>(v * c);
         e[1] = static_cast<T>(v * s);
-    });
+    };
+    b.Twiddled(n, n, amplitude, theta, rotate, rotate);
     if (n % 2 != 0) {
         b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) {
             T *z0 = z + 2 * b.W(0, j, zlen);
@@ -284,7 +306,8 @@ int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan
     const ptrdiff_t n = p.N;
     const LineDft dft = DftFor(kInvDCT, n);
     T *z = work;
-    T *result = After(work, 2 * b.count * dft.in_len, b.count);
+    T *result = After(work, 2 * b.lanes * dft.in_len, b.lanes);
+    b.ClearSpare(z, 2 * dft.in_len);
     PackInvDCT(p, z, dft.in_len);
     const int32_t status = ComputePlan(plan, false, z, result);
     if (status < 0) return status;

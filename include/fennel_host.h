@@ -20,6 +20,9 @@
 extern "C" {
 #endif
 
+/* Exported so that the library recognises the process as a host. */
+FENNEL_HOST_API extern const uint32_t gFNRTVersion;
+
 /* ---- Memory services -------------------------------------------------------
  * NumericArrayResize: resizes the block of *handle to hold totalElements
  * elements of the type after the numDims int32 sizes (the data offset of the

@@ -75,6 +75,11 @@ void Release(void *start) {
 
 extern "C" {
 
+// Marks this process as a host: the library takes the main executable (here,
+// the global symbol scope) as the host module when it exports this name.
+FENNEL_HOST_API extern const uint32_t gFNRTVersion;
+const uint32_t gFNRTVersion = 0x0D000000;
+
 int32_t NumericArrayResize(int32_t typeCode, int32_t numDims, void ***handle,
                            int64_t totalElements) {
     std::lock_guard<std::mutex> lock(g_mutex);

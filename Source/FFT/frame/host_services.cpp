@@ -3,27 +3,28 @@
 // Each service has a record holding the resolved function and the module it
 // came from.  Every call first finds the host module: the value of the host's
 // thread-local slot when one was named and is set, else the module named by
-// SetFNRTModule, else the process's global symbol scope (which stands for the
-// main executable on Linux).  A record is looked up again whenever the host
-// module differs from the one it was resolved in.  A missing service ends the
-// process with the "Fatal Error" message on standard error and exit code 1.
+// SetFNRTModule, else the main executable when it exports "gFNRTVersion" or
+// "AZNewHandle", else the loaded "fnrt.dll", else "fnffrt.dll".  A record is
+// looked up again whenever the host module differs from the one it was
+// resolved in.  No host module, or a missing service, ends the process with
+// the "Fatal Error" message and exit code 1.
 #include "frame/host_services.h"
-
-#include <dlfcn.h>
-#include <pthread.h>
 
 #include <atomic>
 #include <cstdio>
-#include <cstdlib>
+
+#include "frame/platform.h"
 
 namespace fennel {
 namespace {
 
 constexpr uint32_t kNoSlot = 0xFFFFFFFFu;
+constexpr uint32_t kFatalStyle = 0x2010;  // stop icon, task-modal
 
 std::atomic<void *> g_module_override{nullptr};
 std::atomic<uint32_t> g_tls_index{kNoSlot};
 
+// Records are written without a lock: threads that race store the same values.
 struct ServiceRecord {
     std::atomic<void *> function{nullptr};
     std::atomic<void *> module{nullptr};
@@ -34,35 +35,45 @@ ServiceRecord g_resize{{nullptr}, {nullptr}, "NumericArrayResize"};
 ServiceRecord g_new_ptr{{nullptr}, {nullptr}, "DSNewPtr"};
 ServiceRecord g_dispose_ptr{{nullptr}, {nullptr}, "DSDisposePtr"};
 
-[[noreturn]] void FatalError(const char *text) {
-    std::fprintf(stderr, "Fatal Error: %s\n", text);
-    std::fflush(stderr);
-    std::_Exit(1);
+void Fatal(const char *text) {
+    const PlatformApi &os = Platform();
+    os.message_box(text, "Fatal Error", kFatalStyle);
+    os.exit_process(1);
 }
 
 void *FindHostModule() {
+    const PlatformApi &os = Platform();
     const uint32_t slot = g_tls_index.load(std::memory_order_relaxed);
     if (slot < kNoSlot) {
-        void *value = pthread_getspecific(static_cast<pthread_key_t>(slot));
+        void *value = os.tls_get(slot);
         if (value != nullptr) return value;
     }
     void *module = g_module_override.load(std::memory_order_relaxed);
     if (module != nullptr) return module;
-    return RTLD_DEFAULT;
+    void *exe = os.main_module();
+    if (os.find_symbol(exe, "gFNRTVersion") != nullptr || os.find_symbol(exe, "AZNewHandle") != nullptr)
+        return exe;
+    module = os.find_loaded_module(L"fnrt.dll");
+    if (module == nullptr) module = os.find_loaded_module(L"fnffrt.dll");
+    return module;
 }
 
 void *Resolve(ServiceRecord &record) {
     void *module = FindHostModule();
+    if (module == nullptr) {
+        Fatal("FENNELV.LIB was not called from a Fennel process.");
+        return nullptr;
+    }
     void *function = record.function.load(std::memory_order_relaxed);
     if (function == nullptr || record.module.load(std::memory_order_relaxed) != module) {
-        function = dlsym(module, record.name);
+        function = Platform().find_symbol(module, record.name);
         record.function.store(function, std::memory_order_relaxed);
         record.module.store(module, std::memory_order_relaxed);
     }
     if (function == nullptr) {
         char text[300];
         std::snprintf(text, sizeof text, "FENNELV.LIB could not locate \"%s\".", record.name);
-        FatalError(text);
+        Fatal(text);
     }
     return function;
 }

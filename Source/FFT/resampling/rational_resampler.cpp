@@ -17,6 +17,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 #include "frame/host_array.h"
@@ -51,6 +52,12 @@ struct Clock {
     }
 };
 
+// Floor of a value well inside the int64 range, without a library call.
+inline int64_t Floor(double v) {
+    const int64_t i = static_cast<int64_t>(v);
+    return static_cast<double>(i) > v ? i - 1 : i;
+}
+
 // The fixed geometry of one call: prototype length and centre, tap spacing.
 template <class R>
 struct Prototype {
@@ -61,6 +68,13 @@ struct Prototype {
     double a;       // c / s: half span in input samples
     int64_t step;   // s when it is a whole number, else 0
     bool nearest;   // nearest tap instead of linear interpolation
+    // With a whole-number spacing, the prototype regrouped by residue modulo
+    // step (sample i at start[i % step] + i / step) so that the taps of one
+    // output are read contiguously: the samples g and, for linear taps, the
+    // differences d to the next sample (0 after the last).
+    const double *g = nullptr;
+    const double *d = nullptr;
+    const int64_t *start = nullptr;
 };
 
 // Taps of one output at fraction f: `left` of them on the samples up to the
@@ -73,71 +87,100 @@ struct Span {
     int64_t taps() const { return left + right; }
 };
 
-// Index of the prototype sample read by the last tap (nearest mode) or the
+// Index of the prototype sample read by the first tap (nearest mode) or the
 // lower one of the two it interpolates (linear mode).
+template <class R>
+int64_t FirstIndex(const Prototype<R> &P, double p0) {
+    return P.nearest ? Floor(p0 + 0.5) : Floor(p0);
+}
+
+// The same for the last tap.
 template <class R>
 int64_t LastIndex(const Prototype<R> &P, const Span &sp) {
     const int64_t last = sp.taps() - 1;
-    if (P.step != 0) {
-        const double first = P.nearest ? std::floor(sp.p0 + 0.5) : std::floor(sp.p0);
-        return static_cast<int64_t>(first) + last * P.step;
-    }
-    const double p = sp.p0 + static_cast<double>(last) * P.s;
-    return static_cast<int64_t>(P.nearest ? std::floor(p + 0.5) : std::floor(p));
+    if (P.step != 0) return FirstIndex(P, sp.p0) + last * P.step;
+    return FirstIndex(P, sp.p0 + static_cast<double>(last) * P.s);
 }
 
 template <class R>
 Span Geometry(const Prototype<R> &P, double f) {
     Span sp;
-    double q = std::floor(P.a - f);
-    double p0 = (P.c - P.s * f) - q * P.s;
+    int64_t q = Floor(P.a - f);
+    double p0 = (P.c - P.s * f) - static_cast<double>(q) * P.s;
     // Keep 0 <= p0 < s against rounding, so every tap lies in the prototype.
     if (p0 < 0.0) {
-        q -= 1.0;
+        q -= 1;
         p0 += P.s;
     } else if (p0 >= P.s) {
-        q += 1.0;
+        q += 1;
         p0 -= P.s;
     }
     if (p0 < 0.0) p0 = 0.0;
-    sp.left = static_cast<int64_t>(q) + 1;
-    sp.right = static_cast<int64_t>(std::floor(P.a + f));
+    sp.left = q + 1;
+    sp.right = Floor(P.a + f);
     sp.p0 = p0;
     while (sp.taps() > 0 && LastIndex(P, sp) > P.M - 1) --sp.right;
     return sp;
 }
 
+// Fills the regrouped prototype (g, d and the residue starts) of a
+// whole-number spacing.
+template <class R>
+void Regroup(const Prototype<R> &P, double *g, double *d, int64_t *start) {
+    int64_t at = 0;
+    for (int64_t r = 0; r < P.step && r < P.M; ++r) {
+        start[r] = at;
+        for (int64_t i = r; i < P.M; i += P.step, ++at) {
+            g[at] = static_cast<double>(P.h[i]);
+            d[at] = i < P.M - 1 ? static_cast<double>(P.h[i + 1]) - g[at] : 0.0;
+        }
+    }
+}
+
+// count taps g[j] + d[j] * phi, formed in double and stored in the tap type.
+template <class R>
+__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void
+LinearTaps(const double *g, const double *d, double phi, int64_t count, R *taps) {
+    for (int64_t j = 0; j < count; ++j) taps[j] = static_cast<R>(g[j] + d[j] * phi);
+}
+
 // Tap values: linear interpolation between prototype samples (formed in
-// double, stored in the tap type) or the nearest prototype sample.
+// double, stored in the tap type) or the nearest prototype sample.  The
+// regrouped and the direct reading give the same values.
 template <class R>
 void MakeTaps(const Prototype<R> &P, const Span &sp, R *taps) {
     const int64_t T = sp.taps();
     const R *h = P.h;
     const int64_t top = P.M - 1;
-    if (P.nearest) {
-        if (P.step != 0) {
-            const int64_t n0 = static_cast<int64_t>(std::floor(sp.p0 + 0.5));
-            for (int64_t j = 0; j < T; ++j) taps[j] = h[n0 + j * P.step];
+    if (P.step != 0) {
+        const int64_t i0 = FirstIndex(P, sp.p0);
+        if (P.g != nullptr) {
+            const int64_t at = P.start[i0 % P.step] + i0 / P.step;
+            if (P.nearest) {
+                for (int64_t j = 0; j < T; ++j) taps[j] = static_cast<R>(P.g[at + j]);
+            } else {
+                LinearTaps(P.g + at, P.d + at, sp.p0 - static_cast<double>(i0), T, taps);
+            }
+        } else if (P.nearest) {
+            for (int64_t j = 0; j < T; ++j) taps[j] = h[i0 + j * P.step];
         } else {
-            for (int64_t j = 0; j < T; ++j)
-                taps[j] = h[static_cast<int64_t>(sp.p0 + static_cast<double>(j) * P.s + 0.5)];
+            // Whole-number spacing: every tap shares the fraction of p0.
+            const double phi = sp.p0 - static_cast<double>(i0);
+            for (int64_t j = 0; j < T; ++j) {
+                const int64_t i = i0 + j * P.step;
+                const double g = static_cast<double>(h[i]);
+                const double d = i < top ? static_cast<double>(h[i + 1]) - g : 0.0;
+                taps[j] = static_cast<R>(g + d * phi);
+            }
         }
         return;
     }
-    if (P.step != 0) {
-        // Whole-number spacing: every tap shares the fraction of p0.
-        const int64_t i0 = static_cast<int64_t>(sp.p0);
-        const double phi = sp.p0 - static_cast<double>(i0);
-        for (int64_t j = 0; j < T; ++j) {
-            const int64_t i = i0 + j * P.step;
-            const double g = static_cast<double>(h[i]);
-            const double d = i < top ? static_cast<double>(h[i + 1]) - g : 0.0;
-            taps[j] = static_cast<R>(g + d * phi);
-        }
-    } else {
-        for (int64_t j = 0; j < T; ++j) {
-            const double p = sp.p0 + static_cast<double>(j) * P.s;
-            const int64_t i = static_cast<int64_t>(p);
+    for (int64_t j = 0; j < T; ++j) {
+        const double p = sp.p0 + static_cast<double>(j) * P.s;
+        if (P.nearest) {
+            taps[j] = h[FirstIndex(P, p)];
+        } else {
+            const int64_t i = Floor(p);
             const double g = static_cast<double>(h[i]);
             const double d = i < top ? static_cast<double>(h[i + 1]) - g : 0.0;
             taps[j] = static_cast<R>(g + d * (p - static_cast<double>(i)));
@@ -308,30 +351,27 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
     P.c = (static_cast<double>(M) - 1.0) / 2.0;
     P.s = antiAlias != 0 && ratio > 1.0 ? interpolation / ratio : static_cast<double>(interpolation);
     P.a = P.c / P.s;
-    P.step = P.s == std::floor(P.s) ? static_cast<int64_t>(P.s) : 0;
+    P.step = P.s == static_cast<double>(Floor(P.s)) ? Floor(P.s) : 0;
     P.nearest = state->tapMode == 1;
 
     Clock start;
-    start.pos = static_cast<int64_t>(std::floor(t0));
+    start.pos = Floor(t0);
     start.f = t0 - static_cast<double>(start.pos);
-    start.whole = static_cast<int64_t>(std::floor(ratio));
+    start.whole = Floor(ratio);
     start.part = ratio - static_cast<double>(start.whole);
 
-    // Output count: every output whose last tap falls inside the samples
-    // held now.  The closed form bounds the walk and the output size.
+    // Output count: every output whose span ends inside the samples held
+    // now, pos + floor(a + f) <= L - 1.  That end grows with the output time,
+    // so the outputs produced are always a prefix of those still due; the
+    // taps actually read never reach past it.  The closed form bounds the
+    // walk and the output size.
     const int64_t L = held + n;
     const double estimate = std::ceil((static_cast<double>(L) - P.a - t0) / ratio);
     if (!(estimate + 2.0 < static_cast<double>(kInt32Max) / channels)) return status = STATUS_OUT_OF_MEMORY;
     const int64_t cap = estimate > 0.0 ? static_cast<int64_t>(estimate) + 2 : 2;
     int64_t K = 0;
-    bool crosses = false;  // some output reaches back before the block
     Clock clock = start;
-    for (; K < cap; ++K, clock.Step()) {
-        const Span sp = Geometry(P, clock.f);
-        if (clock.pos + sp.right > L - 1) break;
-        if (sp.taps() > H) return status = STATUS_TOO_MANY_TAPS;
-        if (clock.pos - sp.left + 1 < held) crosses = true;
-    }
+    for (; K < cap && clock.pos + Floor(P.a + clock.f) <= L - 1; ++K) clock.Step();
     // The history keeps the samples from one before the next output's first
     // tap onwards (at most H).
     const Span next = Geometry(P, clock.f);
@@ -346,12 +386,28 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
         *firstOutputTime = static_cast<float>(
             (state->samplesSeen + static_cast<double>(start.pos - held)) + start.f);
 
-    Scratch<T> run(crosses ? static_cast<size_t>(H) : 0);
-    if (crosses && !run.ok()) return status = STATUS_OUT_OF_MEMORY;
+    // Working taps on a 64-byte boundary (historyB receives the last ones),
+    // and a run to gather the spans that reach back before the block.
+    const size_t tap_bytes = (sizeof(R) * static_cast<size_t>(H) + 63) / 64 * 64;
+    Scratch<char> work(K > 0 ? tap_bytes + sizeof(T) * static_cast<size_t>(H) + 64 : 0);
+    if (K > 0 && !work.ok()) return status = STATUS_OUT_OF_MEMORY;
+    char *aligned = work.get() + (64 - reinterpret_cast<uintptr_t>(work.get()) % 64) % 64;
+    R *taps = reinterpret_cast<R *>(aligned);
+    T *run = reinterpret_cast<T *>(aligned + tap_bytes);
+    // Regroup the prototype when the outputs read more taps than it has.
+    const bool regroup = P.step != 0 && K * H > 2 * M;
+    Scratch<double> table(regroup ? static_cast<size_t>(2 * M) : 0);
+    Scratch<int64_t> starts(regroup ? static_cast<size_t>(P.step < M ? P.step : M) : 0);
+    if (regroup) {
+        if (!table.ok() || !starts.ok()) return status = STATUS_OUT_OF_MEMORY;
+        Regroup(P, table.get(), table.get() + M, starts.get());
+        P.g = table.get();
+        P.d = table.get() + M;
+        P.start = starts.get();
+    }
     const T *block = in.data();
     T *hist = histA.data();
     T *y = out.data();
-    R *taps = histB.data();
 
     clock = start;
     Span sp{};
@@ -360,6 +416,7 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
     for (int64_t k = 0; k < K; ++k, clock.Step()) {
         if (!fresh || clock.f != taps_f) {
             sp = Geometry(P, clock.f);
+            if (sp.taps() > H) return status = STATUS_TOO_MANY_TAPS;
             MakeTaps(P, sp, taps);
             taps_f = clock.f;
             fresh = true;
@@ -374,7 +431,7 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
             } else {
                 // Gather history (zeros before the stream) and block samples.
                 const T *past = hist + static_cast<int64_t>(ch) * H;
-                T *r = run.get();
+                T *r = run;
                 for (int64_t j = 0; j < count; ++j) {
                     const int64_t i = first + j;
                     r[j] = i < 0 ? T(0) : i < held ? past[i] : row[i - held];
@@ -384,7 +441,10 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
             y[static_cast<int64_t>(ch) * K + k] = Dot(taps, src, count);
         }
     }
-    if (K > 0) Scale(y, K * channels, P.s);
+    if (K > 0) {
+        Scale(y, K * channels, P.s);
+        std::memcpy(histB.data(), taps, sizeof(R) * static_cast<size_t>(sp.taps()));
+    }
 
     // Keep samples keep_from ... L - 1 of history + block for the next call.
     const int64_t kept = L - keep_from;

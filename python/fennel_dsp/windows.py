@@ -8,7 +8,7 @@ import ctypes
 
 import numpy as np
 
-from ._native import REAL_OF, TYPE_CODES, Handle, HostArray, as_supported, check, export
+from ._native import REAL_OF, TYPE_CODES, Handle, HostArray, as_supported, check, export, workspace
 
 __all__ = [
     "WINDOW_NONE", "WINDOW_HANN", "WINDOW_HAMMING", "WINDOW_BLACKMAN_HARRIS_3",
@@ -57,13 +57,13 @@ def _in_place(function, name, x, *args):
     prefix = TYPE_CODES[x.dtype][1]
     data = HostArray.from_numpy(x.ravel())
     check(function[prefix](data.handle, *args), f"{prefix}{name}")
-    return data.to_numpy().reshape(x.shape)
+    return data.take_numpy().reshape(x.shape)
 
 
 def cosine_window(x, window_type=WINDOW_HANN, normalise=False):
     """x times the periodic cosine-sum window of the type (0..9, 11); with
     normalise the window's mean is 1."""
-    ws = HostArray.empty(np.float64)
+    ws = workspace(np.float64)
     return _in_place(_ALLCOS, "AllCosWinH", x, int(window_type), int(bool(normalise)), ws.handle)
 
 
@@ -80,7 +80,7 @@ def kaiser_window(x, beta):
 def symmetric_window(x, window_type=WINDOW_HANN, parameter=0.0):
     """x times the symmetric window (period N-1) of any window type;
     parameter is beta for WINDOW_KAISER, sigma for WINDOW_GAUSSIAN."""
-    ws = HostArray.empty(np.float64)
+    ws = workspace(np.float64)
     return _in_place(_SYMM, "SymmWinH", x, int(window_type), float(parameter), ws.handle)
 
 
@@ -102,11 +102,11 @@ def fir_windowed_coefficients(taps, fs, f1, f2=0.0, filter_type=LOWPASS, window_
     if prefix not in _FIR:
         raise TypeError("FIR taps are float32 or float64")
     out = HostArray.empty(dtype)
-    ws = HostArray.empty(np.float64)
+    ws = workspace(np.float64)
     check(_FIR[prefix](out.handle, float(fs), float(f1), float(f2), int(taps), int(filter_type),
                        int(window_type), float(window_parameter), int(bool(normalise)), ws.handle),
           f"{prefix}FIRWindowedCoefH")
-    return out.to_numpy()
+    return out.take_numpy()
 
 
 class IIRFilter:
@@ -144,7 +144,7 @@ class IIRFilter:
                                 self._aws.handle, self._bws.handle),
               f"{_IIR_PREFIX[self.prefix]}IIRDirectFilterH")
         self._init = 0
-        return data.to_numpy()
+        return data.take_numpy()
 
 
 def iir_filter(b, a, x):

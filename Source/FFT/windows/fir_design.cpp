@@ -82,10 +82,15 @@ double ReferenceGain(const T *h, int32_t m, int32_t type, double fs, double f1, 
         return dlapy2_(&c, &s);
     }
     // Lowpass and bandstop: the sum of the taps in their own precision, in
-    // four interleaved partial sums (tap i in lane i mod 4).
-    T lane[4] = {T(0), T(0), T(0), T(0)};
-    for (int32_t i = 0; i < m; ++i) lane[i % 4] = lane[i % 4] + h[i];
-    return static_cast<double>(lane[0] + lane[1] + lane[2] + lane[3]);
+    // four interleaved partial sums (tap i in lane i mod 4, each lane starting
+    // from its first tap), added lane 0 to lane 3.
+    T lane[4] = {};
+    const int32_t lanes = m < 4 ? m : 4;
+    for (int32_t i = 0; i < lanes; ++i) lane[i] = h[i];
+    for (int32_t i = 4; i < m; ++i) lane[i % 4] = lane[i % 4] + h[i];
+    T sum = lane[0];
+    for (int32_t i = 1; i < lanes; ++i) sum = sum + lane[i];
+    return static_cast<double>(sum);
 }
 
 }  // namespace

@@ -33,11 +33,130 @@ int32_t PadCoefficients(HostArray<R, 1> &ws, EmptyAtExit<R, 1> &guard, const R *
     return STATUS_OK;
 }
 
-// Forward stage: x[i] <- sum over k of b[k] x[i-k], outputs from the last to
-// the first so that each output overwrites an input no longer needed.
+// The dot product of count coefficients with count samples taken in memory
+// order (oldest sample first): sample m is v[m * stride] and its coefficient
+// c[-m].  Four interleaved partial sums (product m in lane m mod 4), each
+// starting from its first product, are added lane 0 to lane 3.
+template <class R>
+inline R LaneDot(const R *v, ptrdiff_t stride, const R *c, int32_t count) {
+    R lane[4] = {};
+    const int32_t first = count < 4 ? count : 4;
+    for (int32_t m = 0; m < first; ++m) lane[m] = v[m * stride] * c[-m];
+    for (int32_t m = 4; m < count; ++m) lane[m % 4] = lane[m % 4] + v[m * stride] * c[-m];
+    R s = lane[0];
+    for (int32_t m = 1; m < first; ++m) s = s + lane[m];
+    return s;
+}
+
+// FIR outputs count-1 down to 0 in place (P components per element): outputs
+// i >= Q-1 by the lane dot product over the Q padded taps, the first outputs
+// by the taps k <= i over the block and k > i over the forward state (x[-j] is
+// state element nb-1-j), summed in the order of k.
+template <int P, class R>
+void ForwardOutputs(R *xr, int32_t count, const R *bp, int32_t Q, const R *b, int32_t nb,
+                    const R *sr) {
+    int32_t i = count - 1;
+    for (; i >= Q - 1; --i)
+        for (int c = 0; c < P; ++c) xr[i * P + c] = LaneDot(xr + (i - Q + 1) * P + c, P, bp + Q - 1, Q);
+    for (; i >= 0; --i)
+        for (int c = 0; c < P; ++c) {
+            R acc = bp[0] * xr[i * P + c];
+            for (int32_t k = 1; k <= i; ++k) acc = acc + bp[k] * xr[(i - k) * P + c];
+            for (int32_t k = i + 1; k < nb; ++k) acc = acc + b[k] * sr[(nb - 1 - (k - i)) * P + c];
+            xr[i * P + c] = acc;
+        }
+}
+
+// Feedback outputs 0 .. count-1 over the padded reverse coefficients (order
+// Pn, a multiple of four): the first Pn outputs start from -w and add the
+// taps over the block, then over the reverse state (y[-j] is state element
+// na-1-j); the others take the lane dot product.
+template <int P, class R>
+void FeedbackOutputs(R *yr, int32_t count, const R *ap, int32_t Pn, const R *a, int32_t na,
+                     const R *sr, R g) {
+    const int32_t first = count < Pn ? count : Pn;
+    for (int32_t i = 0; i < first; ++i)
+        for (int c = 0; c < P; ++c) {
+            R acc = -yr[i * P + c];
+            for (int32_t k = 1; k <= i; ++k) acc = acc + ap[k] * yr[(i - k) * P + c];
+            for (int32_t k = i + 1; k < na; ++k) acc = acc + a[k] * sr[(na - 1 - (k - i)) * P + c];
+            yr[i * P + c] = -acc * g;
+        }
+    for (int32_t i = Pn; i < count; ++i)
+        for (int c = 0; c < P; ++c)
+            yr[i * P + c] = (yr[i * P + c] - LaneDot(yr + (i - Pn) * P + c, P, ap + Pn, Pn)) * g;
+}
+
+// Both stages in one forward pass for real signals of fixed padded orders,
+// from output h on (h >= Q-1 and h >= Pn; outputs before h are done): each
+// output takes exactly the operations of the two-stage form, with the recent
+// inputs and outputs held in registers.  saved holds the original inputs
+// x[h-Q+1 .. h-1].
+template <class R, int Q, int Pn, bool kUnit>
+void FusedOutputs(R *x, int32_t n, int32_t h, const R *bp, const R *ap, R g, const R *saved) {
+    R br[Q], ar[Pn], xh[Q], yh[Pn];
+    for (int m = 0; m < Q; ++m) br[m] = bp[Q - 1 - m];
+    for (int m = 0; m < Pn; ++m) ar[m] = ap[Pn - m];
+    for (int m = 0; m < Q - 1; ++m) xh[m] = saved[m];
+    for (int m = 0; m < Pn; ++m) yh[m] = x[h - Pn + m];
+    for (int32_t i = h; i < n; ++i) {
+        xh[Q - 1] = x[i];
+        R f[4], l[4];
+#pragma GCC unroll 32
+        for (int m = 0; m < 4; ++m) f[m] = xh[m] * br[m];
+#pragma GCC unroll 32
+        for (int m = 4; m < Q; ++m) f[m % 4] = f[m % 4] + xh[m] * br[m];
+        const R w = f[0] + f[1] + f[2] + f[3];
+#pragma GCC unroll 32
+        for (int m = 0; m < 4; ++m) l[m] = yh[m] * ar[m];
+#pragma GCC unroll 32
+        for (int m = 4; m < Pn; ++m) l[m % 4] = l[m % 4] + yh[m] * ar[m];
+        R y = w - (l[0] + l[1] + l[2] + l[3]);
+        if constexpr (!kUnit) y = y * g;
+        x[i] = y;
+#pragma GCC unroll 32
+        for (int m = 0; m < Q - 1; ++m) xh[m] = xh[m + 1];
+#pragma GCC unroll 32
+        for (int m = 0; m < Pn - 1; ++m) yh[m] = yh[m + 1];
+        yh[Pn - 1] = y;
+    }
+}
+
+template <class R>
+using FusedFn = void (*)(R *, int32_t, int32_t, const R *, const R *, R, const R *);
+
+// The fused loop for padded orders Q (4..20) and Pn (4..16), or null.
+template <class R, bool kUnit>
+FusedFn<R> FindFused(int32_t Q, int32_t Pn) {
+#define FENNEL_FUSED_ROW(q)                                                             \
+    case q:                                                                            \
+        switch (Pn) {                                                                  \
+            case 4: return FusedOutputs<R, q, 4, kUnit>;                               \
+            case 8: return FusedOutputs<R, q, 8, kUnit>;                               \
+            case 12: return FusedOutputs<R, q, 12, kUnit>;                             \
+            case 16: return FusedOutputs<R, q, 16, kUnit>;                             \
+            default: return nullptr;                                                   \
+        }
+    switch (Q) {
+        FENNEL_FUSED_ROW(4)
+        FENNEL_FUSED_ROW(8)
+        FENNEL_FUSED_ROW(12)
+        FENNEL_FUSED_ROW(16)
+        FENNEL_FUSED_ROW(20)
+        default: return nullptr;
+    }
+#undef FENNEL_FUSED_ROW
+}
+
+// Forward stage: the workspaces, the outputs, the forward-state update.  With
+// fused set (real signals, supported orders, long blocks) only the outputs
+// before *head are computed, the original inputs that the rest needs are saved
+// and the padded taps copied out before the workspaces are emptied.
 template <class T>
 int32_t ForwardStage(T *x, int32_t n, const typename Traits<T>::Real *b, int32_t nb, T *state,
-                     FDArrayHandle tailWorkspace, FDArrayHandle bWorkspace) {
+                     FDArrayHandle tailWorkspace, FDArrayHandle bWorkspace, int32_t fusedHead,
+                     typename Traits<T>::Real *savedInputs, typename Traits<T>::Real *paddedTaps,
+                     int32_t *paddedCount) {
     using R = typename Traits<T>::Real;
     constexpr int P = kParts<T>;
     if (nb == 1) {
@@ -66,33 +185,14 @@ int32_t ForwardStage(T *x, int32_t n, const typename Traits<T>::Real *b, int32_t
 
     R *xr = reinterpret_cast<R *>(x);
     const R *sr = reinterpret_cast<const R *>(state);
-    int32_t i = n - 1;
-    // Outputs that need only the block's inputs: four interleaved partial
-    // sums over the (padded) taps, tap k in lane k mod 4.
-    for (; i >= Q - 1; --i) {
-        R s[P][4] = {};
-        const R *xi = xr + static_cast<ptrdiff_t>(i) * P;
-        int32_t k = 0;
-        for (; k + 3 < Q; k += 4)
-            for (int c = 0; c < P; ++c) {
-                s[c][0] = s[c][0] + bp[k] * xi[c - k * P];
-                s[c][1] = s[c][1] + bp[k + 1] * xi[c - (k + 1) * P];
-                s[c][2] = s[c][2] + bp[k + 2] * xi[c - (k + 2) * P];
-                s[c][3] = s[c][3] + bp[k + 3] * xi[c - (k + 3) * P];
-            }
-        for (int j = 0; k < Q; ++k, ++j)
-            for (int c = 0; c < P; ++c) s[c][j] = s[c][j] + bp[k] * xi[c - k * P];
-        for (int c = 0; c < P; ++c) xr[i * P + c] = s[c][0] + s[c][1] + s[c][2] + s[c][3];
+    if (fusedHead > 0) {
+        std::memcpy(savedInputs, xr + (fusedHead - Q + 1), sizeof(R) * static_cast<size_t>(Q - 1));
+        std::memcpy(paddedTaps, bp, sizeof(R) * static_cast<size_t>(Q));
+        *paddedCount = Q;
+        ForwardOutputs<P>(xr, fusedHead, bp, Q, b, nb, sr);
+    } else {
+        ForwardOutputs<P>(xr, n, bp, Q, b, nb, sr);
     }
-    // The first outputs: taps k <= i over the block, the rest over the state
-    // (x[-j] is state element nb-1-j).
-    for (; i >= 0; --i)
-        for (int c = 0; c < P; ++c) {
-            R acc = R(0);
-            for (int32_t k = 0; k <= i; ++k) acc = acc + bp[k] * xr[(i - k) * P + c];
-            for (int32_t k = i + 1; k < nb; ++k) acc = acc + b[k] * sr[(nb - 1 - (k - i)) * P + c];
-            xr[i * P + c] = acc;
-        }
 
     // The state keeps the last nb-1 inputs, oldest first.
     const int32_t keep = nb - 1;
@@ -106,10 +206,13 @@ int32_t ForwardStage(T *x, int32_t n, const typename Traits<T>::Real *b, int32_t
 }
 
 // Feedback stage on the forward stage's result w (in x):
-// y[i] = (w[i] - sum over k >= 1 of a[k] y[i-k]) / a[0].
+// y[i] = (w[i] - sum over k >= 1 of a[k] y[i-k]) / a[0].  With fusedHead
+// set, the first outputs are computed here and the rest in one fused pass.
 template <class T>
 int32_t FeedbackStage(T *x, int32_t n, const typename Traits<T>::Real *a, int32_t na, T *state,
-                      FDArrayHandle aWorkspace) {
+                      FDArrayHandle aWorkspace, int32_t fusedHead,
+                      const typename Traits<T>::Real *savedInputs,
+                      const typename Traits<T>::Real *paddedTaps, int32_t paddedCount) {
     using R = typename Traits<T>::Real;
     constexpr int P = kParts<T>;
     const R g = R(1) / a[0];
@@ -130,7 +233,7 @@ int32_t FeedbackStage(T *x, int32_t n, const typename Traits<T>::Real *a, int32_
                 R s = R(0);
                 for (int32_t k = 1; k < na; ++k) {
                     const R y = i - k >= 0 ? yr[(i - k) * P + c] : sr[(order - (k - i)) * P + c];
-                    s = s + a[k] * y;
+                    s = k == 1 ? a[k] * y : s + a[k] * y;
                 }
                 yr[i * P + c] = (yr[i * P + c] - s) * g;
             }
@@ -142,26 +245,17 @@ int32_t FeedbackStage(T *x, int32_t n, const typename Traits<T>::Real *a, int32_
             const int32_t status = PadCoefficients(padded, padded_guard, a, na, Pn + 1, &ap);
             if (status < 0) return status;
         }
-        const int32_t first = std::min(Pn, n);
-        for (int32_t i = 0; i < first; ++i)
-            for (int c = 0; c < P; ++c) {
-                R acc = -yr[i * P + c];
-                for (int32_t k = 1; k <= i; ++k) acc = acc + ap[k] * yr[(i - k) * P + c];
-                for (int32_t k = i + 1; k < na; ++k) acc = acc + a[k] * sr[(order - (k - i)) * P + c];
-                yr[i * P + c] = -acc * g;
+        if constexpr (P == 1) {
+            if (fusedHead > 0) {
+                FeedbackOutputs<P>(yr, fusedHead, ap, Pn, a, na, sr, g);
+                const FusedFn<R> fused = g == R(1) ? FindFused<R, true>(paddedCount, Pn)
+                                                   : FindFused<R, false>(paddedCount, Pn);
+                fused(yr, n, fusedHead, paddedTaps, ap, g, savedInputs);
+            } else {
+                FeedbackOutputs<P>(yr, n, ap, Pn, a, na, sr, g);
             }
-        // Four interleaved partial sums over a[1..Pn], a[k] in lane (k-1) mod 4.
-        for (int32_t i = Pn; i < n; ++i) {
-            R s[P][4] = {};
-            R *yi = yr + static_cast<ptrdiff_t>(i) * P;
-            for (int32_t k = 1; k <= Pn; k += 4)
-                for (int c = 0; c < P; ++c) {
-                    s[c][0] = s[c][0] + ap[k] * yi[c - k * P];
-                    s[c][1] = s[c][1] + ap[k + 1] * yi[c - (k + 1) * P];
-                    s[c][2] = s[c][2] + ap[k + 2] * yi[c - (k + 2) * P];
-                    s[c][3] = s[c][3] + ap[k + 3] * yi[c - (k + 3) * P];
-                }
-            for (int c = 0; c < P; ++c) yi[c] = (yi[c] - (s[c][0] + s[c][1] + s[c][2] + s[c][3])) * g;
+        } else {
+            FeedbackOutputs<P>(yr, n, ap, Pn, a, na, sr, g);
         }
     }
 
@@ -211,10 +305,22 @@ int32_t IIRDirectFilter(FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
         if (na > 1) std::fill(rstate.data(), rstate.data() + (na - 1), T(0));
     }
 
+    // Real signals of supported orders run both stages in one pass after a
+    // head of max(Q-1, Pn) outputs.
+    int32_t head = 0;
+    if constexpr (!Traits<T>::kComplex) {
+        const int32_t Q = 4 * ((nb + 3) / 4), Pn = 4 * ((na + 2) / 4);
+        const int32_t h = std::max(Q - 1, Pn);
+        if (nb >= 2 && na >= 2 && n > h && FindFused<R, true>(Q, Pn) != nullptr) head = h;
+    }
+    R saved[20], taps[20];
+    int32_t tapCount = 0;
     T *data = signal.data();
-    status = ForwardStage(data, n, cb.data(), nb, fstate.data(), tailWorkspace, bWorkspace);
+    status = ForwardStage(data, n, cb.data(), nb, fstate.data(), tailWorkspace, bWorkspace, head,
+                          saved, taps, &tapCount);
     if (status < 0 || na < 1) return status;
-    return status = FeedbackStage(data, n, ca.data(), na, rstate.data(), aWorkspace);
+    return status = FeedbackStage(data, n, ca.data(), na, rstate.data(), aWorkspace, head, saved,
+                                  taps, tapCount);
 }
 
 template int32_t IIRDirectFilter<float>(FDArrayHandle, FDArrayHandle, FDArrayHandle, FDArrayHandle,

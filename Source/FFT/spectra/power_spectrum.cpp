@@ -37,9 +37,10 @@ int32_t PowerFromSpectrum(typename Traits<T>::Real *__restrict out, int32_t n,
             for (int32_t k = 1; k <= m; ++k) {
                 const R re = s[2 * k], im = s[2 * k + 1];
                 const R p = re * re + im * im;
-                out[k] = static_cast<R>(static_cast<double>(p) * scale);
+                const R v = static_cast<R>(static_cast<double>(p) * scale);
+                out[k] = v;
+                out[n - k] = v;
             }
-            for (int32_t k = 1; k <= m; ++k) out[n - k] = out[k];
             if (even) {
                 const double rh = s[n];
                 out[n / 2] = static_cast<R>(rh * scale * rh);

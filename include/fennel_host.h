@@ -14,7 +14,11 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#define FENNEL_HOST_API __attribute__((visibility("default")))
+#if defined(_WIN32)
+#  define FENNEL_HOST_API __declspec(dllexport)
+#else
+#  define FENNEL_HOST_API __attribute__((visibility("default")))
+#endif
 
 #ifdef __cplusplus
 extern "C" {

@@ -3,6 +3,9 @@
 #include "fennel_host.h"
 
 #include <cstdlib>
+#if defined(_WIN32)
+#include <malloc.h>
+#endif
 #include <cstring>
 #include <mutex>
 #include <unordered_map>
@@ -52,11 +55,19 @@ bool Countdown(int64_t &counter) {
     return --counter == 0;
 }
 
+#if defined(_WIN32)
+void *AlignedAlloc(size_t alignment, size_t size) { return _aligned_malloc(size, alignment); }
+void AlignedFree(void *p) { _aligned_free(p); }
+#else
+void *AlignedAlloc(size_t alignment, size_t size) { return std::aligned_alloc(alignment, size); }
+void AlignedFree(void *p) { std::free(p); }
+#endif
+
 // A block of size bytes starting at g_placement modulo 64, or placed so that
 // the byte at data_offset is 64-byte aligned; mutex held.
 void *Allocate(size_t size, size_t data_offset = 0) {
     const size_t total = (size + 64 + 63) / 64 * 64;
-    void *base = std::aligned_alloc(64, total);
+    void *base = AlignedAlloc(64, total);
     if (base == nullptr) return nullptr;
     const size_t placement = g_placement >= 0 ? static_cast<size_t>(g_placement) : (64 - data_offset % 64) % 64;
     char *start = static_cast<char *>(base) + placement;
@@ -67,7 +78,7 @@ void *Allocate(size_t size, size_t data_offset = 0) {
 void Release(void *start) {
     auto it = g_blocks.find(start);
     if (it == g_blocks.end()) return;
-    std::free(it->second.base);
+    AlignedFree(it->second.base);
     g_blocks.erase(it);
 }
 

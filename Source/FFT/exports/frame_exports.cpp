@@ -12,7 +12,7 @@ FENNEL_DSP_API int32_t FreeMKLDCTDSTiDescH(FDPlanHandle *plan) { return fennel::
 FENNEL_DSP_API void SetFNRTModuleHook(void) {}
 
 // The same function as SetFNRTModuleHook under a second export name.
-FENNEL_DSP_API void SetFNRTTLSIndexHook(void) __attribute__((alias("SetFNRTModuleHook")));
+FENNEL_DSP_API void SetFNRTTLSIndexHook(void) __attribute__((alias("SetFNRTModuleHook"), nothrow));
 
 FENNEL_DSP_API void SetFNRTModule(void *module) {
     fennel::SetHostModule(module);

@@ -19,11 +19,17 @@ namespace fennel {
 // transform can expand page p from page (P-p) mod P.
 template <class C>
 void Expand2D(const C *src, C *dst, int32_t R, int32_t Cols) {
+    using Real = typename C::value_type;
     const int32_t upper = (Cols - 1) / 2;
     for (int32_t r = 0; r < R; ++r) {
-        const C *s = src + static_cast<ptrdiff_t>(r == 0 ? 0 : R - r) * Cols;
-        C *d = dst + static_cast<ptrdiff_t>(r) * Cols;
-        for (int32_t k = 1; k <= upper; ++k) d[Cols - k] = Conj(s[k]);
+        // On the components (a complex is two reals), so that the loop
+        // vectorises: d[C - k] = conj(s[k]).
+        const Real *s = reinterpret_cast<const Real *>(src + static_cast<ptrdiff_t>(r == 0 ? 0 : R - r) * Cols);
+        Real *d = reinterpret_cast<Real *>(dst + static_cast<ptrdiff_t>(r) * Cols);
+        for (int32_t k = 1; k <= upper; ++k) {
+            d[2 * (Cols - k)] = s[2 * k];
+            d[2 * (Cols - k) + 1] = Real(-0.0) - s[2 * k + 1];
+        }
     }
 }
 

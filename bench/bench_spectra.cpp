@@ -125,15 +125,15 @@ class RatioReporter : public benchmark::ConsoleReporter {
     void Ratios() const {
         std::printf("\n%-16s %6s %11s %11s %11s %9s %9s\n", "export", "n", "library",
                     "fftw", "fftw host", "/fftw", "/host");
-        for (const auto &[name, t] : times_) {
-            if (name.rfind("BM_Library_", 0) != 0) continue;
-            const std::string rest = name.substr(11);
-            const auto a = times_.find("BM_Fftw_" + rest), h = times_.find("BM_FftwHost_" + rest);
-            if (a == times_.end() || h == times_.end()) continue;
-            const auto slash = rest.find('/');
-            std::printf("%-16s %6s %11.1f %11.1f %11.1f %9.3f %9.3f\n", rest.substr(0, slash).c_str(),
-                        rest.substr(slash + 1).c_str(), t, a->second, h->second, t / a->second,
-                        t / h->second);
+        for (const char *name : {"dPowerSpectrumH", "zPowerSpectrumH"}) {
+            for (int n : kSizes) {
+                const std::string rest = std::string(name) + "/" + std::to_string(n);
+                const auto l = times_.find("BM_Library_" + rest), a = times_.find("BM_Fftw_" + rest),
+                           h = times_.find("BM_FftwHost_" + rest);
+                if (l == times_.end() || a == times_.end() || h == times_.end()) continue;
+                std::printf("%-16s %6d %11.1f %11.1f %11.1f %9.3f %9.3f\n", name, n, l->second,
+                            a->second, h->second, l->second / a->second, l->second / h->second);
+            }
         }
     }
 

@@ -73,14 +73,15 @@ void RotateAndApply(T *x, int32_t n, const double *C, const double *S, const dou
     }
     const int32_t half = (n - 1) / 2;
     for (int32_t m = 1; m <= half; ++m) {
-        double w = c[0];
+        // The rotations are independent of each other; the sum runs in order.
         for (int k = 1; k < K; ++k) {
             const double cn = c[k] - (be[k] * s[k] + al[k] * c[k]);
             const double sn = s[k] - (al[k] * s[k] - be[k] * c[k]);
             c[k] = cn;
             s[k] = sn;
-            w = w + cn;
         }
+        double w = c[0];
+        for (int k = 1; k < K; ++k) w = w + c[k];
         const R wr = static_cast<R>(w);
         MultiplyBy(x[m], wr);
         MultiplyBy(x[n - m], wr);

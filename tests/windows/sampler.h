@@ -103,6 +103,121 @@ inline int Run(Resolve resolve, FILE *out) {
         FennelHostFreeArray(y);
         FennelHostFreeArray(w);
     }
+    // One or two exports of every other family, double precision unless
+    // noted, on small fixed inputs.
+    using Arr = void **;
+    auto sample = [&](const char *name, auto call) {
+        void *f = resolve(name);
+        if (need(f, name)) call(f);
+    };
+    auto d1 = [](int32_t n, double seed) { Arr a = Array1D(10, n); Fill(a, 10, 1, seed); return a; };
+    auto d2 = [](int32_t r, int32_t c, double seed) { Arr a = Array2D(10, r, c); Fill(a, 10, 2, seed); return a; };
+    auto done = [](std::initializer_list<Arr> arrays) { for (Arr a : arrays) FennelHostFreeArray(a); };
+    auto free_trig = Get<Free>(resolve, "FreeMKLDCTDSTiDescH");
+
+    sample("d2DFFTH", [&](void *f) {
+        Arr x = d2(5, 6, 0.3), y = Array2D(13, 0, 0), w = Array2D(10, 0, 0);
+        FDPlanHandle p = nullptr;
+        Print(out, "d2DFFTH", reinterpret_cast<int32_t (*)(Arr, Arr, int32_t, int32_t, int32_t, Arr, FDPlanHandle *)>(f)(x, y, 6, 7, 1, w, &p), y, 13, 2);
+        free_plan(&p);
+        done({x, y, w});
+    });
+    sample("d2DMultiChFFTH", [&](void *f) {
+        Arr x = d2(4, 6, 0.5), y = Array2D(13, 0, 0), w = Array2D(10, 0, 0);
+        FDPlanHandle p = nullptr;
+        Print(out, "d2DMultiChFFTH", reinterpret_cast<int32_t (*)(Arr, Arr, int32_t, int32_t, int32_t, Arr, FDPlanHandle *)>(f)(x, y, 0, 1, 1, w, &p), y, 13, 2);
+        free_plan(&p);
+        done({x, y, w});
+    });
+    sample("d1DDCTH", [&](void *f) {
+        Arr x = d1(11, 0.7), y = Array1D(10, 0), w = Array1D(10, 0);
+        FDPlanHandle p = nullptr;
+        Print(out, "d1DDCTH", reinterpret_cast<int32_t (*)(Arr, Arr, int32_t, Arr, FDPlanHandle *)>(f)(x, y, 0, w, &p), y, 10, 1);
+        free_plan(&p);
+        done({x, y, w});
+    });
+    sample("d1DDSTH", [&](void *f) {
+        Arr x = d1(10, 0.9), y = Array1D(10, 0), w = Array1D(10, 0);
+        FDPlanHandle p = nullptr;
+        Print(out, "d1DDSTH", reinterpret_cast<int32_t (*)(Arr, Arr, int32_t, Arr, FDPlanHandle *)>(f)(x, y, 0, w, &p), y, 10, 1);
+        free_plan(&p);
+        done({x, y, w});
+    });
+    sample("d2DDCTH", [&](void *f) {
+        Arr x = d2(4, 5, 0.4), y = Array2D(10, 0, 0), w = Array2D(10, 0, 0);
+        FDPlanHandle p = nullptr;
+        Print(out, "d2DDCTH", reinterpret_cast<int32_t (*)(Arr, Arr, int32_t, int32_t, Arr, FDPlanHandle *)>(f)(x, y, 0, 0, w, &p), y, 10, 2);
+        if (free_trig) free_trig(&p);
+        done({x, y, w});
+    });
+    sample("dPowerSpectrumH", [&](void *f) {
+        Arr x = d1(13, 0.6), y = Array1D(10, 0), w = Array1D(10, 0);
+        FDPlanHandle p = nullptr;
+        Print(out, "dPowerSpectrumH", reinterpret_cast<int32_t (*)(Arr, Arr, Arr, FDPlanHandle *)>(f)(x, y, w, &p), y, 10, 1);
+        free_plan(&p);
+        done({x, y, w});
+    });
+    sample("dCrossPowerSpectrumH", [&](void *f) {
+        Arr x = d1(12, 0.6), y = d1(9, 0.8), m = Array1D(10, 0), ph = Array1D(10, 0), w = Array1D(13, 0);
+        FDPlanHandle p = nullptr;
+        double df = 0;
+        const int32_t st = reinterpret_cast<int32_t (*)(Arr, Arr, double, int32_t, double *, Arr, Arr, Arr, FDPlanHandle *)>(f)(x, y, 0.5, 0, &df, m, ph, w, &p);
+        Print(out, "dCrossPowerSpectrumH", st, m, 10, 1);
+        Print(out, "dCrossPowerSpectrumH.phase", st, ph, 10, 1);
+        free_plan(&p);
+        done({x, y, m, ph, w});
+    });
+    for (int32_t algorithm : {0, 1}) {
+        sample("d1DConvolutionH", [&](void *f) {
+            Arr x = d1(20, 0.2), y = d1(7, 0.9), o = Array1D(10, 0), s1 = Array1D(10, 0), s2 = Array1D(13, 0);
+            FDPlanHandle p = nullptr;
+            Print(out, algorithm ? "d1DConvolutionH.fft" : "d1DConvolutionH.direct",
+                  reinterpret_cast<int32_t (*)(Arr, Arr, Arr, int32_t, int32_t, int32_t, Arr, Arr, FDPlanHandle *)>(f)(x, y, o, 0, algorithm, 0, s1, s2, &p), o, 10, 1);
+            free_plan(&p);
+            done({x, y, o, s1, s2});
+        });
+    }
+    sample("d2DConvolutionH", [&](void *f) {
+        Arr x = d2(6, 7, 0.2), y = d2(3, 2, 0.9), o = Array2D(10, 0, 0), s1 = Array2D(10, 0, 0), s2 = Array1D(13, 0);
+        FDPlanHandle p = nullptr;
+        Print(out, "d2DConvolutionH", reinterpret_cast<int32_t (*)(Arr, Arr, Arr, int32_t, int32_t, Arr, Arr, FDPlanHandle *)>(f)(x, y, o, 1, 1, s1, s2, &p), o, 10, 2);
+        free_plan(&p);
+        done({x, y, o, s1, s2});
+    });
+    sample("dDecimateH", [&](void *f) {
+        Arr x = d1(25, 0.3), y = Array1D(10, 0);
+        Print(out, "dDecimateH", reinterpret_cast<int32_t (*)(Arr, Arr, int32_t, int32_t)>(f)(x, y, 3, 1), y, 10, 1);
+        done({x, y});
+    });
+    sample("dUpsampleH", [&](void *f) {
+        Arr x = d1(6, 0.3), y = Array1D(10, 0);
+        Print(out, "dUpsampleH", reinterpret_cast<int32_t (*)(Arr, Arr, int32_t, int32_t)>(f)(x, y, 3, 1), y, 10, 1);
+        done({x, y});
+    });
+    sample("dAllCosWinH", [&](void *f) {
+        Arr x = d1(16, 0.1), w = Array1D(10, 0);
+        Print(out, "dAllCosWinH", reinterpret_cast<int32_t (*)(Arr, int32_t, int32_t, Arr)>(f)(x, 1, 0, w), x, 10, 1);
+        done({x, w});
+    });
+    sample("dKaiserWinH", [&](void *f) {
+        Arr x = d1(15, 0.1);
+        Print(out, "dKaiserWinH", reinterpret_cast<int32_t (*)(Arr, double)>(f)(x, 4.0), x, 10, 1);
+        done({x});
+    });
+    sample("dFIRWindowedCoefH", [&](void *f) {
+        Arr c = Array1D(10, 0), w = Array1D(10, 0);
+        Print(out, "dFIRWindowedCoefH", reinterpret_cast<int32_t (*)(Arr, double, double, double, int32_t, int32_t, int32_t, double, int32_t, Arr)>(f)(c, 1000.0, 100.0, 200.0, 21, 2, 1, 0.0, 1, w), c, 10, 1);
+        done({c, w});
+    });
+    sample("ddIIRDirectFilterH", [&](void *f) {
+        Arr x = d1(30, 0.4), a = Array1D(10, 3), b = Array1D(10, 3), fs = Array1D(10, 0), rs = Array1D(10, 0),
+            t = Array1D(10, 0), aw = Array1D(10, 0), bw = Array1D(10, 0);
+        double *av = static_cast<double *>(FennelHostArrayData(a, 10, 1)), *bv = static_cast<double *>(FennelHostArrayData(b, 10, 1));
+        av[0] = 1.0, av[1] = -0.5, av[2] = 0.25;
+        bv[0] = 0.2, bv[1] = 0.3, bv[2] = 0.1;
+        Print(out, "ddIIRDirectFilterH", reinterpret_cast<int32_t (*)(Arr, Arr, Arr, Arr, Arr, int32_t, Arr, Arr, Arr)>(f)(x, a, b, fs, rs, 1, t, aw, bw), x, 10, 1);
+        done({x, a, b, fs, rs, t, aw, bw});
+    });
     return missing;
 }
 

@@ -17,7 +17,7 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-enum { kLengths = 2, kForwardScale = 4, kBackwardScale = 5, kTransforms = 7, kCeStorage = 10,
+enum { kDimension = 1, kLengths = 2, kForwardScale = 4, kBackwardScale = 5, kTransforms = 7, kCeStorage = 10,
        kPlacement = 11, kInStrides = 12, kOutStrides = 13, kInDistance = 14, kOutDistance = 15,
        kPrecision = 3, kDomain = 0, kCommitStatus = 22 };
 enum { kComplex = 32, kReal = 33, kSingle = 35, kDouble = 36, kNotInPlace = 44 };
@@ -221,6 +221,7 @@ EXPORT MKL_LONG DftiGetValue(Desc *d, int param, ...) {
     Side si, so;
     Layout(d, true, si, so);
     switch (param) {
+        case kDimension: *static_cast<long *>(out) = d->rank; return 0;
         case kLengths: std::memcpy(out, d->n, sizeof(long) * d->rank); return 0;
         case kInStrides: std::memcpy(out, si.s, sizeof(long) * (d->rank + 1)); return 0;
         case kOutStrides: std::memcpy(out, so.s, sizeof(long) * (d->rank + 1)); return 0;

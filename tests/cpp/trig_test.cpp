@@ -262,7 +262,7 @@ TYPED_TEST(TrigTest, TwoDimensionalMatchesRowsThenColumns) {
     struct Shape { int R, C, L0, L1; };
     const Shape shapes[] = {{1, 6, 0, 0}, {1, 7, 0, 0}, {3, 4, 0, 0}, {5, 7, 0, 0}, {4, 6, 0, 0},
                             {2, 3, 5, 2}, {6, 5, 3, 8}, {4, 4, 7, 9}, {7, 1, 0, 0}, {1, 1, 0, 0},
-                            {70, 131, 0, 0}, {67, 3, 80, 0}};  // several chunks of lines
+                            {70, 12, 0, 0}, {9, 70, 0, 67}, {5, 3, 80, 0}};  // several chunks of lines
     FennelHostSetFillByte(0xFF);
     // The plan records are allocated at placement 0 (scratch blocks of a real
     // host are aligned) and kept, re-targeted, across shapes and placements.

@@ -11,13 +11,19 @@ import numpy as np
 from ._native import TYPE_CODES, Handle, HostArray, as_supported, check, export, plan_ref
 
 __all__ = ["convolve", "correlate", "autocorrelate", "convolve2d", "correlate2d",
-           "autocorrelate2d", "FFT_CROSSOVER", "FFT_CROSSOVER_2D"]
+           "autocorrelate2d", "FFT_CROSSOVER", "FFT_CROSSOVER_2D", "DIRECT_BLOCK"]
 
 # Shorter-operand length (1D) and kernel element count (2D) from which the
 # frequency-domain method is faster than the direct one on the benchmark
 # machine.
-FFT_CROSSOVER = 64
-FFT_CROSSOVER_2D = 64
+FFT_CROSSOVER = 112
+FFT_CROSSOVER_2D = 144
+
+# Block length of the direct method: a block of the longer operand and of the
+# result stay in the L1 cache while every scalar of the shorter one passes
+# over them (the library's own default, 100000, suits longer caches and
+# hands BLAS calls long enough to go multi-threaded; see bench/README.md).
+DIRECT_BLOCK = 1024
 
 _P = ctypes.c_void_p
 _I = ctypes.c_int32
@@ -69,12 +75,12 @@ def _call(f, name, *args):
     check(f(*args), name)
 
 
-def convolve(x, y, mode="full", method="auto", block_size=0, plan=None):
+def convolve(x, y, mode="full", method="auto", block_size=DIRECT_BLOCK, plan=None):
     """Linear convolution of two 1D sequences.
 
     mode: "full" (N + M - 1), "same" (N, centred on the full result) or
     "valid" (N - M + 1; needs M <= N).  block_size: block length of the direct
-    method (0: the library's default).  A real and a complex operand are
+    method (below 1: the library's default of 100000).  A real and a complex operand are
     convolved as a mixed pair without widening the real one.
     """
     x, y, prefix, out_type = _pair(np.ravel(x), np.ravel(y))
@@ -86,7 +92,7 @@ def convolve(x, y, mode="full", method="auto", block_size=0, plan=None):
     return out.to_numpy()
 
 
-def correlate(x, y, normalization="none", method="auto", block_size=0, plan=None):
+def correlate(x, y, normalization="none", method="auto", block_size=DIRECT_BLOCK, plan=None):
     """Cross-correlation over all lags: r[k] = sum_j conj(x[j]) y[j + k - (N-1)].
 
     The result has N + M - 1 elements, lag 0 at index N - 1; it equals
@@ -103,7 +109,7 @@ def correlate(x, y, normalization="none", method="auto", block_size=0, plan=None
     return out.to_numpy()
 
 
-def autocorrelate(x, normalization="none", method="auto", block_size=0, plan=None):
+def autocorrelate(x, normalization="none", method="auto", block_size=DIRECT_BLOCK, plan=None):
     """Autocorrelation over lags -(N-1) .. N-1 (2N - 1 elements, lag 0 at
     index N - 1), normalised as in correlate."""
     x = as_supported(np.ravel(x))

@@ -65,9 +65,11 @@ FENNEL_HOST_API int64_t FennelHostResizeCalls(void);
 /* Live array handles, and live DSNewPtr blocks. */
 FENNEL_HOST_API int64_t FennelHostLiveArrays(void);
 FENNEL_HOST_API int64_t FennelHostLivePtrs(void);
-/* New blocks start at this address modulo 64 (a multiple of 4, 0 to 60).  A
-   negative value (the default) places each block so that its first element
-   sits on a 64-byte boundary. */
+/* New array blocks start at this address modulo 64 (a multiple of 4, 0 to
+   60; choose multiples of the element's component size), DSNewPtr blocks at
+   the same address rounded down to a multiple of 16.  A negative value (the
+   default) places each array block so that its first element sits on a
+   64-byte boundary. */
 FENNEL_HOST_API void FennelHostSetPlacement(int32_t offsetModulo64);
 /* Bytes that a resize adds and DSNewPtr hands out are filled with this byte
    (0xFF fills floats with NaN to catch reads of unwritten data); a negative

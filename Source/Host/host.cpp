@@ -64,12 +64,14 @@ void AlignedFree(void *p) { std::free(p); }
 #endif
 
 // A block of size bytes starting at g_placement modulo 64, or placed so that
-// the byte at data_offset is 64-byte aligned; mutex held.
-void *Allocate(size_t size, size_t data_offset = 0) {
+// the byte at data_offset is 64-byte aligned; mutex held.  Raw blocks keep
+// the 16-byte alignment that a C allocator guarantees.
+void *Allocate(size_t size, size_t data_offset = 0, bool raw = false) {
     const size_t total = (size + 64 + 63) / 64 * 64;
     void *base = AlignedAlloc(64, total);
     if (base == nullptr) return nullptr;
-    const size_t placement = g_placement >= 0 ? static_cast<size_t>(g_placement) : (64 - data_offset % 64) % 64;
+    size_t placement = g_placement >= 0 ? static_cast<size_t>(g_placement) : (64 - data_offset % 64) % 64;
+    if (raw) placement &= ~size_t{15};
     char *start = static_cast<char *>(base) + placement;
     g_blocks[start] = Block{base, size};
     return start;
@@ -133,7 +135,7 @@ int32_t NumericArrayResize(int32_t typeCode, int32_t numDims, void ***handle,
 void *DSNewPtr(size_t size) {
     std::lock_guard<std::mutex> lock(g_mutex);
     if (Countdown(g_fail_new_ptr)) return nullptr;
-    void *p = Allocate(size);
+    void *p = Allocate(size, 0, true);
     if (p == nullptr) return nullptr;
     if (g_fill >= 0) std::memset(p, g_fill, size);
     ++g_live_ptrs;

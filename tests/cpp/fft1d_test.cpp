@@ -162,12 +162,13 @@ TYPED_TEST(FFT1DTest, TruncationLeavesTheWorkspaceAloneAndMatchingOutputsAreNotR
 TYPED_TEST(FFT1DTest, ResultsDoNotDependOnBlockPlacement) {
     using T = TypeParam;
     using C = typename TestFixture::C;
+    using R = typename TestFixture::R;
     const auto x = Random<T>(96, 5);
     std::vector<C> first;
     std::vector<T> first_back;
     FDPlanHandle fwd = nullptr, inv = nullptr;
     FennelHostSetFillByte(0xFF);
-    for (int32_t placement = 0; placement < 64; placement += 4) {
+    for (int32_t placement = 0; placement < 64; placement += static_cast<int32_t>(sizeof(R))) {
         FennelHostSetPlacement(placement);
         Array<T> in(x), back, ws;
         Array<C> out;

@@ -1,6 +1,6 @@
 // Windows applied in place, windowed FIR design and the IIR direct-form
-// filter: documented edge cases, refusals, failure hygiene, and agreement
-// with closed forms evaluated in long double.
+// filter: documented edge cases, refusals and failure hygiene (agreement with
+// scipy and with a model of the arithmetic is tested through the binding).
 #include <limits>
 
 #include "support.h"
@@ -9,7 +9,6 @@ namespace fennel::test {
 namespace {
 
 using LD = long double;
-const LD kPiL = 3.141592653589793238462643383279502884L;
 
 template <class T> struct Api;
 template <> struct Api<float> {
@@ -110,41 +109,6 @@ TYPED_TEST(WindowsTest, CosineSumDocumentedCases) {
     }
 }
 
-// Every table row against the closed form sum (-1)^k a_k cos(2 pi k n / N).
-TYPED_TEST(WindowsTest, CosineSumMatchesClosedForm) {
-    using T = TypeParam;
-    const std::vector<std::vector<LD>> rows = {
-        {1}, {0.5, 0.5}, {0.54, 0.46}, {0.42323, 0.49755, 0.07922},
-        {7938.0L / 18608, 9240.0L / 18608, 1430.0L / 18608}, {0.42, 0.5, 0.08},
-        {0.215578948, 0.41663158, 0.277263158, 0.083578947, 0.006947368},
-        {0.35875, 0.48829, 0.14128, 0.01168},
-        {0.27105140069342415, 0.43329793923448606, 0.21812299954311062, 0.0659254463880309,
-         0.010811742098372268, 0.0007765848252250934, 1.3887217350903198e-05},
-        {0.323215218, 0.471492057, 0.17553428, 0.028497078, 0.001261367},
-        {}, {0.3635819, 0.4891775, 0.1365995, 0.0106411}};
-    for (int32_t type = 0; type <= 11; ++type) {
-        if (type == 10) continue;
-        for (int32_t n : {3, 8, 17, 1000, 4097}) {
-            for (int32_t normalise : {0, 1}) {
-                Array<T> x(Ones<T>(n));
-                Array<double> ws;
-                ASSERT_EQ(Api<T>::AllCos(x.h(), type, normalise, ws.h()), 0);
-                std::vector<double> want(n);
-                const LD d = normalise ? rows[type][0] : 1;
-                for (int32_t i = 0; i < n; ++i) {
-                    LD w = 0;
-                    for (size_t k = 0; k < rows[type].size(); ++k)
-                        w += (k % 2 ? -1 : 1) * rows[type][k] / d * std::cos(2 * kPiL * k * i / n);
-                    want[i] = static_cast<double>(w);
-                }
-                ExpectNear(Multipliers(x.values()), want, (4 * Eps<T>() + 4e-16 * n) * (normalise ? 5 : 1),
-                           "type " + std::to_string(type) + " n " + std::to_string(n));
-                EXPECT_TRUE(ws.empty());
-            }
-        }
-    }
-}
-
 TYPED_TEST(WindowsTest, CosineSumRefusalsEmptyTheSignal) {
     using T = TypeParam;
     struct Case {
@@ -184,35 +148,6 @@ LD BesselI0(LD x) {
         sum += term;
     }
     return sum;
-}
-
-TYPED_TEST(WindowsTest, GaussianAndKaiserMatchTheirFormulas) {
-    using T = TypeParam;
-    for (int32_t n : {2, 3, 4, 9, 64, 1001}) {
-        for (double sigma : {0.1, 0.2, 0.45, -1.0, 0.0, std::nan("")}) {
-            Array<T> x(Ones<T>(n));
-            ASSERT_EQ(Api<T>::Gauss(x.h(), static_cast<Real<T>>(sigma)), 0);
-            const LD s = sigma > 0 ? static_cast<Real<T>>(sigma) : static_cast<Real<T>>(0.2);
-            std::vector<double> want(n);
-            for (int32_t i = 0; i < n; ++i) {
-                const LD u = (i - n / 2.0L) / (s * (n + 1));
-                want[i] = static_cast<double>(std::exp(-0.5L * u * u));
-            }
-            ExpectNear(Multipliers(x.values()), want, 8 * Eps<T>() + 64 * n * 2.3e-16, "gauss n " + std::to_string(n));
-        }
-        for (double beta : {0.5, 3.0, 8.6}) {
-            Array<T> x(Ones<T>(n));
-            ASSERT_EQ(Api<T>::Kaiser(x.h(), static_cast<Real<T>>(beta)), 0);
-            const LD b = static_cast<Real<T>>(beta);
-            std::vector<double> want(n);
-            for (int32_t i = 0; i < n; ++i) {
-                const LD r = 1 - 2.0L * i / n;
-                want[i] = static_cast<double>(BesselI0(b * std::sqrt(std::max<LD>(0, 1 - r * r))) / BesselI0(b));
-            }
-            // The series stops at a term of 1e-8.
-            ExpectNear(Multipliers(x.values()), want, 2e-8 + 64 * Eps<T>(), "kaiser n " + std::to_string(n));
-        }
-    }
 }
 
 TYPED_TEST(WindowsTest, GaussianAndKaiserEdgeCases) {
@@ -396,41 +331,6 @@ TYPED_TEST(FirTest, DocumentedDesignsAndRefusals) {
     }
 }
 
-// Windowed taps equal the ideal taps times the symmetric window; normalised
-// designs have unit gain at their reference frequency.
-TYPED_TEST(FirTest, WindowsAndUnitGain) {
-    using T = TypeParam;
-    for (int32_t filter : {0, 1, 2, 3}) {
-        for (int32_t window : {0, 1, 4, 8, 30, 60, 62}) {
-            for (int32_t m : {1, 2, 3, 31, 64}) {
-                if ((filter == 1 || filter == 3) && m % 2 == 0) continue;
-                const double fs = 48000, f1 = 3000, f2 = 9000;
-                Array<T> ideal, shaped, unit;
-                Array<double> ws;
-                ASSERT_EQ(Fir<T>(ideal.h(), fs, f1, f2, m, filter, 0, 0, 0, ws.h()), 0);
-                ASSERT_EQ(Fir<T>(shaped.h(), fs, f1, f2, m, filter, window, T(4), 0, ws.h()), 0);
-                ASSERT_EQ(Fir<T>(unit.h(), fs, f1, f2, m, filter, window, T(4), 1, ws.h()), 0);
-                EXPECT_TRUE(ws.empty());
-                Array<T> w(std::vector<T>(m, T(1)));
-                ASSERT_EQ(Api<T>::Symm(w.h(), window, T(4), ws.h()), 0);
-                const auto h = ideal.values(), hw = shaped.values(), wv = w.values(), hu = unit.values();
-                if (window == 1 && m >= 3) {
-                    EXPECT_EQ(hw.front(), T(0));
-                    EXPECT_EQ(hw.back(), T(0));
-                }
-                // The response at the reference frequency of the filter type.
-                const double ref = filter == 0 || filter == 3 ? 0.0 : filter == 1 ? 0.5 : (f1 + f2) / (2 * fs);
-                std::complex<double> gain = 0;
-                for (int32_t i = 0; i < m; ++i) {
-                    EXPECT_EQ(hw[i], static_cast<T>(wv[i] * h[i])) << filter << " " << window << " " << m;
-                    gain += static_cast<double>(hu[i]) * std::polar(1.0, -2 * M_PI * ref * i);
-                }
-                EXPECT_NEAR(std::abs(gain), 1.0, 16 * m * Eps<T>()) << filter << " " << window;
-            }
-        }
-    }
-}
-
 TYPED_TEST(FirTest, FailuresEmptyTheOutput) {
     using T = TypeParam;
     for (int64_t nth = 1; nth <= 4; ++nth) {
@@ -452,20 +352,6 @@ TYPED_TEST(FirTest, FailuresEmptyTheOutput) {
 
 // ---- IIR direct-form filter ----------------------------------------------------
 
-// Direct form I in long double, from rest.
-template <class T>
-std::vector<std::complex<LD>> ReferenceIir(const std::vector<T> &x, const std::vector<double> &b,
-                                           const std::vector<double> &a) {
-    std::vector<std::complex<LD>> y(x.size());
-    for (size_t n = 0; n < x.size(); ++n) {
-        std::complex<LD> acc = 0;
-        for (size_t k = 0; k < b.size() && k <= n; ++k) acc += static_cast<LD>(b[k]) * Widen(x[n - k]);
-        for (size_t k = 1; k < a.size() && k <= n; ++k) acc -= static_cast<LD>(a[k]) * y[n - k];
-        y[n] = acc / static_cast<LD>(a[0]);
-    }
-    return y;
-}
-
 template <class T>
 struct Filter {
     using R = Real<T>;
@@ -479,49 +365,6 @@ struct Filter {
     }
     bool WorkspacesEmpty() const { return tail.empty() && aws.empty() && bws.empty(); }
 };
-
-TYPED_TEST(WindowsTest, IirMatchesReferenceBlockwise) {
-    using T = TypeParam;
-    // Stable filters of orders 0 to 9, coefficient counts around the padding.
-    const std::vector<std::pair<std::vector<double>, std::vector<double>>> filters = {
-        {{0.5, 0.25}, {1}},
-        {{0.2, 0.3, 0.2}, {1, -0.5, 0.2}},
-        {{1, 2, 1}, {4, -1, 0.5}},
-        {{0.1, 0.1, 0.1, 0.1, 0.1}, {1, -0.3, 0.1, 0.05, -0.02}},
-        {{0.3, -0.1, 0.2, 0.05, 0.01, 0.02}, {2, -0.6, 0.3, 0.05, -0.04, 0.01}},
-        {{0.05, 0.1, 0.1, 0.1, 0.1, 0.1, 0.1, 0.1, 0.1, 0.05}, {1, -0.2, 0.1, 0, 0, 0, 0, 0, 0.01, 0.02}},
-        {{0.3}, {1, -0.9}},
-        {{0.4, 0.3, 0.2}, {}},
-    };
-    const int32_t n = 300;
-    const auto x = Random<T>(n, 5);
-    for (const auto &[b, a] : filters) {
-        const auto ref = a.empty() ? ReferenceIir(x, b, {1.0}) : ReferenceIir(x, b, a);
-        for (std::vector<int32_t> blocks : {std::vector<int32_t>{300}, {1, 2, 3, 150, 144}, {7, 7, 286}}) {
-            Filter<T> f(b, a);
-            std::vector<T> y;
-            int32_t at = 0;
-            for (int32_t len : blocks) {
-                Array<T> part(std::vector<T>(x.begin() + at, x.begin() + at + len));
-                ASSERT_EQ(f.Run(part), 0);
-                EXPECT_TRUE(f.WorkspacesEmpty());
-                const auto v = part.values();
-                y.insert(y.end(), v.begin(), v.end());
-                at += len;
-            }
-            EXPECT_EQ(f.fstate.dims()[0], static_cast<int32_t>(b.size()) - 1);
-            if (!a.empty()) {
-                EXPECT_EQ(f.rstate.dims()[0], static_cast<int32_t>(a.size()) - 1);
-            }
-            for (int32_t i = 0; i < n; ++i) {
-                const auto got = Widen(y[i]);
-                EXPECT_NEAR(static_cast<double>(got.real()), static_cast<double>(ref[i].real()), 64 * Eps<T>())
-                    << b.size() << "/" << a.size() << " at " << i;
-                EXPECT_NEAR(static_cast<double>(got.imag()), static_cast<double>(ref[i].imag()), 64 * Eps<T>());
-            }
-        }
-    }
-}
 
 TYPED_TEST(WindowsTest, IirEdgeCases) {
     using T = TypeParam;

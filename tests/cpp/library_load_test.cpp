@@ -219,12 +219,8 @@ int64_t ResizeOnce() {
 TEST_F(LibraryLoadTest, HostModuleSearchOrder) {
     void *resize = reinterpret_cast<void *>(&NumericArrayResize);
     auto host_at = [&](void *module) { os_.symbols[{module, "NumericArrayResize"}] = resize; };
-    // The main executable when it exports one of the two marks.
     host_at(&g_exe);
-    os_.symbols[{&g_exe, "AZNewHandle"}] = &g_exe;
-    EXPECT_EQ(ResizeOnce(), 1);
-    // Otherwise fnrt.dll, then fnffrt.dll.
-    os_.symbols.erase({&g_exe, "AZNewHandle"});
+    // The main executable exports neither mark: fnrt.dll, else fnffrt.dll.
     LoadedModule(L"fnffrt.dll", L"C:\\fnffrt.dll");
     host_at(os_.loaded[L"fnffrt.dll"]);
     EXPECT_EQ(ResizeOnce(), 1);
@@ -250,6 +246,9 @@ TEST_F(LibraryLoadTest, HostModuleSearchOrder) {
     os_.loaded.clear();
     EXPECT_EXIT(ResizeOnce(), ::testing::ExitedWithCode(1),
                 "\\[Fatal Error\\|0x2010\\] FENNELV.LIB was not called from a Fennel process\\.");
+    // The main executable, once it exports one of the two marks.
+    os_.symbols[{&g_exe, "AZNewHandle"}] = &g_exe;
+    EXPECT_EQ(ResizeOnce(), 1);
 }
 
 }  // namespace

@@ -23,6 +23,8 @@ constexpr uint32_t kFatalStyle = 0x2010;  // stop icon, task-modal
 
 std::atomic<void *> g_module_override{nullptr};
 std::atomic<uint32_t> g_tls_index{kNoSlot};
+std::atomic<const PlatformApi *> g_exe_api{nullptr};
+std::atomic<void *> g_exe_host{nullptr};
 
 // Records are written without a lock: threads that race store the same values.
 struct ServiceRecord {
@@ -50,9 +52,15 @@ void *FindHostModule() {
     }
     void *module = g_module_override.load(std::memory_order_relaxed);
     if (module != nullptr) return module;
+    // A module's exports never change, so a main executable seen to export a
+    // mark is remembered (per platform table) instead of looked up each call.
+    if (g_exe_api.load(std::memory_order_acquire) == &os) return g_exe_host.load(std::memory_order_relaxed);
     void *exe = os.main_module();
-    if (os.find_symbol(exe, "gFNRTVersion") != nullptr || os.find_symbol(exe, "AZNewHandle") != nullptr)
+    if (os.find_symbol(exe, "gFNRTVersion") != nullptr || os.find_symbol(exe, "AZNewHandle") != nullptr) {
+        g_exe_host.store(exe, std::memory_order_relaxed);
+        g_exe_api.store(&os, std::memory_order_release);
         return exe;
+    }
     module = os.find_loaded_module(L"fnrt.dll");
     if (module == nullptr) module = os.find_loaded_module(L"fnffrt.dll");
     return module;

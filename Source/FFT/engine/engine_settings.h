@@ -9,9 +9,9 @@ enum class Effort { kEstimate, kMeasure, kPatient };
 
 // The planner effort for a transform of `total` points (all dimensions and
 // batches), and the planner's time limit in seconds (negative: none).  The
-// default is FFTW_MEASURE within a time limit, chosen by benchmark
+// default is FFTW_MEASURE without a limit, chosen by benchmark
 // (bench/README.md); FENNEL_DSP_PLANNER=estimate|measure|patient forces an
-// effort without a time limit ("default" keeps the default).
+// effort ("default" keeps the default).
 Effort PlannerEffortFor(std::ptrdiff_t total);
 double PlannerTimeLimit();
 

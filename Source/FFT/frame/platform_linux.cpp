@@ -7,7 +7,6 @@
 #include <dlfcn.h>
 #include <pthread.h>
 
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -82,21 +81,12 @@ const PlatformApi kLinux = {GetEnv,          SetEnv,     FindLoadedModule, Modul
                             CloseRegistryKey, TlsGet,    MainModule,       FindSymbol,
                             MessageBox,      ExitProcess};
 
-std::atomic<const PlatformApi *> g_platform{nullptr};
-
 __attribute__((constructor)) void OnLoad() { AttachEnvironment(GetLoadState()); }
 __attribute__((destructor)) void OnUnload() { DetachEnvironment(GetLoadState()); }
 
 }  // namespace
 
 const PlatformApi &NativePlatform() { return kLinux; }
-
-const PlatformApi &Platform() {
-    const PlatformApi *api = g_platform.load(std::memory_order_acquire);
-    return api != nullptr ? *api : kLinux;
-}
-
-void SetPlatformForTesting(const PlatformApi *api) { g_platform.store(api, std::memory_order_release); }
 
 }  // namespace fennel
 

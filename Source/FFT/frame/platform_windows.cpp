@@ -5,7 +5,6 @@
 
 #include <windows.h>
 
-#include <atomic>
 #include <cstdlib>
 #include <cstring>
 
@@ -73,18 +72,9 @@ const PlatformApi kWindows = {OsGetEnv,          OsSetEnv,     OsFindLoadedModul
                               OsCloseRegistryKey, OsTlsGet,    OsMainModule,       OsFindSymbol,
                               OsShowMessage,     OsEndProcess};
 
-std::atomic<const PlatformApi *> g_platform{nullptr};
-
 }  // namespace
 
 const PlatformApi &NativePlatform() { return kWindows; }
-
-const PlatformApi &Platform() {
-    const PlatformApi *api = g_platform.load(std::memory_order_acquire);
-    return api != nullptr ? *api : kWindows;
-}
-
-void SetPlatformForTesting(const PlatformApi *api) { g_platform.store(api, std::memory_order_release); }
 
 }  // namespace fennel
 

@@ -13,9 +13,27 @@
 namespace {
 
 struct Block {
-    void *base;   // what aligned_alloc returned
-    size_t size;  // usable bytes from the placed start
+    void *base;       // what aligned_alloc returned
+    size_t size;      // usable bytes from the placed start
+    size_t capacity;  // bytes allocated at base
 };
+
+// Large blocks that were released, kept for reuse: a host that hands the
+// same large block back and forth (a workspace resized up and down on every
+// call) would otherwise pay fresh pages each time.  Sanitizer builds keep
+// nothing, so that a use after release is still caught.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr size_t kCacheBlocks = 0;
+#else
+constexpr size_t kCacheBlocks = 4;
+#endif
+constexpr size_t kCacheFrom = size_t{1} << 16;  // bytes
+struct CachedBlock {
+    void *base;
+    size_t capacity;
+};
+CachedBlock g_cache[kCacheBlocks > 0 ? kCacheBlocks : 1];
+size_t g_cached = 0;
 
 std::mutex g_mutex;
 std::unordered_map<void *, Block> g_blocks;  // placed start -> block
@@ -67,21 +85,41 @@ void AlignedFree(void *p) { std::free(p); }
 // the byte at data_offset is 64-byte aligned; mutex held.  Raw blocks keep
 // the 16-byte alignment that a C allocator guarantees.
 void *Allocate(size_t size, size_t data_offset = 0, bool raw = false) {
-    const size_t total = (size + 64 + 63) / 64 * 64;
-    void *base = AlignedAlloc(64, total);
+    size_t total = (size + 64 + 63) / 64 * 64;
+    void *base = nullptr;
+    for (size_t i = 0; i < g_cached; ++i) {
+        // Reuse a kept block that fits without wasting more than half of it.
+        if (g_cache[i].capacity >= total && g_cache[i].capacity / 2 <= total) {
+            base = g_cache[i].base;
+            total = g_cache[i].capacity;
+            g_cache[i] = g_cache[--g_cached];
+            break;
+        }
+    }
+    if (base == nullptr) base = AlignedAlloc(64, total);
     if (base == nullptr) return nullptr;
     size_t placement = g_placement >= 0 ? static_cast<size_t>(g_placement) : (64 - data_offset % 64) % 64;
     if (raw) placement &= ~size_t{15};
     char *start = static_cast<char *>(base) + placement;
-    g_blocks[start] = Block{base, size};
+    g_blocks[start] = Block{base, size, total};
     return start;
 }
 
 void Release(void *start) {
     auto it = g_blocks.find(start);
     if (it == g_blocks.end()) return;
-    AlignedFree(it->second.base);
+    const Block b = it->second;
     g_blocks.erase(it);
+    if (b.capacity < kCacheFrom || kCacheBlocks == 0) {
+        AlignedFree(b.base);
+        return;
+    }
+    if (g_cached == kCacheBlocks) {  // drop the oldest kept block
+        AlignedFree(g_cache[0].base);
+        for (size_t i = 1; i < g_cached; ++i) g_cache[i - 1] = g_cache[i];
+        --g_cached;
+    }
+    g_cache[g_cached++] = CachedBlock{b.base, b.capacity};
 }
 
 }  // namespace

@@ -123,21 +123,21 @@ TYPED_TEST(EngineTest, RealMatchesNaiveDftAndKeepsItsInput) {
         const long last = c.dims.back(), half = last / 2 + 1, nc = n / last * half;
         DFTI_DESCRIPTOR_HANDLE d = this->Make(DFTI_REAL, c.dims, 1.0 / static_cast<double>(n));
         const auto x = Random<R>(n, static_cast<unsigned>(n + 1));
-        Buffer in(n * sizeof(R), c.in_offset), spec(nc * sizeof(C), c.out_offset),
-            spec_copy(nc * sizeof(C), 0), back(n * sizeof(R), c.in_offset);
+        Buffer in(n * sizeof(R), c.in_offset), spectrum(nc * sizeof(C), c.out_offset),
+            spectrum_copy(nc * sizeof(C), 0), back(n * sizeof(R), c.in_offset);
         std::memcpy(in.as<R>(), x.data(), n * sizeof(R));
-        ASSERT_EQ(DftiComputeForward(d, in.as<R>(), spec.as<C>()), 0);
-        std::memcpy(spec_copy.as<C>(), spec.as<C>(), nc * sizeof(C));
-        ASSERT_EQ(DftiComputeBackward(d, spec.as<C>(), back.as<R>()), 0);
+        ASSERT_EQ(DftiComputeForward(d, in.as<R>(), spectrum.as<C>()), 0);
+        std::memcpy(spectrum_copy.as<C>(), spectrum.as<C>(), nc * sizeof(C));
+        ASSERT_EQ(DftiComputeBackward(d, spectrum.as<C>(), back.as<R>()), 0);
         EXPECT_EQ(std::memcmp(in.as<R>(), x.data(), n * sizeof(R)), 0) << "forward input modified";
-        EXPECT_EQ(std::memcmp(spec.as<C>(), spec_copy.as<C>(), nc * sizeof(C)), 0) << "backward input modified";
+        EXPECT_EQ(std::memcmp(spectrum.as<C>(), spectrum_copy.as<C>(), nc * sizeof(C)), 0) << "backward input modified";
         std::vector<LC> wide(n);
         for (long i = 0; i < n; ++i) wide[i] = Widen(x[i]);
         const auto ref = NaiveDftMd(wide, c.dims, -1);
         const double tol = Tolerance<R>(n) * std::sqrt(static_cast<double>(n)) * 2;
         for (long r = 0; r < n / last; ++r)
             for (long k = 0; k < half; ++k) {
-                const C got = spec.as<C>()[r * half + k];
+                const C got = spectrum.as<C>()[r * half + k];
                 const LC want = ref[r * last + k];
                 EXPECT_NEAR(got.real(), static_cast<double>(want.real()), tol) << n;
                 EXPECT_NEAR(got.imag(), static_cast<double>(want.imag()), tol) << n;
@@ -162,14 +162,14 @@ TYPED_TEST(EngineTest, ResultsAreIdenticalAtEveryAlignment) {
         std::vector<C> ref_spec, ref_z;
         std::vector<R> ref_back;
         for (size_t offset = 0; offset < 16; offset += sizeof(R)) {
-            Buffer xin(n * sizeof(R), offset), spec(nc * sizeof(C), offset), back(n * sizeof(R), offset),
+            Buffer xin(n * sizeof(R), offset), spectrum(nc * sizeof(C), offset), back(n * sizeof(R), offset),
                 zin(n * sizeof(C), offset), zout(n * sizeof(C), offset);
             std::memcpy(xin.as<R>(), x.data(), n * sizeof(R));
             std::memcpy(zin.as<C>(), z.data(), n * sizeof(C));
-            ASSERT_EQ(DftiComputeForward(real, xin.as<R>(), spec.as<C>()), 0);
-            ASSERT_EQ(DftiComputeBackward(real, spec.as<C>(), back.as<R>()), 0);
+            ASSERT_EQ(DftiComputeForward(real, xin.as<R>(), spectrum.as<C>()), 0);
+            ASSERT_EQ(DftiComputeBackward(real, spectrum.as<C>(), back.as<R>()), 0);
             ASSERT_EQ(DftiComputeBackward(cplx, zin.as<C>(), zout.as<C>()), 0);
-            std::vector<C> s(spec.as<C>(), spec.as<C>() + nc), zz(zout.as<C>(), zout.as<C>() + n);
+            std::vector<C> s(spectrum.as<C>(), spectrum.as<C>() + nc), zz(zout.as<C>(), zout.as<C>() + n);
             std::vector<R> b(back.as<R>(), back.as<R>() + n);
             if (offset == 0) {
                 ref_spec = s, ref_back = b, ref_z = zz;
@@ -190,11 +190,11 @@ TYPED_TEST(EngineTest, RealInverseIgnoresImaginaryPartsOfZeroAndNyquist) {
     using C = typename TestFixture::C;
     for (long n : {1L, 2L, 8L, 9L}) {
         DFTI_DESCRIPTOR_HANDLE d = this->Make(DFTI_REAL, {n}, 1.0);
-        std::vector<C> spec(n / 2 + 1, C(1, 0)), spec_nan = spec;
+        std::vector<C> spectrum(n / 2 + 1, C(1, 0)), spec_nan = spectrum;
         spec_nan[0] = C(1, std::numeric_limits<R>::quiet_NaN());
         if (n % 2 == 0) spec_nan[n / 2] = C(1, std::numeric_limits<R>::quiet_NaN());
         std::vector<R> a(n), b(n);
-        ASSERT_EQ(DftiComputeBackward(d, spec.data(), a.data()), 0);
+        ASSERT_EQ(DftiComputeBackward(d, spectrum.data(), a.data()), 0);
         ASSERT_EQ(DftiComputeBackward(d, spec_nan.data(), b.data()), 0);
         for (long i = 0; i < n; ++i) EXPECT_EQ(a[i], b[i]) << n << " at " << i;
         EXPECT_EQ(DftiFreeDescriptor(&d), 0);

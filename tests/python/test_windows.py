@@ -186,9 +186,9 @@ def test_windows_match_scipy(dtype, n):
     assert np.allclose(fd.triangle_window(x), ss.get_window("bartlett", n, fftbins=True),
                        rtol=0, atol=tol)
     if n >= 3:
-        for wtype, spec in [(30, "bartlett"), (60, ("kaiser", 6.0)), (62, ("gaussian", sigma * n))]:
+        for wtype, scipy_name in [(30, "bartlett"), (60, ("kaiser", 6.0)), (62, ("gaussian", sigma * n))]:
             param = {30: 0.0, 60: 6.0, 62: sigma}[wtype]
-            assert np.allclose(fd.symmetric_window(x, wtype, param), ss.get_window(spec, n, fftbins=False),
+            assert np.allclose(fd.symmetric_window(x, wtype, param), ss.get_window(scipy_name, n, fftbins=False),
                                rtol=0, atol=tol + 1e-8 + 1e-16 * n * n), wtype
 
 

@@ -176,7 +176,7 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     const bool even = N % 2 == 0;
     const ptrdiff_t L = even ? N : 2 * N;
     T *w = work;
-    T *spec = After(work, b.lanes * L, b.lanes);
+    T *spectrum = After(work, b.lanes * L, b.lanes);
     b.ClearSpare(w, L);
     const T *x = p.x;
     if (even) {
@@ -197,7 +197,7 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
         });
         b.Sweep(m, 2 * N - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.W(i, j, L)] = T(0); });
     }
-    const int32_t status = ComputePlan(plan, true, w, spec);
+    const int32_t status = ComputePlan(plan, true, w, spectrum);
     if (status < 0) return status;
     // Bins above L/2 (even N only) are the conjugates of bins L - k:
     // Re(V) c - Im(V) s with Im(V) = -Im(Y(L-k)).
@@ -208,12 +208,12 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     b.Twiddled(
         N, half + 1, amplitude, theta,
         [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
-            const T *y = spec + 2 * b.W(k, j, slen);
+            const T *y = spectrum + 2 * b.W(k, j, slen);
             out[b.At(k, j, p.olen)] =
                 static_cast<T>(static_cast<double>(y[0]) * c - static_cast<double>(y[1]) * s);
         },
         [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
-            const T *y = spec + 2 * b.W(L - k, j, slen);
+            const T *y = spectrum + 2 * b.W(L - k, j, slen);
             out[b.At(k, j, p.olen)] =
                 static_cast<T>(static_cast<double>(y[0]) * c + static_cast<double>(y[1]) * s);
         });
@@ -229,7 +229,7 @@ int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HAND
     const Batch<kRows> &b = p.b;
     const ptrdiff_t N = p.N, m = p.m, L = 2 * N + 2, slen = N + 2;
     T *w = work;
-    T *spec = After(work, b.lanes * L, b.lanes);
+    T *spectrum = After(work, b.lanes * L, b.lanes);
     b.ClearSpare(w, L);
     const T *x = p.x;
     b.Sweep(0, m, [&](ptrdiff_t i, ptrdiff_t j) {
@@ -239,11 +239,11 @@ int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HAND
     });
     b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) { w[b.W(0, j, L)] = T(0); });
     b.Sweep(m + 1, L - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.W(i, j, L)] = T(0); });
-    const int32_t status = ComputePlan(plan, true, w, spec);
+    const int32_t status = ComputePlan(plan, true, w, spectrum);
     if (status < 0) return status;
     T *out = p.out;
     b.Sweep(0, N, [&](ptrdiff_t k, ptrdiff_t j) {
-        out[b.At(k, j, p.olen)] = factor * spec[2 * b.W(k + 1, j, slen) + 1];
+        out[b.At(k, j, p.olen)] = factor * spectrum[2 * b.W(k + 1, j, slen) + 1];
     });
     return status;
 }

@@ -1,5 +1,7 @@
 """A tour of the Python binding on built-in data: the spectrum of a chirp,
-centred, and its inverse; a plot is written to examples/tour.png."""
+centred, and its inverse; then one call of each other family (window and
+power spectrum, FIR design and filtering, convolution, resampling, DCT, 2D
+FFT).  A plot is written to examples/tour.png."""
 import pathlib
 
 import numpy as np
@@ -22,6 +24,39 @@ try:
     fd.fft(np.zeros(0))
 except fd.FennelError as err:
     print(f"  an empty input is refused: {err}")
+
+# Windowed power spectrum of the tone mixture, with its frequency step.
+tones = np.sin(2 * np.pi * 100 * t) + 0.01 * np.sin(2 * np.pi * 260 * t)
+windowed = fd.cosine_window(tones, fd.WINDOW_BLACKMAN_HARRIS_4)
+power, df = fd.auto_power_spectrum(windowed, dt=1 / rate)
+peaks = np.argsort(power)[::-1]
+print(f"  4-term Blackman-Harris window, auto power spectrum: df = {df:.2f} Hz, "
+      f"strongest at {peaks[0] * df:.1f} Hz; 40 dB weaker tone visible at "
+      f"{np.argmax(power[int(200 / df):]) * df + int(200 / df) * df:.1f} Hz")
+
+# A 51-tap lowpass designed by the window method removes the 300 Hz tone.
+taps = fd.fir_windowed_coefficients(51, rate, 150.0, filter_type=fd.LOWPASS,
+                                    window_type=fd.WINDOW_HAMMING, normalise=True)
+smooth = fd.convolve(x, taps, mode="same")
+residue = np.abs(fd.fft(smooth, n=2048))[np.argmin(abs(np.arange(2048) * rate / 2048 - 300))]
+print(f"  FIR lowpass (51 taps, 150 Hz) by convolution: 300 Hz bin {152.5:.1f} -> {residue:.2f}")
+iir = fd.IIRFilter(b=[0.0675, 0.1349, 0.0675], a=[1.0, -1.1430, 0.4128])  # 2nd-order lowpass
+blocks = np.concatenate([iir(block) for block in np.array_split(tones, 7)])
+whole = fd.iir_filter([0.0675, 0.1349, 0.0675], [1.0, -1.1430, 0.4128], tones)
+print(f"  2nd-order IIR filter in 7 blocks against one call: largest difference "
+      f"{np.max(np.abs(blocks - whole)):.1e} (the state carries the stream across blocks)")
+
+# Decimation by averaging, and the DCT's energy compaction.
+print(f"  decimate by 4 (average): {len(x)} -> {len(fd.decimate(x, 4, average=True))} samples")
+c = fd.dct(np.cos(np.linspace(0, np.pi, 64)))
+print(f"  orthonormal DCT-II of half a cosine: {100 * np.sum(c[:4] ** 2) / np.sum(c ** 2):.2f} % of the energy in 4 coefficients")
+
+# 2D FFT of an image with one diagonal stripe pattern.
+yy, xx = np.mgrid[0:64, 0:64]
+image = np.cos(2 * np.pi * (3 * xx + 5 * yy) / 64)
+F = fd.fft2(image)
+r, k = np.unravel_index(np.argmax(np.abs(F)), F.shape)
+print(f"  2D FFT of a stripe pattern: peak at row {r}, column {k} (frequencies 5 and 3, or their mirror)")
 
 try:
     import matplotlib

@@ -90,20 +90,20 @@ struct Span {
 // Index of the prototype sample read by the first tap (nearest mode) or the
 // lower one of the two it interpolates (linear mode).
 template <class R>
-int64_t FirstIndex(const Prototype<R> &P, double p0) {
+__attribute__((always_inline)) inline int64_t FirstIndex(const Prototype<R> &P, double p0) {
     return P.nearest ? Floor(p0 + 0.5) : Floor(p0);
 }
 
 // The same for the last tap.
 template <class R>
-int64_t LastIndex(const Prototype<R> &P, const Span &sp) {
+__attribute__((always_inline)) inline int64_t LastIndex(const Prototype<R> &P, const Span &sp) {
     const int64_t last = sp.taps() - 1;
     if (P.step != 0) return FirstIndex(P, sp.p0) + last * P.step;
     return FirstIndex(P, sp.p0 + static_cast<double>(last) * P.s);
 }
 
 template <class R>
-Span Geometry(const Prototype<R> &P, double f) {
+__attribute__((always_inline)) inline Span Geometry(const Prototype<R> &P, double f) {
     Span sp;
     int64_t q = Floor(P.a - f);
     double p0 = (P.c - P.s * f) - static_cast<double>(q) * P.s;
@@ -119,12 +119,21 @@ Span Geometry(const Prototype<R> &P, double f) {
     sp.left = q + 1;
     sp.right = Floor(P.a + f);
     sp.p0 = p0;
-    while (sp.taps() > 0 && LastIndex(P, sp) > P.M - 1) --sp.right;
+    if (P.step != 0) {
+        // Drop the taps past the prototype's end: the count whose last index
+        // i0 + (T - 1) * step still lies inside it.
+        if (sp.taps() > 0 && LastIndex(P, sp) > P.M - 1) {
+            const int64_t i0 = FirstIndex(P, p0);
+            sp.right = (i0 > P.M - 1 ? 0 : (P.M - 1 - i0) / P.step + 1) - sp.left;
+        }
+    } else {
+        while (sp.taps() > 0 && LastIndex(P, sp) > P.M - 1) --sp.right;
+    }
     return sp;
 }
 
 // Fills the regrouped prototype (g, d and the residue starts) of a
-// whole-number spacing.
+// whole-number spacing; each residue starts at a multiple of 8 entries.
 template <class R>
 void Regroup(const Prototype<R> &P, double *g, double *d, int64_t *start) {
     int64_t at = 0;
@@ -134,6 +143,7 @@ void Regroup(const Prototype<R> &P, double *g, double *d, int64_t *start) {
             g[at] = static_cast<double>(P.h[i]);
             d[at] = i < P.M - 1 ? static_cast<double>(P.h[i + 1]) - g[at] : 0.0;
         }
+        at = (at + 7) / 8 * 8;
     }
 }
 
@@ -148,14 +158,17 @@ LinearTaps(const double *g, const double *d, double phi, int64_t count, R *taps)
 // double, stored in the tap type) or the nearest prototype sample.  The
 // regrouped and the direct reading give the same values.
 template <class R>
-void MakeTaps(const Prototype<R> &P, const Span &sp, R *taps) {
+__attribute__((always_inline)) inline void MakeTaps(const Prototype<R> &P, const Span &sp, R *taps) {
     const int64_t T = sp.taps();
+    if (T <= 0) return;
     const R *h = P.h;
     const int64_t top = P.M - 1;
     if (P.step != 0) {
         const int64_t i0 = FirstIndex(P, sp.p0);
         if (P.g != nullptr) {
-            const int64_t at = P.start[i0 % P.step] + i0 / P.step;
+            // The first tap lies within the first `step` samples but for
+            // rounding at the edge: no division in the common case.
+            const int64_t at = i0 < P.step ? P.start[i0] : P.start[i0 % P.step] + i0 / P.step;
             if (P.nearest) {
                 for (int64_t j = 0; j < T; ++j) taps[j] = static_cast<R>(P.g[at + j]);
             } else {
@@ -402,23 +415,46 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
         *firstOutputTime = static_cast<float>(
             (state->samplesSeen + static_cast<double>(start.pos - held)) + start.f);
 
-    // Working taps on a 64-byte boundary (historyB receives the last ones),
-    // and a run to gather the spans that reach back before the block.
-    const size_t tap_bytes = (sizeof(R) * static_cast<size_t>(H) + 63) / 64 * 64;
-    Scratch<char> work(K > 0 ? tap_bytes + sizeof(T) * static_cast<size_t>(H) + 64 : 0);
+    // Outputs run in batches of up to `slots`: first the clock and the tap
+    // geometry of the whole batch, then the taps of each fraction not yet
+    // held, then the dot products.  The three passes have no dependence
+    // from one output to the next, so they overlap in the processor.  Slot
+    // k mod `slots` holds the taps of output k together with the fraction
+    // they were formed for; an output whose fraction equals the slot's
+    // reuses them.  Fractions that repeat with a period dividing `slots`
+    // (a ratio of 1.5 alternates two) are thus formed once per call.
+    const size_t stride = (sizeof(R) * static_cast<size_t>(H) + 63) / 64 * 64;  // bytes per slot
+    int64_t slots = 1;  // a power of two, up to 64 and 64 KiB of taps, not far above K
+    while (slots < 64 && slots < K && stride * static_cast<size_t>(2 * slots) <= (size_t{64} << 10)) slots *= 2;
+    const size_t batch_bytes = static_cast<size_t>(slots) * (stride + 6 * sizeof(int64_t));
+    Scratch<char> work(K > 0 ? batch_bytes + sizeof(T) * static_cast<size_t>(H) + 64 : 0);
     if (K > 0 && !work.ok()) return status = STATUS_OUT_OF_MEMORY;
     char *aligned = work.get() + (64 - reinterpret_cast<uintptr_t>(work.get()) % 64) % 64;
-    R *taps = reinterpret_cast<R *>(aligned);
-    T *run = reinterpret_cast<T *>(aligned + tap_bytes);
+    R *tap_slots = reinterpret_cast<R *>(aligned);
+    const int64_t slot_taps = static_cast<int64_t>(stride / sizeof(R));
+    // Per slot, field by field (a whole Span stored and reloaded at once
+    // would stall the store forwarding): the fraction the taps were formed
+    // for, the span, and the first sample each output of the batch reads.
+    double *keys = reinterpret_cast<double *>(aligned + static_cast<size_t>(slots) * stride);
+    double *p0s = keys + slots;
+    int64_t *lefts = reinterpret_cast<int64_t *>(p0s + slots);
+    int64_t *counts = lefts + slots;
+    int64_t *firsts = counts + slots;
+    int64_t *pending = firsts + slots;                            // slots to fill in this batch
+    T *run = reinterpret_cast<T *>(pending + slots);  // a span gathered from history and block
+    for (int64_t i = 0; i < slots && K > 0; ++i) keys[i] = -1.0;  // no fraction is negative
     // Regroup the prototype when the outputs read more taps than it has.
     const bool regroup = P.step != 0 && K * H > 2 * M;
-    Scratch<double> table(regroup ? static_cast<size_t>(2 * M) : 0);
-    Scratch<int64_t> starts(regroup ? static_cast<size_t>(P.step < M ? P.step : M) : 0);
+    const int64_t residues = P.step < M ? P.step : M;
+    const int64_t padded = M + 8 * residues;  // each residue's run starts on a 64-byte boundary
+    Scratch<double> table(regroup ? static_cast<size_t>(2 * padded + 8) : 0);
+    Scratch<int64_t> starts(regroup ? static_cast<size_t>(residues) : 0);
     if (regroup) {
         if (!table.ok() || !starts.ok()) return status = STATUS_OUT_OF_MEMORY;
-        Regroup(P, table.get(), table.get() + M, starts.get());
-        P.g = table.get();
-        P.d = table.get() + M;
+        double *g = table.get() + (8 - reinterpret_cast<uintptr_t>(table.get()) / sizeof(double) % 8) % 8;
+        Regroup(P, g, g + padded, starts.get());
+        P.g = g;
+        P.d = g + padded;
         P.start = starts.get();
     }
     const T *block = in.data();
@@ -426,40 +462,51 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
     T *y = out.data();
 
     clock = start;
-    Span sp{};
-    bool fresh = false;  // taps hold the current fraction
-    double taps_f = 0.0;
-    for (int64_t k = 0; k < K; ++k, clock.Step()) {
-        if (!fresh || clock.f != taps_f) {
-            sp = Geometry(P, clock.f);
-            if (sp.taps() > H) return status = STATUS_TOO_MANY_TAPS;
-            MakeTaps(P, sp, taps);
-            taps_f = clock.f;
-            fresh = true;
+    for (int64_t k0 = 0; k0 < K; k0 += slots) {
+        const int64_t count = K - k0 < slots ? K - k0 : slots;
+        int64_t fill = 0;
+        for (int64_t b = 0; b < count; ++b, clock.Step()) {
+            if (keys[b] != clock.f) {
+                const Span sp = Geometry(P, clock.f);
+                if (sp.taps() > H) return status = STATUS_TOO_MANY_TAPS;
+                keys[b] = clock.f;
+                p0s[b] = sp.p0;
+                lefts[b] = sp.left;
+                counts[b] = sp.taps();
+                pending[fill++] = b;
+            }
+            firsts[b] = clock.pos - lefts[b] + 1;
         }
-        const int64_t count = sp.taps();
-        const int64_t first = clock.pos - sp.left + 1;
+        for (int64_t i = 0; i < fill; ++i) {
+            const int64_t b = pending[i];
+            MakeTaps(P, Span{lefts[b], counts[b] - lefts[b], p0s[b]}, tap_slots + b * slot_taps);
+        }
         for (int32_t ch = 0; ch < channels; ++ch) {
             const T *row = block + static_cast<int64_t>(ch) * n;
-            const T *src;
-            if (first >= held) {
-                src = row + (first - held);
-            } else {
-                // Gather history (zeros before the stream) and block samples.
-                const T *past = hist + static_cast<int64_t>(ch) * H;
-                T *r = run;
-                for (int64_t j = 0; j < count; ++j) {
-                    const int64_t i = first + j;
-                    r[j] = i < 0 ? T(0) : i < held ? past[i] : row[i - held];
+            T *yc = y + static_cast<int64_t>(ch) * K + k0;
+            for (int64_t b = 0; b < count; ++b) {
+                const int64_t taps = counts[b];
+                const int64_t first = firsts[b];
+                const T *src;
+                if (first >= held) {
+                    src = row + (first - held);
+                } else {
+                    // Gather history (zeros before the stream) and block samples.
+                    const T *past = hist + static_cast<int64_t>(ch) * H;
+                    for (int64_t j = 0; j < taps; ++j) {
+                        const int64_t i = first + j;
+                        run[j] = i < 0 ? T(0) : i < held ? past[i] : row[i - held];
+                    }
+                    src = run;
                 }
-                src = r;
+                yc[b] = Dot(tap_slots + b * slot_taps, src, taps);
             }
-            y[static_cast<int64_t>(ch) * K + k] = Dot(taps, src, count);
         }
     }
     if (K > 0) {
         Scale(y, K * channels, P.s);
-        std::memcpy(histB.data(), taps, sizeof(R) * static_cast<size_t>(sp.taps()));
+        const int64_t last = (K - 1) % slots;
+        std::memcpy(histB.data(), tap_slots + last * slot_taps, sizeof(R) * static_cast<size_t>(counts[last]));
     }
 
     // Keep samples keep_from ... L - 1 of history + block for the next call.

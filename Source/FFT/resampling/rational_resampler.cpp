@@ -58,6 +58,13 @@ inline int64_t Floor(double v) {
     return static_cast<double>(i) > v ? i - 1 : i;
 }
 
+// Floor of v for v in [lo, lo + 3), lo a whole number: two comparisons
+// instead of a round trip through the integers.
+inline int64_t FloorFrom(double v, int64_t lo) {
+    const double l = static_cast<double>(lo);
+    return lo + (v >= l + 1.0) + (v >= l + 2.0);
+}
+
 // The fixed geometry of one call: prototype length and centre, tap spacing.
 template <class R>
 struct Prototype {
@@ -66,6 +73,7 @@ struct Prototype {
     double c;       // centre (M - 1) / 2
     double s;       // tap spacing in prototype samples per input sample
     double a;       // c / s: half span in input samples
+    int64_t fa;     // floor(a)
     int64_t step;   // s when it is a whole number, else 0
     bool nearest;   // nearest tap instead of linear interpolation
     // With a whole-number spacing, the prototype regrouped by residue modulo
@@ -105,7 +113,8 @@ __attribute__((always_inline)) inline int64_t LastIndex(const Prototype<R> &P, c
 template <class R>
 __attribute__((always_inline)) inline Span Geometry(const Prototype<R> &P, double f) {
     Span sp;
-    int64_t q = Floor(P.a - f);
+    // With 0 <= f < 1, a - f lies in [fa - 1, fa + 1) and a + f in [fa, fa + 2].
+    int64_t q = FloorFrom(P.a - f, P.fa - 1);
     double p0 = (P.c - P.s * f) - static_cast<double>(q) * P.s;
     // Keep 0 <= p0 < s against rounding, so every tap lies in the prototype.
     if (p0 < 0.0) {
@@ -117,7 +126,7 @@ __attribute__((always_inline)) inline Span Geometry(const Prototype<R> &P, doubl
     }
     if (p0 < 0.0) p0 = 0.0;
     sp.left = q + 1;
-    sp.right = Floor(P.a + f);
+    sp.right = FloorFrom(P.a + f, P.fa);
     sp.p0 = p0;
     if (P.step != 0) {
         // Drop the taps past the prototype's end: the count whose last index
@@ -380,6 +389,7 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
     P.c = (static_cast<double>(M) - 1.0) / 2.0;
     P.s = antiAlias != 0 && ratio > 1.0 ? interpolation / ratio : static_cast<double>(interpolation);
     P.a = P.c / P.s;
+    P.fa = Floor(P.a);
     P.step = P.s == static_cast<double>(Floor(P.s)) ? Floor(P.s) : 0;
     P.nearest = state->tapMode == 1;
 
@@ -400,7 +410,7 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
     const int64_t cap = estimate > 0.0 ? static_cast<int64_t>(estimate) + 2 : 2;
     int64_t K = 0;
     Clock clock = start;
-    for (; K < cap && clock.pos + Floor(P.a + clock.f) <= L - 1; ++K) clock.Step();
+    for (; K < cap && clock.pos + FloorFrom(P.a + clock.f, P.fa) <= L - 1; ++K) clock.Step();
     // The history keeps the samples from one before the next output's first
     // tap onwards (at most H).
     const Span next = Geometry(P, clock.f);

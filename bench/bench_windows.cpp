@@ -121,9 +121,9 @@ void Df2t(benchmark::State &state) {
 }
 
 BENCHMARK_TEMPLATE(Memcpy, double)->Arg(1 << 20)->Arg(1 << 24);
-BENCHMARK_TEMPLATE(Window, double)->Args({1 << 20, 1})->Args({1 << 24, 1})->Args({1 << 24, 8});
+BENCHMARK_TEMPLATE(Window, double)->Args({1 << 20, 1})->Args({1 << 20, 8})->Args({1 << 24, 1})->Args({1 << 24, 8});
 BENCHMARK_TEMPLATE(Memcpy, float)->Arg(1 << 20)->Arg(1 << 24);
-BENCHMARK_TEMPLATE(Window, float)->Args({1 << 20, 1})->Args({1 << 24, 1})->Args({1 << 24, 8});
+BENCHMARK_TEMPLATE(Window, float)->Args({1 << 20, 1})->Args({1 << 20, 8})->Args({1 << 24, 1})->Args({1 << 24, 8});
 BENCHMARK_TEMPLATE(Df2t, double)->Args({1 << 20, 2})->Args({1 << 20, 4})->Args({1 << 20, 8})->Args({1 << 20, 16});
 BENCHMARK_TEMPLATE(Iir, double)->Args({1 << 20, 2})->Args({1 << 20, 4})->Args({1 << 20, 8})->Args({1 << 20, 16});
 BENCHMARK_TEMPLATE(Df2t, float)->Args({1 << 20, 2})->Args({1 << 20, 4})->Args({1 << 20, 8})->Args({1 << 20, 16});
@@ -152,7 +152,7 @@ int main(int argc, char **argv) {
     benchmark::RunSpecifiedBenchmarks(&reporter);
     std::printf("\nwindow bandwidth / memcpy bandwidth (1 = memcpy speed)\n");
     for (const char *t : {"double", "float"})
-        for (const auto &[n, type] : std::vector<std::pair<int, int>>{{1 << 20, 1}, {1 << 24, 1}, {1 << 24, 8}}) {
+        for (const auto &[n, type] : std::vector<std::pair<int, int>>{{1 << 20, 1}, {1 << 20, 8}, {1 << 24, 1}, {1 << 24, 8}}) {
             const double w = Seconds("Window<" + std::string(t) + ">/" + std::to_string(n) + "/" + std::to_string(type));
             const double c = Seconds("Memcpy<" + std::string(t) + ">/" + std::to_string(n));
             if (w > 0 && c > 0) std::printf("  %-6s n=%-9d type %d  %.2f\n", t, n, type, c / w);

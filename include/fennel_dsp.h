@@ -807,6 +807,24 @@ FENNEL_DSP_API int32_t dFIRWindowedCoefH(FDArrayHandle coefficients, double fs, 
  *   Prefixes: ss float/float, dd double/double, cs complex float signal with
  *   float coefficients, zd complex double signal with double coefficients.
  *   After a failure X and both states are empty.
+ *   Block-wise filtering: carrying the states from one call to the next
+ *   continues the same filter, but not bit for bit the same as one call over
+ *   the whole signal.  A block's first outputs (those whose taps reach into
+ *   the states: up to len(b)-1 rounded up to a multiple of four for the
+ *   forward sum, and as many as the feedback order rounded up to a multiple
+ *   of four for the feedback sum) are summed tap by tap in the order of k,
+ *   the later outputs in four interleaved partial sums, so those first
+ *   outputs can differ from one call's by about one rounding (1 ulp of the
+ *   output's scale).  Without feedback (len(a) <= 1) the difference stays in
+ *   those outputs; with feedback it carries into the later outputs like any
+ *   rounding difference, scaled by the filter's sensitivity to rounding.
+ *   Measured (ulp of the output's peak, 30 blocks over 20000 samples): a few
+ *   at order 2, up to about 60 at order 4, hundreds to about 1400 at order
+ *   8 (Butterworth), and at order 16 from about a hundred up to millions for
+ *   filters that this direct form barely keeps stable (a 16th-order
+ *   Butterworth).
+ *   Each call is deterministic: the same blocks give the same bits on every
+ *   machine and instruction set.
  */
 FENNEL_DSP_API int32_t ssIIRDirectFilterH(FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
                                           FDArrayHandle forwardState, FDArrayHandle reverseState,

@@ -374,16 +374,17 @@ def split(n, rng):
 
 
 @pytest.mark.parametrize("dtype", DTYPES)
-@pytest.mark.parametrize("nb, na", [(1, 0), (1, 1), (3, 1), (2, 2), (3, 3), (5, 5), (6, 4), (4, 9), (9, 6),
-                                    (17, 17)])
-def test_iir_is_bit_exact_blockwise(dtype, nb, na):
+@pytest.mark.parametrize("nb, na, n", [(1, 0, 160), (1, 1, 160), (3, 1, 160), (2, 2, 160), (3, 3, 160),
+                                       (5, 5, 160), (6, 4, 160), (4, 9, 160), (9, 6, 160), (17, 17, 160),
+                                       (5, 5, 1300), (17, 17, 1300)])
+def test_iir_is_bit_exact_blockwise(dtype, nb, na, n):
     rng = np.random.default_rng(nb * 31 + na)
     real = real_of(dtype)
     R = np.float32 if real == np.float32 else float
     padded = np.dtype(dtype) != np.complex128
     b, a = stable_filter(max(nb, na) - 1, rng)
     b, a = [R(v) for v in b[:nb].astype(real)], [R(v) for v in a[:na].astype(real)]
-    x = random_signal(160, dtype, seed=na)
+    x = random_signal(n, dtype, seed=na)
     f = fd.IIRFilter(b, a, dtype)
     edges = split(len(x), rng)
     got = np.concatenate([f(x[s:e]) for s, e in zip(edges, edges[1:])])

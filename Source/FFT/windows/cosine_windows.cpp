@@ -96,6 +96,92 @@ void RotateAndApply(T *x, int32_t n, const double *C, const double *S, const dou
     }
 }
 
+// Four lanes of doubles.
+typedef double Lanes4 __attribute__((vector_size(32)));
+typedef long long LaneIndex4 __attribute__((vector_size(32)));
+
+// The rotation loop of RotateAndApply for K >= 3 with the terms side by side
+// in groups of four lanes: lane j of group q holds term 4q+j+1 (the spare
+// lanes hold zeros and stay zero), so each step is four multiplies and four
+// adds per group, and the terms' independent rotations overlap instead of
+// queueing for the FP units.  Four steps at a time, the groups of the four
+// steps are transposed so that the window sums of the four steps run side by
+// side, each in term order.  Every lane rounds exactly as the scalar form.
+template <class T, int K>
+__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void
+RotateTermsAndApply(T *x, int32_t n, const double *C, const double *S, const double *alpha,
+                    const double *beta) {
+    using R = typename Traits<T>::Real;
+    constexpr int G = (K + 2) / 4;
+    Lanes4 c[G] = {}, s[G] = {}, al[G] = {}, be[G] = {};
+    for (int k = 1; k < K; ++k) {
+        c[(k - 1) / 4][(k - 1) % 4] = C[k];
+        s[(k - 1) / 4][(k - 1) % 4] = S[k];
+        al[(k - 1) / 4][(k - 1) % 4] = alpha[k];
+        be[(k - 1) / 4][(k - 1) % 4] = beta[k];
+    }
+    const double c0 = C[0];
+    const int32_t half = (n - 1) / 2;
+    auto rotate = [&]() __attribute__((always_inline)) {
+#pragma GCC unroll 2
+        for (int q = 0; q < G; ++q) {
+            const Lanes4 cn = c[q] - (be[q] * s[q] + al[q] * c[q]);
+            const Lanes4 sn = s[q] - (al[q] * s[q] - be[q] * c[q]);
+            c[q] = cn;
+            s[q] = sn;
+        }
+    };
+    int32_t m = 1;
+    for (; m + 3 <= half; m += 4) {
+        Lanes4 step[4][G];
+#pragma GCC unroll 4
+        for (int j = 0; j < 4; ++j) {
+            rotate();
+#pragma GCC unroll 2
+            for (int q = 0; q < G; ++q) step[j][q] = c[q];
+        }
+        // term[k-1] lane j: term k at step m+j.
+        Lanes4 term[4 * G];
+#pragma GCC unroll 2
+        for (int q = 0; q < G; ++q) {
+            const Lanes4 lo01 = __builtin_shuffle(step[0][q], step[1][q], LaneIndex4{0, 4, 2, 6});
+            const Lanes4 hi01 = __builtin_shuffle(step[0][q], step[1][q], LaneIndex4{1, 5, 3, 7});
+            const Lanes4 lo23 = __builtin_shuffle(step[2][q], step[3][q], LaneIndex4{0, 4, 2, 6});
+            const Lanes4 hi23 = __builtin_shuffle(step[2][q], step[3][q], LaneIndex4{1, 5, 3, 7});
+            term[4 * q + 0] = __builtin_shuffle(lo01, lo23, LaneIndex4{0, 1, 4, 5});
+            term[4 * q + 1] = __builtin_shuffle(hi01, hi23, LaneIndex4{0, 1, 4, 5});
+            term[4 * q + 2] = __builtin_shuffle(lo01, lo23, LaneIndex4{2, 3, 6, 7});
+            term[4 * q + 3] = __builtin_shuffle(hi01, hi23, LaneIndex4{2, 3, 6, 7});
+        }
+        Lanes4 w = {c0, c0, c0, c0};
+#pragma GCC unroll 8
+        for (int k = 1; k < K; ++k) w = w + term[k - 1];
+#pragma GCC unroll 4
+        for (int j = 0; j < 4; ++j) {
+            const R wr = static_cast<R>(w[j]);
+            MultiplyBy(x[m + j], wr);
+            MultiplyBy(x[n - m - j], wr);
+        }
+    }
+    for (; m <= half; ++m) {
+        rotate();
+        double w = c0;
+#pragma GCC unroll 8
+        for (int k = 1; k < K; ++k) w = w + c[(k - 1) / 4][(k - 1) % 4];
+        const R wr = static_cast<R>(w);
+        MultiplyBy(x[m], wr);
+        MultiplyBy(x[n - m], wr);
+    }
+    if (n % 2 == 0) {
+        double w = c0;
+#pragma GCC unroll 2
+        for (int q = 0; q < G; ++q) c[q] = c[q] - (al[q] * c[q] + be[q] * s[q]);
+#pragma GCC unroll 8
+        for (int k = 1; k < K; ++k) w = w + c[(k - 1) / 4][(k - 1) % 4];
+        MultiplyBy(x[n / 2], static_cast<R>(w));
+    }
+}
+
 // The same loop for a count known only at run time, on the workspace rows.
 template <class T>
 void RotateAndApplyRows(T *x, int32_t n, int32_t K, double *C, double *S, const double *alpha,
@@ -172,10 +258,10 @@ int32_t ApplyAllCosWin(T *x, int32_t n, const double *coefs, int32_t K, int32_t 
 
     switch (K) {
         case 2: RotateAndApply<T, 2>(x, n, C, S, alpha, beta); break;
-        case 3: RotateAndApply<T, 3>(x, n, C, S, alpha, beta); break;
-        case 4: RotateAndApply<T, 4>(x, n, C, S, alpha, beta); break;
-        case 5: RotateAndApply<T, 5>(x, n, C, S, alpha, beta); break;
-        case 7: RotateAndApply<T, 7>(x, n, C, S, alpha, beta); break;
+        case 3: RotateTermsAndApply<T, 3>(x, n, C, S, alpha, beta); break;
+        case 4: RotateTermsAndApply<T, 4>(x, n, C, S, alpha, beta); break;
+        case 5: RotateTermsAndApply<T, 5>(x, n, C, S, alpha, beta); break;
+        case 7: RotateTermsAndApply<T, 7>(x, n, C, S, alpha, beta); break;
         default: RotateAndApplyRows(x, n, K, C, S, alpha, beta); break;
     }
     return STATUS_OK;

@@ -87,38 +87,107 @@ void FeedbackOutputs(R *yr, int32_t count, const R *ap, int32_t Pn, const R *a, 
             yr[i * P + c] = (yr[i * P + c] - LaneDot(yr + (i - Pn) * P + c, P, ap + Pn, Pn)) * g;
 }
 
+// Four lanes of the real type, for the lane sums of the fused loop.
+template <class R>
+struct LanesOf;
+template <>
+struct LanesOf<float> {
+    typedef float type __attribute__((vector_size(16)));
+};
+template <>
+struct LanesOf<double> {
+    typedef double type __attribute__((vector_size(32)));
+};
+template <class R>
+using Lanes = typename LanesOf<R>::type;
+
+// Four lanes from p (any alignment), then multiplied by c (by reference: a
+// 32-byte vector is not passed in registers by the baseline ABI).
+template <class R>
+inline void Product(Lanes<R> &out, const R *p, const Lanes<R> &c) {
+    Lanes<R> v;
+    std::memcpy(&v, p, sizeof v);
+    out = v * c;
+}
+
 // Both stages in one forward pass for real signals of fixed padded orders,
 // from output h on (h >= Q-1 and h >= Pn; outputs before h are done): each
-// output takes exactly the operations of the two-stage form, with the recent
-// inputs and outputs held in registers.  saved holds the original inputs
-// x[h-Q+1 .. h-1].
+// output takes exactly the operations of the two-stage form.  Lane j of the
+// forward sum takes the inputs m = j mod 4 of the Q-sample window (oldest
+// first), which is one four-lane multiply and add per group of four taps;
+// the feedback lanes likewise, with the older groups (outputs at least five
+// back) read from the signal as vectors and the newest four outputs kept in
+// registers, so the chain from one output to the next is one multiply and
+// three adds.  The original inputs are copied chunk by chunk to a local
+// buffer before their outputs overwrite them; saved holds the original
+// inputs x[h-Q+1 .. h-1].
 template <class R, int Q, int Pn, bool kUnit>
-void FusedOutputs(R *x, int32_t n, int32_t h, const R *bp, const R *ap, R g, const R *saved) {
-    R br[Q], ar[Pn], xh[Q], yh[Pn];
-    for (int m = 0; m < Q; ++m) br[m] = bp[Q - 1 - m];
-    for (int m = 0; m < Pn; ++m) ar[m] = ap[Pn - m];
-    for (int m = 0; m < Q - 1; ++m) xh[m] = saved[m];
-    for (int m = 0; m < Pn; ++m) yh[m] = x[h - Pn + m];
-    for (int32_t i = h; i < n; ++i) {
-        xh[Q - 1] = x[i];
-        R f[4], l[4];
-#pragma GCC unroll 32
-        for (int m = 0; m < 4; ++m) f[m] = xh[m] * br[m];
-#pragma GCC unroll 32
-        for (int m = 4; m < Q; ++m) f[m % 4] = f[m % 4] + xh[m] * br[m];
-        const R w = f[0] + f[1] + f[2] + f[3];
-#pragma GCC unroll 32
-        for (int m = 0; m < 4; ++m) l[m] = yh[m] * ar[m];
-#pragma GCC unroll 32
-        for (int m = 4; m < Pn; ++m) l[m % 4] = l[m % 4] + yh[m] * ar[m];
-        R y = w - (l[0] + l[1] + l[2] + l[3]);
-        if constexpr (!kUnit) y = y * g;
-        x[i] = y;
-#pragma GCC unroll 32
-        for (int m = 0; m < Q - 1; ++m) xh[m] = xh[m + 1];
-#pragma GCC unroll 32
-        for (int m = 0; m < Pn - 1; ++m) yh[m] = yh[m + 1];
-        yh[Pn - 1] = y;
+__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void
+FusedOutputs(R *x, int32_t n, int32_t h, const R *bp, const R *ap, R g, const R *saved) {
+    using V = Lanes<R>;
+    constexpr int kChunk = 512;
+    constexpr int kOld = Pn / 4 - 1;  // feedback groups read back from the signal
+    alignas(64) R in[Q - 1 + kChunk];
+    V bv[Q / 4], av[kOld > 0 ? kOld : 1];
+    R last[4];
+    for (int t = 0; t < Q / 4; ++t)
+        for (int j = 0; j < 4; ++j) bv[t][j] = bp[Q - 1 - (4 * t + j)];
+    for (int t = 0; t < kOld; ++t)
+        for (int j = 0; j < 4; ++j) av[t][j] = ap[Pn - (4 * t + j)];
+    for (int j = 0; j < 4; ++j) last[j] = ap[4 - j];
+    std::memcpy(in, saved, sizeof(R) * (Q - 1));
+    R y0 = x[h - 4], y1 = x[h - 3], y2 = x[h - 2], y3 = x[h - 1];
+    for (int32_t c0 = h; c0 < n; c0 += kChunk) {
+        const int32_t count = std::min<int32_t>(kChunk, n - c0);
+        std::memcpy(in + (Q - 1), x + c0, sizeof(R) * static_cast<size_t>(count));
+        R *out = x + c0;
+        // Output u from the four previous outputs ya (oldest) .. yd (newest).
+        auto step = [&](int32_t u, R ya, R yb, R yc, R yd) __attribute__((always_inline)) {
+            V f, p;
+            Product(f, in + u, bv[0]);
+#pragma GCC unroll 8
+            for (int t = 1; t < Q / 4; ++t) {
+                Product(p, in + u + 4 * t, bv[t]);
+                f = f + p;
+            }
+            const R w = ((f[0] + f[1]) + f[2]) + f[3];
+            R l0 = ya * last[0], l1 = yb * last[1], l2 = yc * last[2], l3 = yd * last[3];
+            if constexpr (kOld > 0) {
+                const R *old = out + u - Pn;
+                V o;
+                Product(o, old, av[0]);
+#pragma GCC unroll 8
+                for (int t = 1; t < kOld; ++t) {
+                    Product(p, old + 4 * t, av[t]);
+                    o = o + p;
+                }
+                l0 = o[0] + l0;
+                l1 = o[1] + l1;
+                l2 = o[2] + l2;
+                l3 = o[3] + l3;
+            }
+            R y = w - (((l0 + l1) + l2) + l3);
+            if constexpr (!kUnit) y = y * g;
+            out[u] = y;
+            return y;
+        };
+        // Unrolled by four with the names rotating, so that no register
+        // copy sits on the chain from one output to the next.
+        int32_t u = 0;
+        for (; u + 4 <= count; u += 4) {
+            y0 = step(u, y0, y1, y2, y3);
+            y1 = step(u + 1, y1, y2, y3, y0);
+            y2 = step(u + 2, y2, y3, y0, y1);
+            y3 = step(u + 3, y3, y0, y1, y2);
+        }
+        for (; u < count; ++u) {
+            const R y = step(u, y0, y1, y2, y3);
+            y0 = y1;
+            y1 = y2;
+            y2 = y3;
+            y3 = y;
+        }
+        std::memmove(in, in + count, sizeof(R) * (Q - 1));
     }
 }
 

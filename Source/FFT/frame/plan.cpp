@@ -22,6 +22,17 @@ bool Matches(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g, int32_t &status) {
         for (int i = 0; i <= g.rank; ++i)
             if (strides[i] != g.input_strides[i]) return false;
     }
+    // The output strides too: a real forward transform writes its spectrum
+    // packed, the inverse of the same sizes and input strides does not.
+    if (g.strides) {
+        MKL_LONG strides[4] = {0, 0, 0, 0};
+        if (DftiGetValue(d, DFTI_OUTPUT_STRIDES, strides) != 0) {
+            status = STATUS_DFTI_SETUP_FAILED;
+            return false;
+        }
+        for (int i = 0; i <= g.rank; ++i)
+            if (strides[i] != g.output_strides[i]) return false;
+    }
     // Batched workers compare the count even when they now need one
     // transform: a cached batch of the same length would overrun the output.
     if (g.transforms > 1 || g.strides) {

@@ -8,9 +8,10 @@
 // direction, made for 16-byte aligned arrays: a misaligned input is copied to
 // an aligned buffer first, a misaligned output is produced in an aligned
 // buffer and copied out (scaled on the way when a scale is set).
-// Multi-dimensional c2r overwrites its input in FFTW, so that input is always
-// copied: inputs are never modified.  The planner is not thread-safe: every
-// planner call and plan destruction holds one lock.
+// Multi-dimensional c2r overwrites its input in FFTW, so that input is
+// copied (inputs are never modified) unless the caller gave the backward
+// direction a layout of its own with its input as scratch.  The planner is
+// not thread-safe: every planner call and plan destruction holds one lock.
 #include <fftw3.h>
 
 #include <atomic>

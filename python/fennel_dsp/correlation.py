@@ -139,7 +139,7 @@ def convolve2d(x, y, mode="full", method="auto", plan=None):
     full, work = HostArray.empty(out_type), HostArray.empty(out_type)
     _call(_CONV2[prefix], f"{prefix}2DConvolutionH", hx.handle, hy.handle, out.handle,
           _MODES[mode], algorithm, full.handle, work.handle, plan_ref(plan))
-    return out.to_numpy()
+    return out.take_numpy()
 
 
 def correlate2d(x, y, method="auto", plan=None):
@@ -152,7 +152,7 @@ def correlate2d(x, y, method="auto", plan=None):
     rev, work = HostArray.empty(out_type), HostArray.empty(out_type)
     _call(_CORR2[prefix], f"{prefix}2DCorrelationH", hx.handle, hy.handle, out.handle, algorithm,
           rev.handle, work.handle, plan_ref(plan))
-    return out.to_numpy()
+    return out.take_numpy()
 
 
 def autocorrelate2d(x, method="auto", plan=None):
@@ -167,4 +167,4 @@ def autocorrelate2d(x, method="auto", plan=None):
     rev, work = HostArray.empty(x.dtype), HostArray.empty(x.dtype)
     _call(_AUTO2[prefix], f"{prefix}2DAutoCorrelationH", hx.handle, out.handle, algorithm,
           rev.handle, work.handle, plan_ref(plan))
-    return out.to_numpy()
+    return out.take_numpy()

@@ -114,3 +114,19 @@ def test_large_operands_agree_with_scipy_fftconvolve():
     a, k = random_signal(64 * 48, np.float32, 5).reshape(64, 48), random_signal(256, np.float32, 6).reshape(16, 16)
     want = ss.fftconvolve(a.astype(np.float64), k)[8:8 + 64, 8:8 + 48]
     close(fd.convolve2d(a, k, "same", "fft"), want.astype(np.float32), a, k, 80 * 64)
+
+
+@pytest.mark.parametrize("dtype", [np.float32, np.float64])
+def test_one_plan_shared_by_convolution_and_2d_ffts_of_the_same_sizes(dtype):
+    # A real 10 x 12 transform each time: convolution (10 x 12 full result),
+    # forward and inverse FFT lay their spectra out differently, so each call
+    # must rebuild a plan it cannot use rather than read another's layout.
+    x = random_signal(30, dtype, seed=1).reshape(5, 6)
+    y = random_signal(42, dtype, seed=2).reshape(6, 7)
+    a = random_signal(120, dtype, seed=3).reshape(10, 12)
+    with fd.Plan() as plan:
+        for _ in range(2):
+            close(fd.convolve2d(x, y, method="fft", plan=plan), ss.convolve2d(x, y), x, y, 120)
+            A = fd.fft2(a, plan=plan)
+            close(A, np.fft.fft2(a), a, np.ones(1), 120)
+            close(fd.ifft2(A, real=True, plan=plan), a, a, np.ones(1), 120)

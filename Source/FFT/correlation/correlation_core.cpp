@@ -185,17 +185,21 @@ int32_t FrequencyDomainCore(const X *x, int32_t r1, int32_t c1, const Y *y, int3
     EmptyAtExit<O, 1> ws_guard(ws, fftScratch != nullptr);
 
     // Layout of a work buffer.  Data: rows of lc elements (a 1D real buffer
-    // is padded to lc + 2 reals).  Spectra, all packed: 1D real lc / 2 + 1
-    // bins; complex lr x lc bins; 2D real the non-negative half of the row
-    // frequencies, (lr / 2 + 1) rows of lc bins.  For that last one the
-    // transform is described column-first (lengths {lc, lr}, strides
-    // {0, 1, lc}) so that its halved dimension is the rows: data and spectra
-    // then share one set of strides, and the spectra stay packed (rows of lc
-    // / 2 + 1 bins at a pitch of lc, the other choice, run the transforms
+    // is padded to lc + 2 reals).  Spectra: 1D real lc / 2 + 1 bins; complex
+    // lr x lc bins; 2D real the non-negative column frequencies.  Those are
+    // packed rows of lc / 2 + 1 bins, read and written in that layout by
+    // both directions, where the engine lets the backward transform have
+    // strides of its own.  A foreign engine has one set of strides for both
+    // directions: there the transform is described column-first (lengths
+    // {lc, lr}, strides {0, 1, lc}), so that its halved dimension is the rows
+    // and the spectra are (lr / 2 + 1) packed rows of lc bins (rows of
+    // lc / 2 + 1 bins at a pitch of lc, the other choice, run the transforms
     // about 1.5x slower and need twice the memory).
-    const bool half_rows = kReal && rank > 1;
+    const bool packed_rows = kReal && rank > 1 && engine::kHasBackwardLayout;
+    const bool half_rows = kReal && rank > 1 && !packed_rows;
+    const int64_t half = lc / 2 + 1;
     const int64_t region = kReal && rank == 1 ? lc + 2 : lr * lc;
-    const int64_t w = half_rows ? (lr + 2) * lc : region;
+    const int64_t w = half_rows ? (lr + 2) * lc : packed_rows ? 2 * lr * half : region;
 
     PlanGeometry g;
     g.precision = Traits<O>::kPrecision;
@@ -207,20 +211,32 @@ int32_t FrequencyDomainCore(const X *x, int32_t r1, int32_t c1, const Y *y, int3
     if (rank > 1) {
         g.strides = true;
         g.complex_complex = kReal;
-        const MKL_LONG lcl = static_cast<MKL_LONG>(lc);
+        const MKL_LONG lcl = static_cast<MKL_LONG>(lc), hl = static_cast<MKL_LONG>(half);
         const MKL_LONG strides[3] = {0, half_rows ? 1 : lcl, half_rows ? lcl : 1};
         for (int i = 0; i < 3; ++i) g.input_strides[i] = g.output_strides[i] = strides[i];
+        if (packed_rows) {
+            const MKL_LONG spectra[3] = {0, hl, 1};
+            g.backward_layout = true;
+            for (int i = 0; i < 3; ++i) {
+                g.output_strides[i] = g.backward_input_strides[i] = spectra[i];
+                g.backward_output_strides[i] = strides[i];
+            }
+        }
     }
     // The spectrum kernels over that layout.
     const auto multiply = [&](const C *p, const C *q, C *d) {
         if (half_rows)
             MultiplySpectra<C>(p, q, d, lr / 2 + 1, lc);
+        else if (packed_rows)
+            MultiplySpectra<C>(p, q, d, 1, lr * half);
         else
             MultiplySpectra<O>(p, q, d, lr, lc);
     };
     const auto square = [&](const C *p, C *d) {
         if (half_rows)
             SquareMagnitudes<C>(p, d, lr / 2 + 1, lc);
+        else if (packed_rows)
+            SquareMagnitudes<C>(p, d, 1, lr * half);
         else
             SquareMagnitudes<O>(p, d, lr, lc);
     };

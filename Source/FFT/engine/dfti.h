@@ -92,3 +92,24 @@ inline MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG
     return precision == DFTI_SINGLE ? DftiCreateDescriptor_s_md(handle, domain, dimension, lengths)
                                     : DftiCreateDescriptor_d_md(handle, domain, dimension, lengths);
 }
+
+// An extension of the FFTW engine (not part of the DFTI interface): a
+// backward transform with a layout of its own, so that a real transform can
+// read and write its packed half spectrum where FFTW prefers it in both
+// directions.  `input` and `output` are the backward direction's strides
+// ({offset, one per dimension}); with `input_is_scratch` the backward
+// transform may overwrite its input (a multi-dimensional real backward
+// transform otherwise runs on a copy).  Set before the commit; any
+// DftiSetValue clears it.  The engine bound on Windows is a foreign one
+// without it: kHasBackwardLayout is false there and the calls fail.
+namespace fennel::engine {
+#if defined(_WIN32)
+inline constexpr bool kHasBackwardLayout = false;
+#else
+inline constexpr bool kHasBackwardLayout = true;
+#endif
+MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, const MKL_LONG *output,
+                           bool input_is_scratch);
+// True, with the strides, when the descriptor has a backward layout of its own.
+bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, MKL_LONG *input, MKL_LONG *output);
+}  // namespace fennel::engine

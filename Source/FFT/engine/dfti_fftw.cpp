@@ -8,9 +8,10 @@
 // direction, made for 16-byte aligned arrays: a misaligned input is copied to
 // an aligned buffer first, a misaligned output is produced in an aligned
 // buffer and copied out (scaled on the way when a scale is set).
-// Multi-dimensional c2r overwrites its input in FFTW, so that input is always
-// copied: inputs are never modified.  The planner is not thread-safe: every
-// planner call and plan destruction holds one lock.
+// Multi-dimensional c2r overwrites its input in FFTW, so that input is
+// copied (inputs are never modified) unless the caller gave the backward
+// direction a layout of its own with its input as scratch.  The planner is
+// not thread-safe: every planner call and plan destruction holds one lock.
 #include <fftw3.h>
 
 #include <atomic>
@@ -133,6 +134,12 @@ struct DFTI_DESCRIPTOR {
     MKL_LONG out_strides[4];
     bool in_strides_set;
     bool out_strides_set;
+    // The backward direction's own strides (extension), and whether its
+    // input may be overwritten.
+    MKL_LONG bwd_in_strides[4];
+    MKL_LONG bwd_out_strides[4];
+    bool bwd_strides_set;
+    bool bwd_input_is_scratch;
     DFTI_CONFIG_VALUE placement;
     DFTI_CONFIG_VALUE ce_storage;
     DFTI_CONFIG_VALUE packed_format;
@@ -208,12 +215,18 @@ Layout MakeLayout(const DFTI_DESCRIPTOR *d, bool forward) {
         l.in_dims[i] = in_dims[i];
         l.out_dims[i] = out_dims[i];
     }
-    if (d->in_strides_set) {
+    if (!forward && d->bwd_strides_set) {
+        for (int i = 0; i <= d->rank; ++i) {
+            l.is[i] = d->bwd_in_strides[i];
+            l.os[i] = d->bwd_out_strides[i];
+        }
+    } else if (d->in_strides_set) {
         for (int i = 0; i <= d->rank; ++i) l.is[i] = d->in_strides[i];
     } else {
         RowMajor(d->rank, in_dims, l.is);
     }
-    if (d->out_strides_set) {
+    if (!forward && d->bwd_strides_set) {
+    } else if (d->out_strides_set) {
         for (int i = 0; i <= d->rank; ++i) l.os[i] = d->out_strides[i];
     } else {
         RowMajor(d->rank, out_dims, l.os);
@@ -348,7 +361,8 @@ MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output) {
     const size_t out_span = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * l.out_bytes;
 
     // One aligned plan per direction; misaligned data go through buffers.
-    const bool copy_in = Fftw<R>::AlignmentOf(in) != 0 || (real && !forward && l.rank > 1);
+    const bool copy_in = Fftw<R>::AlignmentOf(in) != 0 ||
+                         (real && !forward && l.rank > 1 && !d->bwd_input_is_scratch);
     const bool copy_out = Fftw<R>::AlignmentOf(out) != 0;
     void *src = in;
     void *dst = out;
@@ -509,7 +523,10 @@ MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM param, ...) {
         default: status = DFTI_INVALID_CONFIGURATION; break;
     }
     va_end(ap);
-    if (status == DFTI_NO_ERROR) Uncommit(d);
+    if (status == DFTI_NO_ERROR) {
+        Uncommit(d);
+        d->bwd_strides_set = d->bwd_input_is_scratch = false;
+    }
     return status;
 }
 
@@ -568,7 +585,8 @@ MKL_LONG DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE d) {
     // Only out-of-place transforms with non-negative strides are offered.
     if (d->placement != DFTI_NOT_INPLACE) return DFTI_UNIMPLEMENTED;
     for (int i = 0; i <= d->rank; ++i)
-        if ((d->in_strides_set && d->in_strides[i] < 0) || (d->out_strides_set && d->out_strides[i] < 0))
+        if ((d->in_strides_set && d->in_strides[i] < 0) || (d->out_strides_set && d->out_strides[i] < 0) ||
+            (d->bwd_strides_set && (d->bwd_in_strides[i] < 0 || d->bwd_out_strides[i] < 0)))
             return DFTI_INVALID_CONFIGURATION;
     if (d->howmany > 1 && (d->in_distance < 0 || d->out_distance < 0))
         return DFTI_INVALID_CONFIGURATION;
@@ -610,6 +628,28 @@ MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle) {
 }  // extern "C"
 
 namespace fennel::engine {
+
+MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, const MKL_LONG *output,
+                           bool input_is_scratch) {
+    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
+    for (int i = 0; i <= d->rank; ++i) {
+        d->bwd_in_strides[i] = input[i];
+        d->bwd_out_strides[i] = output[i];
+    }
+    d->bwd_strides_set = true;
+    d->bwd_input_is_scratch = input_is_scratch;
+    Uncommit(d);
+    return DFTI_NO_ERROR;
+}
+
+bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, MKL_LONG *input, MKL_LONG *output) {
+    if (d == nullptr || !d->bwd_strides_set) return false;
+    for (int i = 0; i <= d->rank; ++i) {
+        input[i] = d->bwd_in_strides[i];
+        output[i] = d->bwd_out_strides[i];
+    }
+    return true;
+}
 
 Counters GetCounters() {
     return Counters{g_creates.load(), g_commits.load(), g_frees.load(), g_computes.load(),

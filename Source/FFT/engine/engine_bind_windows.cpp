@@ -176,4 +176,12 @@ double dlapy2_(const double *x, const double *y) {
 
 }  // extern "C"
 
+// The foreign engine has no backward layout of its own.
+namespace fennel::engine {
+MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, const MKL_LONG *, const MKL_LONG *, bool) {
+    return DFTI_UNIMPLEMENTED;
+}
+bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, MKL_LONG *, MKL_LONG *) { return false; }
+}  // namespace fennel::engine
+
 #endif  // _WIN32

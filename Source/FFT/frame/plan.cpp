@@ -22,6 +22,24 @@ bool Matches(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g, int32_t &status) {
         for (int i = 0; i <= g.rank; ++i)
             if (strides[i] != g.input_strides[i]) return false;
     }
+    // The output strides too: a real forward transform writes its spectrum
+    // packed, the inverse of the same sizes and input strides does not.
+    if (g.strides) {
+        MKL_LONG strides[4] = {0, 0, 0, 0};
+        if (DftiGetValue(d, DFTI_OUTPUT_STRIDES, strides) != 0) {
+            status = STATUS_DFTI_SETUP_FAILED;
+            return false;
+        }
+        for (int i = 0; i <= g.rank; ++i)
+            if (strides[i] != g.output_strides[i]) return false;
+    }
+    // A backward layout of its own, when either side has one.
+    MKL_LONG in[4] = {}, out[4] = {};
+    if (engine::GetBackwardLayout(d, in, out) != g.backward_layout) return false;
+    if (g.backward_layout)
+        for (int i = 0; i <= g.rank; ++i)
+            if (in[i] != g.backward_input_strides[i] || out[i] != g.backward_output_strides[i])
+                return false;
     // Batched workers compare the count even when they now need one
     // transform: a cached batch of the same length would overrun the output.
     if (g.transforms > 1 || g.strides) {
@@ -58,6 +76,8 @@ MKL_LONG Configure(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g) {
         for (int i = 0; i < g.rank; ++i) points *= static_cast<double>(g.lengths[i]);
         r = DftiSetValue(d, DFTI_BACKWARD_SCALE, 1.0 / points);
     }
+    if (r == 0 && g.backward_layout)
+        r = engine::SetBackwardLayout(d, g.backward_input_strides, g.backward_output_strides, true);
     if (r == 0) r = DftiCommitDescriptor(d);
     return r;
 }

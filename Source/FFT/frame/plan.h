@@ -29,6 +29,12 @@ struct PlanGeometry {
     MKL_LONG output_distance = 0;
     // Inverse transforms set the backward scale 1 / (product of lengths).
     bool inverse = false;
+    // The backward direction's own strides and its input as scratch (an
+    // engine extension, only where engine::kHasBackwardLayout); compared on
+    // reuse.
+    bool backward_layout = false;
+    MKL_LONG backward_input_strides[4] = {};
+    MKL_LONG backward_output_strides[4] = {};
 };
 
 inline PlanGeometry Geometry1D(DFTI_CONFIG_VALUE precision, DFTI_CONFIG_VALUE domain,

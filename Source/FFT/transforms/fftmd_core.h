@@ -42,10 +42,15 @@ PlanGeometry Geometry(const int32_t (&lengths)[Rank], const int32_t (&inputDims)
     for (int a = 0; a < Rank; ++a) g.lengths[a] = lengths[a];
     g.strides = true;
     RowMajorStrides(inputDims, g.input_strides);
-    RowMajorStrides(lengths, g.output_strides);
-    // Real spectra at the output's own row stride (the expansion reads them
-    // there); the 3D family sets the storage for its complex members too,
-    // where it has no effect.
+    // A real forward transform writes its half spectrum packed (rows of
+    // L/2 + 1 bins) at the start of the output, where FFTW writes fastest;
+    // the expansion then spreads it to the output's own row stride.
+    int32_t out[Rank];
+    for (int a = 0; a < Rank; ++a) out[a] = lengths[a];
+    if (!Traits<T>::kComplex && !inverse) out[Rank - 1] = lengths[Rank - 1] / 2 + 1;
+    RowMajorStrides(out, g.output_strides);
+    // The 3D family sets the storage for its complex members too, where it
+    // has no effect.
     g.complex_complex = !Traits<T>::kComplex || Rank == 3;
     g.inverse = inverse;
     return g;
@@ -65,16 +70,16 @@ void CopyBlock(const T *x, const int32_t (&n)[Rank], T *w, const int32_t (&L)[Ra
                         sizeof(T) * cols);
 }
 
-// Full spectrum from the half spectrum of a real transform of sizes L: every
-// page p from page (P - p) mod P, page 0 onto itself.
+// Full spectrum from the packed half spectrum of a real transform of sizes
+// L: element (p, r, k) from the conjugate of ((P - p) mod P, (R - r) mod R, k).
 template <class C, int Rank>
 void Expand(C *X, const int32_t (&L)[Rank]) {
-    const int32_t pages = Rank == 3 ? L[0] : 1;
-    const ptrdiff_t page = static_cast<ptrdiff_t>(L[Rank - 2]) * L[Rank - 1];
-    for (int32_t p = 0; p < pages; ++p) {
-        const int32_t source = p == 0 ? 0 : pages - p;
-        Expand2D(X + source * page, X + p * page, L[Rank - 2], L[Rank - 1]);
-    }
+    const ptrdiff_t pages = Rank == 3 ? L[0] : 1;
+    const ptrdiff_t rows = L[Rank - 2];
+    ExpandPacked(X, pages * rows, L[Rank - 1], [pages, rows](ptrdiff_t q) {
+        const ptrdiff_t p = q / rows, r = q - p * rows;
+        return (p == 0 ? 0 : pages - p) * rows + (r == 0 ? 0 : rows - r);
+    });
 }
 
 // Forward computing routine: the L-sized transform of x (sizes n), padded

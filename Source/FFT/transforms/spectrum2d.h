@@ -12,20 +12,27 @@
 
 namespace fennel {
 
-// Expansion of a real 2D transform (rows R, columns C, row stride C): on entry
-// columns 0 .. C/2 of src hold the bins; writes dst[r][C-k] =
-// conj(src[(R-r) mod R][k]) for k = 1 .. (C-1)/2.  It reads only columns
-// <= (C-1)/2 and writes only columns > C/2, so src may equal dst, and a 3D
-// transform can expand page p from page (P-p) mod P.
-template <class C>
-void Expand2D(const C *src, C *dst, int32_t R, int32_t Cols) {
+// Expansion of a real transform's half spectrum to the full spectrum, in
+// place.  On entry the first Q * (Cols/2 + 1) elements of X hold Q packed rows
+// of bins 0 .. Cols/2; on exit row q sits at q * Cols with
+// X[q][Cols-k] = conj(X[mirror(q)][k]) for k = 1 .. (Cols-1)/2.  Rows are
+// placed from the last to the first: packed row q lies at or below its final
+// place, and its mirror row is either already placed (mirror >= q) or still
+// packed below everything written so far (mirror < q), so no row is read
+// after it was overwritten and the full spectrum is written in one pass.
+template <class C, class Mirror>
+void ExpandPacked(C *X, ptrdiff_t Q, int32_t Cols, Mirror mirror) {
     using Real = typename C::value_type;
+    const ptrdiff_t half = Cols / 2 + 1;
     const int32_t upper = (Cols - 1) / 2;
-    for (int32_t r = 0; r < R; ++r) {
+    for (ptrdiff_t q = Q - 1; q >= 0; --q) {
+        C *row = X + q * Cols;
+        if (q > 0) std::memmove(static_cast<void *>(row), X + q * half, sizeof(C) * half);
+        const ptrdiff_t m = mirror(q);
         // On the components (a complex is two reals), so that the loop
-        // vectorises: d[C - k] = conj(s[k]).
-        const Real *s = reinterpret_cast<const Real *>(src + static_cast<ptrdiff_t>(r == 0 ? 0 : R - r) * Cols);
-        Real *d = reinterpret_cast<Real *>(dst + static_cast<ptrdiff_t>(r) * Cols);
+        // vectorises: d[Cols - k] = conj(s[k]).
+        const Real *s = reinterpret_cast<const Real *>(X + m * (m >= q ? Cols : half));
+        Real *d = reinterpret_cast<Real *>(row);
         for (int32_t k = 1; k <= upper; ++k) {
             d[2 * (Cols - k)] = s[2 * k];
             d[2 * (Cols - k) + 1] = Real(-0.0) - s[2 * k + 1];

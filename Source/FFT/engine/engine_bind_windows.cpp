@@ -176,4 +176,11 @@ double dlapy2_(const double *x, const double *y) {
 
 }  // extern "C"
 
+// The foreign engine's descriptors keep nothing of ours: callers compute
+// their tables on every call.
+void *fennel::engine::DescriptorCache(DFTI_DESCRIPTOR_HANDLE, uint64_t, size_t, bool *fresh) {
+    *fresh = true;
+    return nullptr;
+}
+
 #endif  // _WIN32

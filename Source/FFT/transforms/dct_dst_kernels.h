@@ -103,13 +103,25 @@ struct Batch {
             }
         }
     }
-    // The twiddle recurrence: (c, s) starts at (A, 0) and after each bin is
-    // rotated by theta in double, never re-seeded, so bin k gets about
-    // A (cos k theta, sin k theta).  One sequence serves every line; bins
-    // below split go to lo, the others to hi (two loops without a branch).
+    // Bins [0, bins) with the twiddles of FillTwiddles: bins below split go
+    // to lo, the others to hi (two loops without a branch).  The twiddles
+    // come from `table` (cosines, then sines) or, when it is null, from the
+    // recurrence run here; one sequence serves every line.
     template <class Lo, class Hi>
-    void Twiddled(ptrdiff_t bins, ptrdiff_t split, double amplitude, double theta, Lo &&lo,
-                  Hi &&hi) const {
+    void Twiddled(ptrdiff_t bins, ptrdiff_t split, const double *table, double amplitude,
+                  double theta, Lo &&lo, Hi &&hi) const {
+        split = std::min(split, bins);
+        if (table != nullptr) {
+            const double *tc = table, *ts = table + bins;
+            if (count == 1) {
+                for (ptrdiff_t k = 0; k < split; ++k) lo(k, 0, tc[k], ts[k]);
+                for (ptrdiff_t k = split; k < bins; ++k) hi(k, 0, tc[k], ts[k]);
+                return;
+            }
+            Sweep(0, split, [&](ptrdiff_t k, ptrdiff_t j) { lo(k, j, tc[k], ts[k]); });
+            Sweep(split, bins, [&](ptrdiff_t k, ptrdiff_t j) { hi(k, j, tc[k], ts[k]); });
+            return;
+        }
         const double ct = std::cos(theta), st = std::sin(theta);
         double c = amplitude, s = 0.0;
         auto rotate = [&] {
@@ -117,7 +129,6 @@ struct Batch {
             s = s * ct + c * st;
             c = next;
         };
-        split = std::min(split, bins);
         if (count == 1) {
             for (ptrdiff_t k = 0; k < split; ++k, rotate()) lo(k, 0, c, s);
             for (ptrdiff_t k = split; k < bins; ++k, rotate()) hi(k, 0, c, s);
@@ -137,6 +148,36 @@ struct Batch {
         }
     }
 };
+
+// The twiddles of `bins` bins: (c, s) starts at (A, 0) and after each bin is
+// rotated by theta in double, never re-seeded, so bin k gets about
+// A (cos k theta, sin k theta).  Cosines go to table[0, bins), sines to
+// table[bins, 2 bins).
+inline void FillTwiddles(ptrdiff_t bins, double amplitude, double theta, double *table) {
+    const double ct = std::cos(theta), st = std::sin(theta);
+    double c = amplitude, s = 0.0;
+    for (ptrdiff_t k = 0; k < bins; ++k) {
+        table[k] = c;
+        table[bins + k] = s;
+        const double next = c * ct - s * st;
+        s = s * ct + c * st;
+        c = next;
+    }
+}
+
+// The twiddle table of a transform, kept by its descriptor: the twiddles
+// depend only on the kind and the length, so the first call fills the table
+// and later calls only read it.  Null where the engine keeps nothing; the
+// passes then run the recurrence as they go.
+inline const double *CachedTwiddles(DFTI_DESCRIPTOR_HANDLE plan, Kind kind, ptrdiff_t bins,
+                                    double amplitude, double theta) {
+    const uint64_t key = (static_cast<uint64_t>(kind) << 56) | static_cast<uint64_t>(bins);
+    bool fresh = true;
+    auto *table = static_cast<double *>(
+        engine::DescriptorCache(plan, key, 2 * static_cast<size_t>(bins) * sizeof(double), &fresh));
+    if (table != nullptr && fresh) FillTwiddles(bins, amplitude, theta, table);
+    return table;
+}
 
 // The DFT output area follows the `used` elements of its input area: right
 // after them for a single line (the 1D workspace layout), from the next
@@ -205,8 +246,9 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     const double amplitude = (even ? 2.0 : 1.0) / std::sqrt(2.0 * static_cast<double>(N));
     const double theta = -kPi / (2.0 * static_cast<double>(N));
     T *out = p.out;
+    const double *table = CachedTwiddles(plan, kDCT, N, amplitude, theta);
     b.Twiddled(
-        N, half + 1, amplitude, theta,
+        N, half + 1, table, amplitude, theta,
         [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
             const T *y = spectrum + 2 * b.W(k, j, slen);
             out[b.At(k, j, p.olen)] =
@@ -254,7 +296,7 @@ int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HAND
 // backward DFT; even n feeds Z (Z0 scaled by 1/sqrt 2) to an n-point complex
 // backward DFT.
 template <class T, bool kRows>
-void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen) {
+void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen, DFTI_DESCRIPTOR_HANDLE plan) {
     const Batch<kRows> &b = p.b;
     const ptrdiff_t n = p.N;
     const T *x = p.x;
@@ -266,7 +308,8 @@ void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen) {
         e[0] = static_cast<T>(v * c);
         e[1] = static_cast<T>(v * s);
     };
-    b.Twiddled(n, n, amplitude, theta, rotate, rotate);
+    b.Twiddled(n, n, CachedTwiddles(plan, kInvDCT, n, amplitude, theta), amplitude, theta, rotate,
+               rotate);
     if (n % 2 != 0) {
         b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) {
             T *z0 = z + 2 * b.W(0, j, zlen);
@@ -308,7 +351,7 @@ int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan
     T *z = work;
     T *result = After(work, 2 * b.lanes * dft.in_len, b.lanes);
     b.ClearSpare(z, 2 * dft.in_len);
-    PackInvDCT(p, z, dft.in_len);
+    PackInvDCT(p, z, dft.in_len, plan);
     const int32_t status = ComputePlan(plan, false, z, result);
     if (status < 0) return status;
     if (n % 2 != 0) {

@@ -179,6 +179,20 @@ inline const double *CachedTwiddles(DFTI_DESCRIPTOR_HANDLE plan, Kind kind, ptrd
     return table;
 }
 
+// One line over a kept table (dct_dst_twiddle.cpp), c and s its cosines and
+// sines from the first bin on:
+//   TwiddleLow:   out[k] = y[2k] c[k] - y[2k+1] s[k];
+//   TwiddleHigh:  out[k] = y[-2k] c[k] + y[-2k+1] s[k] (the conjugates of
+//                 bins read backwards from y);
+//   TwiddleScale: z[2k] = x[k] c[k], z[2k+1] = x[k] s[k];
+// each product and sum in double, rounded once to T.
+template <class T>
+void TwiddleLow(const T *y, const double *c, const double *s, T *out, ptrdiff_t count);
+template <class T>
+void TwiddleHigh(const T *y, const double *c, const double *s, T *out, ptrdiff_t count);
+template <class T>
+void TwiddleScale(const T *x, const double *c, const double *s, T *z, ptrdiff_t count);
+
 // The DFT output area follows the `used` elements of its input area: right
 // after them for a single line (the 1D workspace layout), from the next
 // 64-byte boundary for a batch, so that batched DFTs run on aligned data.
@@ -247,6 +261,14 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     const double theta = -kPi / (2.0 * static_cast<double>(N));
     T *out = p.out;
     const double *table = CachedTwiddles(plan, kDCT, N, amplitude, theta);
+    if (table != nullptr && b.count == 1) {
+        T *o = out + b.At(0, 0, p.olen);
+        const ptrdiff_t split = std::min(half + 1, N);
+        TwiddleLow(spectrum, table, table + N, o, split);
+        TwiddleHigh(spectrum + 2 * (L - split), table + split, table + N + split, o + split, N - split);
+        o[0] *= Roots<T>::kInvSqrt2;
+        return status;
+    }
     b.Twiddled(
         N, half + 1, table, amplitude, theta,
         [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
@@ -308,8 +330,11 @@ void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen, DFTI_DESCRIPTOR_H
         e[0] = static_cast<T>(v * c);
         e[1] = static_cast<T>(v * s);
     };
-    b.Twiddled(n, n, CachedTwiddles(plan, kInvDCT, n, amplitude, theta), amplitude, theta, rotate,
-               rotate);
+    const double *table = CachedTwiddles(plan, kInvDCT, n, amplitude, theta);
+    if (table != nullptr && b.count == 1)
+        TwiddleScale(x + b.At(0, 0, p.xlen), table, table + n, z + 2 * b.W(0, 0, zlen), n);
+    else
+        b.Twiddled(n, n, table, amplitude, theta, rotate, rotate);
     if (n % 2 != 0) {
         b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) {
             T *z0 = z + 2 * b.W(0, j, zlen);

@@ -1,0 +1,53 @@
+// The twiddle loops of a single line, over a kept twiddle table: one product
+// pair per bin, vectorised (each lane does the same double operations as the
+// scalar code, so every width gives the same values).
+#include <cstddef>
+
+#include "transforms/dct_dst_kernels.h"
+
+namespace fennel::trig {
+
+#define FENNEL_TWIDDLE_CLONES \
+    __attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off")))
+
+template <class T>
+FENNEL_TWIDDLE_CLONES void TwiddleLow(const T *__restrict y, const double *__restrict c, const double *__restrict s, T *__restrict out,
+                                      ptrdiff_t count) {
+    for (ptrdiff_t k = 0; k < count; ++k)
+        out[k] = static_cast<T>(static_cast<double>(y[2 * k]) * c[k] -
+                                static_cast<double>(y[2 * k + 1]) * s[k]);
+}
+
+// Walks the bins upwards in memory (the outputs downwards), which
+// vectorises where a downward walk over pairs does not.
+template <class T>
+FENNEL_TWIDDLE_CLONES void TwiddleHigh(const T *__restrict y, const double *__restrict c,
+                                       const double *__restrict s, T *__restrict out,
+                                       ptrdiff_t count) {
+    const T *low = y - 2 * (count - 1);
+    for (ptrdiff_t i = 0; i < count; ++i) {
+        const ptrdiff_t k = count - 1 - i;
+        out[k] = static_cast<T>(static_cast<double>(low[2 * i]) * c[k] +
+                                static_cast<double>(low[2 * i + 1]) * s[k]);
+    }
+}
+
+template <class T>
+FENNEL_TWIDDLE_CLONES void TwiddleScale(const T *__restrict x, const double *__restrict c, const double *__restrict s, T *__restrict z,
+                                        ptrdiff_t count) {
+    for (ptrdiff_t k = 0; k < count; ++k) {
+        const double v = static_cast<double>(x[k]);
+        z[2 * k] = static_cast<T>(v * c[k]);
+        z[2 * k + 1] = static_cast<T>(v * s[k]);
+    }
+}
+
+#define FENNEL_TWIDDLE_INSTANCES(T)                                                              \
+    template void TwiddleLow<T>(const T *, const double *, const double *, T *, ptrdiff_t);     \
+    template void TwiddleHigh<T>(const T *, const double *, const double *, T *, ptrdiff_t);    \
+    template void TwiddleScale<T>(const T *, const double *, const double *, T *, ptrdiff_t);
+FENNEL_TWIDDLE_INSTANCES(float)
+FENNEL_TWIDDLE_INSTANCES(double)
+#undef FENNEL_TWIDDLE_INSTANCES
+
+}  // namespace fennel::trig

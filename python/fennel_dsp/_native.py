@@ -167,9 +167,10 @@ host.FennelHostDataOffset.restype = ctypes.c_int32
 host.FennelHostDataOffset.argtypes = [ctypes.c_int32, ctypes.c_int32]
 
 # Outputs of at least this many bytes are handed to numpy without a copy (the
-# host array goes with them and a fresh one takes its place); smaller ones are
-# copied, which costs less than a new host block.
-HAND_OVER_BYTES = 1 << 18
+# block goes with them; the next call sizes a fresh one, which the host takes
+# from its kept large blocks once numpy releases the old one); smaller ones
+# are copied, which costs less than a new host block.
+HAND_OVER_BYTES = 1 << 20
 
 
 class Kept:
@@ -183,10 +184,7 @@ class Kept:
     __slots__ = ("array", "arg", "master", "offset", "shape", "block", "view")
 
     def __init__(self, dtype, ndim):
-        self._new(HostArray.empty(dtype, ndim))
-
-    def _new(self, array):
-        self.array = array
+        self.array = array = HostArray.empty(dtype, ndim)
         self.arg = ctypes.c_void_p(array.handle)
         # The handle points at the block's address; read it through numpy.
         self.master = np.frombuffer((ctypes.c_uint64 * 1).from_address(array.handle), np.uint64)
@@ -222,7 +220,7 @@ class Kept:
     def result(self, shape):
         """The elements as a new numpy array of the given shape (what the
         library sized the array to): a copy, or for large arrays the block
-        itself, this object then taking a fresh empty array."""
+        itself, this object's handle then holding an empty block."""
         block = int(self.master[0])
         if block != self.block or shape != self.shape:
             dims = tuple((ctypes.c_int32 * self.array.ndim).from_address(block)) if block else None
@@ -231,8 +229,13 @@ class Kept:
             self._view(block, tuple(shape))
         if self.view.nbytes < HAND_OVER_BYTES:
             return self.view.copy()
-        out = np.asarray(_View(self.array, self.shape))
-        self._new(HostArray.empty(self.array.dtype, self.array.ndim))
+        # Hand the block over: a fresh host array takes it (the two handles
+        # exchange blocks), so this object's handle stays the one it passes.
+        taker = HostArray.empty(self.array.dtype, self.array.ndim)
+        theirs = np.frombuffer((ctypes.c_uint64 * 1).from_address(taker.handle), np.uint64)
+        self.master[0], theirs[0] = theirs[0], self.master[0]
+        out = np.asarray(_View(taker, self.shape))
+        self.forget()
         return out
 
     def forget(self):

@@ -192,6 +192,13 @@ template <class T>
 void TwiddleHigh(const T *y, const double *c, const double *s, T *out, ptrdiff_t count);
 template <class T>
 void TwiddleScale(const T *x, const double *c, const double *s, T *z, ptrdiff_t count);
+// Packing of one line for the DFT: PackEvenOdd sets w[i] = x[2i] and
+// w[N-1-i] = x[2i+1] for i < half; PackMirror sets w[i] = w[L-1-i] = x[i]
+// for i < m.
+template <class T>
+void PackEvenOdd(const T *x, ptrdiff_t half, T *w, ptrdiff_t N);
+template <class T>
+void PackMirror(const T *x, ptrdiff_t m, T *w, ptrdiff_t L);
 
 // The DFT output area follows the `used` elements of its input area: right
 // after them for a single line (the 1D workspace layout), from the next
@@ -234,7 +241,20 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     T *spectrum = After(work, b.lanes * L, b.lanes);
     b.ClearSpare(w, L);
     const T *x = p.x;
-    if (even) {
+    if constexpr (kRows) {
+        for (ptrdiff_t j = 0; j < b.count; ++j) {
+            const T *xj = x + b.At(0, j, p.xlen);
+            T *wj = w + b.W(0, j, L);
+            if (even) {
+                PackEvenOdd(xj, m / 2, wj, N);
+                if (m % 2 != 0) wj[(m - 1) / 2] = xj[m - 1];
+                std::fill(wj + (m + 1) / 2, wj + N - m / 2, T(0));
+            } else {
+                PackMirror(xj, m, wj, 2 * N);
+                std::fill(wj + m, wj + 2 * N - m, T(0));
+            }
+        }
+    } else if (even) {
         b.Sweep(0, m / 2, [&](ptrdiff_t i, ptrdiff_t j) {
             w[b.W(i, j, L)] = x[b.At(2 * i, j, p.xlen)];
             w[b.W(N - 1 - i, j, L)] = x[b.At(2 * i + 1, j, p.xlen)];
@@ -261,12 +281,15 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     const double theta = -kPi / (2.0 * static_cast<double>(N));
     T *out = p.out;
     const double *table = CachedTwiddles(plan, kDCT, N, amplitude, theta);
-    if (table != nullptr && b.count == 1) {
-        T *o = out + b.At(0, 0, p.olen);
+    if (kRows && table != nullptr) {
         const ptrdiff_t split = std::min(half + 1, N);
-        TwiddleLow(spectrum, table, table + N, o, split);
-        TwiddleHigh(spectrum + 2 * (L - split), table + split, table + N + split, o + split, N - split);
-        o[0] *= Roots<T>::kInvSqrt2;
+        for (ptrdiff_t j = 0; j < b.count; ++j) {
+            const T *y = spectrum + 2 * b.W(0, j, slen);
+            T *o = out + b.At(0, j, p.olen);
+            TwiddleLow(y, table, table + N, o, split);
+            TwiddleHigh(y + 2 * (L - split), table + split, table + N + split, o + split, N - split);
+            o[0] *= Roots<T>::kInvSqrt2;
+        }
         return status;
     }
     b.Twiddled(
@@ -331,8 +354,9 @@ void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen, DFTI_DESCRIPTOR_H
         e[1] = static_cast<T>(v * s);
     };
     const double *table = CachedTwiddles(plan, kInvDCT, n, amplitude, theta);
-    if (table != nullptr && b.count == 1)
-        TwiddleScale(x + b.At(0, 0, p.xlen), table, table + n, z + 2 * b.W(0, 0, zlen), n);
+    if (kRows && table != nullptr)
+        for (ptrdiff_t j = 0; j < b.count; ++j)
+            TwiddleScale(x + b.At(0, j, p.xlen), table, table + n, z + 2 * b.W(0, j, zlen), n);
     else
         b.Twiddled(n, n, table, amplitude, theta, rotate, rotate);
     if (n % 2 != 0) {

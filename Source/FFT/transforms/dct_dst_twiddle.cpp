@@ -42,10 +42,30 @@ FENNEL_TWIDDLE_CLONES void TwiddleScale(const T *__restrict x, const double *__r
     }
 }
 
+// The backward halves are written downwards while the samples are read
+// upwards, the order that vectorises.
+template <class T>
+FENNEL_TWIDDLE_CLONES void PackEvenOdd(const T *__restrict x, ptrdiff_t half, T *__restrict w,
+                                       ptrdiff_t N) {
+    for (ptrdiff_t i = 0; i < half; ++i) w[i] = x[2 * i];
+    T *top = w + N - 1;
+    for (ptrdiff_t i = 0; i < half; ++i) top[-i] = x[2 * i + 1];
+}
+
+template <class T>
+FENNEL_TWIDDLE_CLONES void PackMirror(const T *__restrict x, ptrdiff_t m, T *__restrict w,
+                                      ptrdiff_t L) {
+    for (ptrdiff_t i = 0; i < m; ++i) w[i] = x[i];
+    T *top = w + L - 1;
+    for (ptrdiff_t i = 0; i < m; ++i) top[-i] = x[i];
+}
+
 #define FENNEL_TWIDDLE_INSTANCES(T)                                                              \
     template void TwiddleLow<T>(const T *, const double *, const double *, T *, ptrdiff_t);     \
     template void TwiddleHigh<T>(const T *, const double *, const double *, T *, ptrdiff_t);    \
-    template void TwiddleScale<T>(const T *, const double *, const double *, T *, ptrdiff_t);
+    template void TwiddleScale<T>(const T *, const double *, const double *, T *, ptrdiff_t);   \
+    template void PackEvenOdd<T>(const T *, ptrdiff_t, T *, ptrdiff_t);                          \
+    template void PackMirror<T>(const T *, ptrdiff_t, T *, ptrdiff_t);
 FENNEL_TWIDDLE_INSTANCES(float)
 FENNEL_TWIDDLE_INSTANCES(double)
 #undef FENNEL_TWIDDLE_INSTANCES

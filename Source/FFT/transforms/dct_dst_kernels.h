@@ -95,7 +95,7 @@ struct Batch {
             for (ptrdiff_t j = 0; j < count; ++j)
                 for (ptrdiff_t e = e0; e < e1; ++e) f(e, j);
         } else {
-            constexpr ptrdiff_t kColumns = 16;
+            constexpr ptrdiff_t kColumns = 8;
             for (ptrdiff_t j0 = 0; j0 < count; j0 += kColumns) {
                 const ptrdiff_t j1 = std::min(count, j0 + kColumns);
                 for (ptrdiff_t e = e0; e < e1; ++e)

@@ -16,8 +16,9 @@ namespace fennel::trig {
 namespace {
 
 template <class T>
-FENNEL_TWIDDLE_CLONES void TwiddleLowLanes(const T *__restrict y, const double *__restrict c, const double *__restrict s, T *__restrict out,
-                                      ptrdiff_t count) {
+FENNEL_TWIDDLE_CLONES void TwiddleLowLanes(const T *__restrict y, const double *__restrict c,
+                                           const double *__restrict s, T *__restrict out,
+                                           ptrdiff_t count) {
     for (ptrdiff_t k = 0; k < count; ++k)
         out[k] = static_cast<T>(static_cast<double>(y[2 * k]) * c[k] -
                                 static_cast<double>(y[2 * k + 1]) * s[k]);
@@ -27,8 +28,8 @@ FENNEL_TWIDDLE_CLONES void TwiddleLowLanes(const T *__restrict y, const double *
 // vectorises where a downward walk over pairs does not.
 template <class T>
 FENNEL_TWIDDLE_CLONES void TwiddleHighLanes(const T *__restrict y, const double *__restrict c,
-                                       const double *__restrict s, T *__restrict out,
-                                       ptrdiff_t count) {
+                                            const double *__restrict s, T *__restrict out,
+                                            ptrdiff_t count) {
     const T *low = y - 2 * (count - 1);
     for (ptrdiff_t i = 0; i < count; ++i) {
         const ptrdiff_t k = count - 1 - i;
@@ -38,8 +39,9 @@ FENNEL_TWIDDLE_CLONES void TwiddleHighLanes(const T *__restrict y, const double 
 }
 
 template <class T>
-FENNEL_TWIDDLE_CLONES void TwiddleScaleLanes(const T *__restrict x, const double *__restrict c, const double *__restrict s, T *__restrict z,
-                                        ptrdiff_t count) {
+FENNEL_TWIDDLE_CLONES void TwiddleScaleLanes(const T *__restrict x, const double *__restrict c,
+                                             const double *__restrict s, T *__restrict z,
+                                             ptrdiff_t count) {
     for (ptrdiff_t k = 0; k < count; ++k) {
         const double v = static_cast<double>(x[k]);
         z[2 * k] = static_cast<T>(v * c[k]);
@@ -50,8 +52,8 @@ FENNEL_TWIDDLE_CLONES void TwiddleScaleLanes(const T *__restrict x, const double
 // The backward halves are written downwards while the samples are read
 // upwards, the order that vectorises.
 template <class T>
-FENNEL_TWIDDLE_CLONES void PackEvenOddLanes(const T *__restrict x, ptrdiff_t half, T *__restrict w,
-                                       ptrdiff_t N) {
+FENNEL_TWIDDLE_CLONES void PackEvenOddLanes(const T *__restrict x, ptrdiff_t half,
+                                            T *__restrict w, ptrdiff_t N) {
     for (ptrdiff_t i = 0; i < half; ++i) w[i] = x[2 * i];
     T *top = w + N - 1;
     for (ptrdiff_t i = 0; i < half; ++i) top[-i] = x[2 * i + 1];
@@ -59,7 +61,7 @@ FENNEL_TWIDDLE_CLONES void PackEvenOddLanes(const T *__restrict x, ptrdiff_t hal
 
 template <class T>
 FENNEL_TWIDDLE_CLONES void PackMirrorLanes(const T *__restrict x, ptrdiff_t m, T *__restrict w,
-                                      ptrdiff_t L) {
+                                           ptrdiff_t L) {
     for (ptrdiff_t i = 0; i < m; ++i) w[i] = x[i];
     T *top = w + L - 1;
     for (ptrdiff_t i = 0; i < m; ++i) top[-i] = x[i];

@@ -105,7 +105,7 @@ void Fftw2D(benchmark::State &state) {
 
 }  // namespace
 
-#define SIZES ->Arg(1024)->Arg(4096)->Arg(65536)
+#define SIZES ->Arg(1024)->Arg(4096)->Arg(16384)->Arg(65536)
 BENCHMARK(Fennel1D<double, false>) SIZES;
 BENCHMARK(Fftw1D<double, false>) SIZES;
 BENCHMARK(Fennel1D<float, false>) SIZES;

@@ -161,6 +161,97 @@ class _View:
 
 _local = threading.local()
 
+_resize = ctypes.CFUNCTYPE(ctypes.c_int32, ctypes.c_int32, ctypes.c_int32,
+                           ctypes.POINTER(ctypes.c_void_p), ctypes.c_int64)(("NumericArrayResize", host))
+host.FennelHostDataOffset.restype = ctypes.c_int32
+host.FennelHostDataOffset.argtypes = [ctypes.c_int32, ctypes.c_int32]
+
+# Outputs of at least this many bytes are handed to numpy without a copy (the
+# block goes with them; the next call sizes a fresh one, which the host takes
+# from its kept large blocks once numpy releases the old one); smaller ones
+# are copied, which costs less than a new host block.
+HAND_OVER_BYTES = 1 << 20
+
+
+class Kept:
+    """A host array that one function keeps between calls, with a numpy view
+    of its elements; the view is remade only when the block moves or the
+    shape changes, so an unchanged call costs one copy and no ctypes work.
+
+    `arg` is the handle as a ctypes value, ready to pass to a raw function
+    (see `raw`)."""
+
+    __slots__ = ("array", "arg", "master", "offset", "shape", "block", "view")
+
+    def __init__(self, dtype, ndim):
+        self.array = array = HostArray.empty(dtype, ndim)
+        self.arg = ctypes.c_void_p(array.handle)
+        # The handle points at the block's address; read it through numpy.
+        self.master = np.frombuffer((ctypes.c_uint64 * 1).from_address(array.handle), np.uint64)
+        self.offset = host.FennelHostDataOffset(array.code, array.ndim)
+        self.shape = self.block = self.view = None
+
+    def _view(self, block, shape):
+        self.block, self.shape = block, shape
+        count = int(np.prod(shape, dtype=np.int64))
+        if count == 0:
+            self.view = np.empty(shape, self.array.dtype)
+        else:
+            raw = (ctypes.c_char * (count * self.array.dtype.itemsize)).from_address(block + self.offset)
+            self.view = np.frombuffer(raw, self.array.dtype).reshape(shape)
+
+    def load(self, x):
+        """Sizes the array to x's shape (x C-contiguous, of the array's type)
+        and copies x in."""
+        if x.shape != self.shape:  # only this object resizes an input array
+            self.resize(x.shape)
+        if x.size:
+            self.view[...] = x
+
+    def resize(self, shape):
+        a = self.array
+        count = int(np.prod(shape, dtype=np.int64))
+        if _resize(a.code, a.ndim, ctypes.byref(ctypes.c_void_p(a.handle)), count) != 0:
+            raise MemoryError("host array")
+        block = int(self.master[0])
+        (ctypes.c_int32 * a.ndim).from_address(block)[:] = shape
+        self._view(block, tuple(shape))
+
+    def result(self, shape):
+        """The elements as a new numpy array of the given shape (what the
+        library sized the array to): a copy, or for large arrays the block
+        itself, this object's handle then holding an empty block."""
+        # The library resizes only to another size, so an unchanged shape
+        # means an unchanged block (failures and hand-overs forget the view).
+        if shape != self.shape:
+            block = int(self.master[0])
+            dims = tuple((ctypes.c_int32 * self.array.ndim).from_address(block)) if block else None
+            if dims != tuple(shape):
+                raise RuntimeError(f"host array holds {dims}, expected {shape}")
+            self._view(block, tuple(shape))
+        if self.view.nbytes < HAND_OVER_BYTES:
+            return self.view.copy()
+        # Hand the block over: a fresh host array takes it (the two handles
+        # exchange blocks), so this object's handle stays the one it passes.
+        taker = HostArray.empty(self.array.dtype, self.array.ndim)
+        theirs = np.frombuffer((ctypes.c_uint64 * 1).from_address(taker.handle), np.uint64)
+        self.master[0], theirs[0] = theirs[0], self.master[0]
+        out = np.asarray(_View(taker, self.shape))
+        self.forget()
+        return out
+
+    def forget(self):
+        """Drops the cached view (after a failed call emptied the array)."""
+        self.shape = self.block = self.view = None
+
+
+def raw(function):
+    """The library function as a ctypes pointer without argument types: pass
+    ctypes values for pointers (Kept.arg, byref) and Python ints for int32
+    arguments; ctypes then converts nothing."""
+    f = ctypes.CFUNCTYPE(ctypes.c_int32)(ctypes.cast(function, ctypes.c_void_p).value)
+    return f
+
 
 def workspace(dtype, ndim=1):
     """An empty workspace array of this thread (the library leaves workspace

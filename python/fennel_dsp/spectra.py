@@ -10,106 +10,63 @@ import threading
 
 import numpy as np
 
-from ._native import (COMPLEX_OF, REAL_OF, TYPE_CODES, Handle, HostArray, Plan, as_supported,
-                      check, export, host)
+from ._native import COMPLEX_OF, REAL_OF, TYPE_CODES, Kept, Plan, as_supported, check, lib, raw
 
 __all__ = ["power_spectrum", "auto_power_spectrum", "cross_power", "cross_power_spectrum"]
 
-_P = ctypes.c_void_p
-_D = ctypes.c_double
-_I = ctypes.c_int32
-_DP = ctypes.POINTER(ctypes.c_double)
-_POWER = {p: export(f"{p}PowerSpectrumH", [Handle, Handle, Handle, _P]) for p in "sdcz"}
-_AUTO = {p: export(f"{p}AutoPowerSpectrumH", [Handle, Handle, _D, _I, _DP, Handle, _P])
-         for p in "sdcz"}
-_CROSS = {p: export(f"{p}CrossPowerH", [Handle, Handle, Handle, Handle, _P]) for p in "sdcz"}
-_CROSS_SPECTRUM = {p: export(f"{p}CrossPowerSpectrumH",
-                             [Handle, Handle, _D, _I, _DP, Handle, Handle, Handle, _P])
-                   for p in "sdcz"}
-
 # Per thread and function: a plan and host arrays kept between calls, so that
 # a call of an unchanged length makes no planning and no host allocation.
-# Arrays above _KEEP elements are shrunk again after the call.
+# Inputs above _KEEP elements are shrunk again after the call.
 _KEEP = 1 << 16
 _local = threading.local()
-_resize = ctypes.CFUNCTYPE(ctypes.c_int32, ctypes.c_int32, ctypes.c_int32,
-                           ctypes.POINTER(ctypes.c_void_p), ctypes.c_int64)(
-    ("NumericArrayResize", host))
+_SUPPORTED = tuple(TYPE_CODES)
 
 
-class _Kept:
-    """A plan and host arrays of one function in one thread, with numpy views
-    of the arrays' elements (remade when a block moves or changes length)."""
+class _Call:
+    """One function for one element type in one thread: its raw entry, its
+    plan and its kept host arrays (inputs first, then outputs, workspace
+    last)."""
 
-    def __init__(self, dtypes):
+    def __init__(self, name, inputs, dtypes):
+        self.name = name
+        self.f = raw(getattr(lib, name))
         self.plan = Plan()
-        self.arrays = [HostArray.empty(d) for d in dtypes]
-        self.views = [None] * len(dtypes)
-        self.keys = [None] * len(dtypes)
+        self.plan_ref = self.plan.ref()
+        self.inputs = inputs
+        self.arrays = [Kept(d, 1) for d in dtypes]
+        self.args = [a.arg for a in self.arrays]
 
-    def view(self, i, n):
-        a = self.arrays[i]
-        block = _block(a)
-        if self.keys[i] != (block, n):
-            if n:
-                offset = 4 if a.dtype in (np.float32, np.complex64) else 8
-                raw = (ctypes.c_char * (n * a.dtype.itemsize)).from_address(block + offset)
-                self.views[i] = np.frombuffer(raw, a.dtype)
-            else:
-                self.views[i] = np.empty(0, a.dtype)
-            self.keys[i] = (block, n)
-        return self.views[i]
+    def ref(self, plan):
+        return self.plan_ref if plan is None else plan.ref()
 
-    def put(self, i, x):
-        n = x.shape[0]
-        _set_length(self.arrays[i], n)
-        self.view(i, n)[...] = x
+    def load(self, *xs):
+        for a, x in zip(self.arrays, xs):
+            a.load(x)
 
-    def take(self, i):
-        return self.view(i, _length(self.arrays[i])).copy()
-
-    def release(self, n):
-        """Shrinks the arrays after a call of n elements above _KEEP."""
+    def done(self, status, n):
+        """Checks the status; shrinks inputs above _KEEP elements."""
         if n > _KEEP:
-            for i, a in enumerate(self.arrays):
-                _set_length(a, 0)
-                self.keys[i] = self.views[i] = None
+            for a in self.arrays[:self.inputs]:
+                a.resize((0,))
+        if status < 0:
+            for a in self.arrays[self.inputs:]:
+                a.forget()
+            check(status, self.name)
 
 
-def _kept(name, dtypes):
-    cache = getattr(_local, "cache", None)
-    if cache is None:
-        cache = _local.cache = {}
-    kept = cache.get(name)
-    if kept is None:
-        kept = cache[name] = _Kept(dtypes)
-    return kept
-
-
-def _block(a):
-    return ctypes.c_void_p.from_address(a.handle).value
-
-
-def _length(a):
-    block = _block(a)
-    return ctypes.c_int32.from_address(block).value if block else 0
-
-
-def _set_length(a, n):
-    if _length(a) == n:
-        return
-    handle = ctypes.c_void_p(a.handle)
-    if _resize(a.code, 1, ctypes.byref(handle), n) != 0:
-        raise MemoryError("host array")
-    ctypes.c_int32.from_address(_block(a)).value = n
-
-
-def _plan_ref(plan, kept):
-    return (plan if plan is not None else kept.plan).ref()
+def _call(name, inputs, dtypes):
+    calls = getattr(_local, "calls", None)
+    if calls is None:
+        calls = _local.calls = {}
+    call = calls.get(name)
+    if call is None:
+        call = calls[name] = _Call(name, inputs, dtypes)
+    return call
 
 
 def _one(x):
-    x = as_supported(x).ravel()
+    if type(x) is not np.ndarray or x.dtype not in _SUPPORTED or x.ndim != 1:
+        x = as_supported(x).ravel()
     return x, TYPE_CODES[x.dtype][1]
 
 
@@ -125,15 +82,12 @@ def power_spectrum(x, plan=None):
     """Two-sided power spectrum |X_k|^2 / n^2 of a 1D signal (n real values:
     float32 for float32/complex64 input, float64 otherwise)."""
     x, p = _one(x)
-    name = f"{p}PowerSpectrumH"
-    kept = _kept(name, (x.dtype, REAL_OF[x.dtype], x.dtype))
-    src, out, ws = kept.arrays
-    kept.put(0, x)
-    try:
-        check(_POWER[p](src.handle, out.handle, ws.handle, _plan_ref(plan, kept)), name)
-        return kept.take(1)
-    finally:
-        kept.release(x.shape[0])
+    n = x.shape[0]
+    c = _call(f"{p}PowerSpectrumH", 1, (x.dtype, REAL_OF[x.dtype], x.dtype))
+    c.load(x)
+    src, out, ws = c.args
+    c.done(c.f(src, out, ws, c.ref(plan)), n)
+    return c.arrays[1].result((n,))
 
 
 def auto_power_spectrum(x, dt=1.0, spectrum_type=0, plan=None):
@@ -143,33 +97,27 @@ def auto_power_spectrum(x, dt=1.0, spectrum_type=0, plan=None):
     DC and Nyquist doubled; 1: two-sided, n bins.  df = 1 / (n dt).
     """
     x, p = _one(x)
-    name = f"{p}AutoPowerSpectrumH"
-    kept = _kept(name, (x.dtype, REAL_OF[x.dtype], x.dtype))
-    src, out, ws = kept.arrays
-    kept.put(0, x)
+    n = x.shape[0]
+    c = _call(f"{p}AutoPowerSpectrumH", 1, (x.dtype, REAL_OF[x.dtype], x.dtype))
+    c.load(x)
+    src, out, ws = c.args
     df = ctypes.c_double()
-    try:
-        check(_AUTO[p](src.handle, out.handle, float(dt), int(spectrum_type), ctypes.byref(df),
-                       ws.handle, _plan_ref(plan, kept)), name)
-        return kept.take(1), df.value
-    finally:
-        kept.release(x.shape[0])
+    spectrum_type = int(spectrum_type)
+    c.done(c.f(src, out, ctypes.c_double(float(dt)), ctypes.c_int32(spectrum_type), ctypes.byref(df),
+               ws, c.ref(plan)), n)
+    return c.arrays[1].result((n // 2 + 1 if spectrum_type == 0 else n,)), df.value
 
 
 def cross_power(x, y, plan=None):
     """conj(X_k) Y_k / L^2 for the L = max(len(x), len(y)) bins, the shorter
     signal zero-padded at its end."""
     x, y, p = _pair(x, y)
-    name = f"{p}CrossPowerH"
-    kept = _kept(name, (x.dtype, x.dtype, COMPLEX_OF[x.dtype], x.dtype))
-    xa, ya, out, ws = kept.arrays
-    kept.put(0, x)
-    kept.put(1, y)
-    try:
-        check(_CROSS[p](xa.handle, ya.handle, out.handle, ws.handle, _plan_ref(plan, kept)), name)
-        return kept.take(2)
-    finally:
-        kept.release(max(x.shape[0], y.shape[0]))
+    L = max(x.shape[0], y.shape[0])
+    c = _call(f"{p}CrossPowerH", 2, (x.dtype, x.dtype, COMPLEX_OF[x.dtype], x.dtype))
+    c.load(x, y)
+    xa, ya, out, ws = c.args
+    c.done(c.f(xa, ya, out, ws, c.ref(plan)), L)
+    return c.arrays[2].result((L,))
 
 
 def cross_power_spectrum(x, y, dt=1.0, spectrum_type=0, plan=None):
@@ -177,17 +125,14 @@ def cross_power_spectrum(x, y, dt=1.0, spectrum_type=0, plan=None):
     angle, one-sided (spectrum_type 0, interior bins of real signals doubled)
     or two-sided (1); df = 1 / (L dt)."""
     x, y, p = _pair(x, y)
-    name = f"{p}CrossPowerSpectrumH"
+    L = max(x.shape[0], y.shape[0])
     real = REAL_OF[x.dtype]
-    kept = _kept(name, (x.dtype, x.dtype, real, real, x.dtype))
-    xa, ya, mag, phase, ws = kept.arrays
-    kept.put(0, x)
-    kept.put(1, y)
+    c = _call(f"{p}CrossPowerSpectrumH", 2, (x.dtype, x.dtype, real, real, x.dtype))
+    c.load(x, y)
+    xa, ya, mag, phase, ws = c.args
     df = ctypes.c_double()
-    try:
-        check(_CROSS_SPECTRUM[p](xa.handle, ya.handle, float(dt), int(spectrum_type),
-                                 ctypes.byref(df), mag.handle, phase.handle, ws.handle,
-                                 _plan_ref(plan, kept)), name)
-        return kept.take(2), kept.take(3), df.value
-    finally:
-        kept.release(max(x.shape[0], y.shape[0]))
+    spectrum_type = int(spectrum_type)
+    c.done(c.f(xa, ya, ctypes.c_double(float(dt)), ctypes.c_int32(spectrum_type), ctypes.byref(df),
+               mag, phase, ws, c.ref(plan)), L)
+    shape = (L // 2 + 1 if spectrum_type == 0 else L,)
+    return c.arrays[2].result(shape), c.arrays[3].result(shape), df.value

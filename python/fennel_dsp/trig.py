@@ -10,115 +10,81 @@ so repeated calls of one size do not plan again.  Each thread also keeps its
 host arrays for input and output between calls (they hold the last call's
 sizes).
 """
-import ctypes
 import threading
 
 import numpy as np
 
-from ._native import (COMPLEX_OF, TYPE_CODES, Handle, HostArray, Plan, TrigPlan, check, export,
-                      host)
+from ._native import COMPLEX_OF, TYPE_CODES, Kept, Plan, TrigPlan, check, lib, raw
 
 __all__ = ["dct", "idct", "dst", "idst", "dct2", "idct2", "dst2", "idst2"]
 
-_P = ctypes.c_void_p
-_I = ctypes.c_int32
-_FWD = {(kind, ndim, p): export(f"{p}{ndim}D{kind}H",
-                                [Handle, Handle, _I, Handle, _P] if ndim == 1
-                                else [Handle, Handle, _I, _I, Handle, _P])
-        for kind in ("DCT", "DST") for ndim in (1, 2) for p in "sd"}
-_INV = {(kind, ndim, p): export(f"{p}{ndim}DInv{kind}H", [Handle, Handle, Handle, _P])
-        for kind in ("DCT", "DST") for ndim in (1, 2) for p in "sd"}
+_FLOATS = (np.dtype(np.float32), np.dtype(np.float64))
 
-_resize = host.NumericArrayResize
-_resize.restype = ctypes.c_int32
-_resize.argtypes = [ctypes.c_int32, ctypes.c_int32, ctypes.POINTER(ctypes.c_void_p), ctypes.c_int64]
-host.FennelHostDataOffset.restype = ctypes.c_int32
-host.FennelHostDataOffset.argtypes = [ctypes.c_int32, ctypes.c_int32]
-_OFFSET = {(code, ndim): host.FennelHostDataOffset(code, ndim) for code in (9, 10) for ndim in (1, 2)}
+
+class _Call:
+    """One function in one thread: its raw entry, its plan and the host
+    arrays it keeps (input, output, workspace; the library leaves the
+    workspace empty after every call)."""
+
+    def __init__(self, kind, inverse, ndim, dtype):
+        prefix = TYPE_CODES[dtype][1]
+        self.name = f"{prefix}{ndim}D{'Inv' if inverse else ''}{kind}H"
+        self.f = raw(getattr(lib, self.name))
+        self.plan = (Plan if ndim == 1 else TrigPlan)()
+        self.plan_ref = self.plan.ref()
+        self.src, self.out = Kept(dtype, ndim), Kept(dtype, ndim)
+        self.ws = Kept(COMPLEX_OF[dtype] if inverse and kind == "DCT" else dtype, 1)
 
 
 class _Local(threading.local):
     def __init__(self):
-        self.arrays = {}
-        self.plans = {}
+        self.calls = {}
 
 
 _local = _Local()
 
 
-def _array(role, dtype, ndim):
-    """This thread's host array for a role (input, output, workspace) and type."""
-    key = (role, dtype, ndim)
-    a = _local.arrays.get(key)
-    if a is None:
-        a = _local.arrays[key] = HostArray.empty(dtype, ndim)
-    return a
-
-
-def _block(a):
-    return ctypes.c_void_p.from_address(a.handle).value
-
-
-def _load(a, x):
-    """Sizes host array a to x's shape and copies x in."""
-    block = _block(a)
-    if block is None or tuple((_I * x.ndim).from_address(block)) != x.shape:
-        if _resize(a.code, x.ndim, ctypes.byref(ctypes.c_void_p(a.handle)), x.size) != 0:
-            raise MemoryError("host array")
-        block = _block(a)
-        (_I * x.ndim).from_address(block)[:] = x.shape
-    if x.size:
-        ctypes.memmove(block + _OFFSET[a.code, x.ndim], x.ctypes.data, x.nbytes)
-
-
-def _take(a, ndim):
-    """The content of host array a as a new numpy array."""
-    block = _block(a)
-    out = np.empty(tuple((_I * ndim).from_address(block)), dtype=a.dtype)
-    if out.size:
-        ctypes.memmove(out.ctypes.data, block + _OFFSET[a.code, ndim], out.nbytes)
-    return out
-
-
 def _real(x, ndim):
-    x = np.asarray(x)
-    if np.iscomplexobj(x):
-        raise TypeError("the DCT and DST take real data")
-    if x.dtype != np.float32 and x.dtype != np.float64:
+    if type(x) is not np.ndarray:
+        x = np.asarray(x)
+    if x.dtype not in _FLOATS:
+        if x.dtype.kind == "c":
+            raise TypeError("the DCT and DST take real data")
         x = x.astype(np.float64)
     if x.ndim != ndim:
         raise ValueError(f"expected a {ndim}D array, got {x.ndim}D")
-    return np.ascontiguousarray(x)
-
-
-def _plan_ref(plan, cls, name):
-    if plan is None:
-        plan = _local.plans.get(name)
-        if plan is None:
-            plan = _local.plans[name] = cls()
-    elif type(plan) is not cls:
-        raise TypeError(f"{name} takes a {cls.__name__}")
-    return plan.ref()
+    return x
 
 
 def _run(kind, inverse, x, ndim, size, plan):
     x = _real(x, ndim)
-    prefix = TYPE_CODES[x.dtype][1]
-    f = (_INV if inverse else _FWD)[kind, ndim, prefix]
-    src, out = _array("in", x.dtype, ndim), _array("out", x.dtype, ndim)
-    # The library leaves the workspace empty after every call.
-    ws = _array("ws", COMPLEX_OF[x.dtype] if inverse and kind == "DCT" else x.dtype, 1)
-    _load(src, x)
-    ref = _plan_ref(plan, Plan if ndim == 1 else TrigPlan, f.__name__)
+    key = (kind, inverse, ndim, x.dtype)
+    call = _local.calls.get(key)
+    if call is None:
+        call = _local.calls[key] = _Call(kind, inverse, ndim, x.dtype)
+    if plan is None:
+        ref = call.plan_ref
+    elif type(plan) is (Plan if ndim == 1 else TrigPlan):
+        ref = plan.ref()
+    else:
+        raise TypeError(f"{call.name} takes a {'Plan' if ndim == 1 else 'TrigPlan'}")
+    call.src.load(x)  # copies x, so x need not be contiguous
     if inverse:
-        status = f(src.handle, out.handle, ws.handle, ref)
+        shape = x.shape
+        status = call.f(call.src.arg, call.out.arg, call.ws.arg, ref)
     elif ndim == 1:
-        status = f(src.handle, out.handle, int(size or 0), ws.handle, ref)
+        n = int(size or 0)
+        shape = (n if n >= 1 else x.shape[0],)
+        status = call.f(call.src.arg, call.out.arg, n, call.ws.arg, ref)
     else:
         rows, cols = size if size is not None else (0, 0)
-        status = f(src.handle, out.handle, int(rows or 0), int(cols or 0), ws.handle, ref)
-    check(status, f.__name__)
-    return _take(out, ndim)
+        rows, cols = int(rows or 0), int(cols or 0)
+        shape = (rows if rows >= 1 else x.shape[0], cols if cols >= 1 else x.shape[1])
+        status = call.f(call.src.arg, call.out.arg, rows, cols, call.ws.arg, ref)
+    if status < 0:
+        call.out.forget()
+        check(status, call.name)
+    return call.out.result(shape)
 
 
 def dct(x, n=None, plan=None):

@@ -165,6 +165,48 @@ TYPED_TEST(TrigTest, InverseDCTReusesByLengthAcrossParities) {
     }
 }
 
+// The twiddle tables that descriptors keep hold exactly what the recurrence
+// gives: with the engine's cache off (as on the foreign engine), then on
+// (filled) and on again (read), every transform returns the same bits.  One
+// plan serves lengths whose DFTs coincide (N = 6 and 3 both run 6 points).
+TYPED_TEST(TrigTest, KeptTwiddlesGiveTheRecurrenceBits) {
+    using T = TypeParam;
+    using Run = std::function<int32_t(FDArrayHandle, FDArrayHandle, FDArrayHandle, FDPlanHandle *)>;
+    auto fwd = [](Fwd f, int32_t length) -> Run {
+        return [=](auto i, auto o, auto w, auto p) { return f(i, o, length, w, p); };
+    };
+    auto fwd2 = [](Fwd2 f) -> Run { return [=](auto i, auto o, auto w, auto p) { return f(i, o, 0, 0, w, p); }; };
+    struct Case { const char *name; Run run; std::vector<int32_t> dims; bool trig; bool mixed = false; };
+    const Case cases[] = {
+        {"dct 6, 3, 6", fwd(Fns<T>::dct, 6), {5}, false, true}, {"dct 3", fwd(Fns<T>::dct, 3), {5}, false},
+        {"dct 1000", fwd(Fns<T>::dct, 0), {1000}, false}, {"dct 255", fwd(Fns<T>::dct, 0), {255}, false},
+        {"idct 6", Fns<T>::idct, {6}, false}, {"idct 3", Fns<T>::idct, {3}, false},
+        {"idct 1000", Fns<T>::idct, {1000}, false}, {"idct 257", Fns<T>::idct, {257}, false},
+        {"dct2 3x300", fwd2(Fns<T>::dct2), {3, 300}, true}, {"dct2 7x5", fwd2(Fns<T>::dct2), {7, 5}, true},
+        {"idct2 9x260", Fns<T>::idct2, {9, 260}, true}, {"idct2 5x3", Fns<T>::idct2, {5, 3}, true},
+    };
+    for (const Case &c : cases) {
+        Array<T> in(c.dims, typename Array<T>::Shape{}), out(std::vector<int32_t>(c.dims.size(), 0),
+                                                            typename Array<T>::Shape{}), ws;
+        const auto x = Random<T>(in.count(), in.count());
+        std::copy(x.begin(), x.end(), in.data());
+        FDPlanHandle plan = nullptr;
+        std::vector<std::vector<T>> got;
+        for (bool off : {true, false, false}) {
+            engine::DisableDescriptorCache(off);
+            ASSERT_EQ(c.run(in.h(), out.h(), ws.h(), &plan), STATUS_OK) << c.name;
+            got.push_back(out.values());
+            if (c.mixed)  // another length on the same descriptor, then this one again
+                ASSERT_EQ(Fns<T>::dct(in.h(), out.h(), 3, ws.h(), &plan), STATUS_OK);
+        }
+        engine::DisableDescriptorCache(false);
+        for (size_t i = 1; i < got.size(); ++i)
+            EXPECT_EQ(std::memcmp(got[0].data(), got[i].data(), got[0].size() * sizeof(T)), 0)
+                << c.name << " call " << i;
+        EXPECT_EQ((c.trig ? FreeMKLDCTDSTiDescH : FreeMKLDftiDescH)(&plan), STATUS_OK);
+    }
+}
+
 TEST_F(HostTest, TrigPlanKeptForOneLengthRebuiltForAnother) {
     Array<double> a(Random<double>(12, 1)), b(Random<double>(7, 2)), c(Random<double>(5, 3)), out, ws;
     FDPlanHandle plan = nullptr;

@@ -95,3 +95,17 @@ def test_kept_arrays_follow_changing_lengths_and_types():
         ref = np.abs(np.fft.fft(x.astype(np.complex128))) ** 2 / n**2
         np.testing.assert_allclose(fd.power_spectrum(x), ref, rtol=0,
                                    atol=tolerance(n, dtype) * 4 * ref.max())
+
+
+@pytest.mark.parametrize("n", [5, 1 << 17])
+def test_results_stay_valid_across_later_calls(n):
+    """Outputs of 1 MiB or more are handed over without a copy: a result must
+    not change when later calls (and a failing one) reuse the kept arrays."""
+    x, y = random_signal(n, np.complex128, seed=1), random_signal(n, np.complex128, seed=2)
+    first = fd.power_spectrum(x)
+    kept = first.copy()
+    with pytest.raises(fd.FennelError):
+        fd.power_spectrum(np.zeros(0, np.complex128))
+    fd.power_spectrum(y)
+    np.testing.assert_array_equal(first, kept)
+    np.testing.assert_array_equal(fd.power_spectrum(x), kept)

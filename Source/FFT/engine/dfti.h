@@ -3,6 +3,7 @@
 // (dfti_fftw.cpp); its symbols stay hidden inside the library.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 // The interface's integer type: long on every platform (32 bits on 64-bit
@@ -81,6 +82,19 @@ MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE handle, void *input, ...);
 // Frees the descriptor and sets *handle to null.
 MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle);
 }
+
+namespace fennel::engine {
+
+// Memory a descriptor keeps for its caller, for data derived from the
+// transform's geometry alone (twiddle tables): `bytes` under `key`, owned by
+// the descriptor and released when it is reconfigured, committed again or
+// freed.  *fresh is true when the block is new (content undefined; the caller
+// fills it) and false when it is the block of an earlier call with the same
+// key and size.  Null when the engine keeps no such memory (the foreign
+// engine on Windows) or the allocation fails: callers then compute without.
+void *DescriptorCache(DFTI_DESCRIPTOR_HANDLE handle, uint64_t key, size_t bytes, bool *fresh);
+
+}  // namespace fennel::engine
 
 // The dispatching form used by the library.
 inline MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,

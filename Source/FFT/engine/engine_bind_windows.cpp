@@ -184,4 +184,11 @@ MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, const MKL_LONG *, const MKL_L
 bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, MKL_LONG *, MKL_LONG *) { return false; }
 }  // namespace fennel::engine
 
+// The foreign engine's descriptors keep nothing of ours: callers compute
+// their tables on every call.
+void *fennel::engine::DescriptorCache(DFTI_DESCRIPTOR_HANDLE, uint64_t, size_t, bool *fresh) {
+    *fresh = true;
+    return nullptr;
+}
+
 #endif  // _WIN32

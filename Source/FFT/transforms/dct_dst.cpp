@@ -126,7 +126,7 @@ int32_t InvDCTCore(const T *X, int32_t n, T *out, FDArrayHandle workspace,
     const ptrdiff_t len = n;
     if (n % 2 != 0) {
         // Complex 2n-point descriptor: E = Z0 .. Zn, then conj(Z(n-1)) .. conj(Z1).
-        trig::PackInvDCT(line, work, len + 1);
+        trig::PackInvDCT(line, work, len + 1, *slot);
         Scratch<T> scratch(static_cast<size_t>(8 * len));
         if (!scratch.ok()) return status = STATUS_OUT_OF_MEMORY;
         T *e = scratch.get();
@@ -142,7 +142,7 @@ int32_t InvDCTCore(const T *X, int32_t n, T *out, FDArrayHandle workspace,
     }
     // Real n-point descriptor: P_k = (Z_k + conj Z_(n-k)) / 2 for k <= n/2
     // into the second half of the workspace, its real inverse into the first.
-    trig::PackInvDCT(line, work, len);
+    trig::PackInvDCT(line, work, len, *slot);
     T *p = work + 2 * len;
     for (ptrdiff_t k = 0; k <= len / 2; ++k) {
         const ptrdiff_t r = k == 0 ? 0 : len - k;

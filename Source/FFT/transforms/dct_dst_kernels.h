@@ -95,7 +95,7 @@ struct Batch {
             for (ptrdiff_t j = 0; j < count; ++j)
                 for (ptrdiff_t e = e0; e < e1; ++e) f(e, j);
         } else {
-            constexpr ptrdiff_t kColumns = 16;
+            constexpr ptrdiff_t kColumns = 8;
             for (ptrdiff_t j0 = 0; j0 < count; j0 += kColumns) {
                 const ptrdiff_t j1 = std::min(count, j0 + kColumns);
                 for (ptrdiff_t e = e0; e < e1; ++e)
@@ -103,13 +103,25 @@ struct Batch {
             }
         }
     }
-    // The twiddle recurrence: (c, s) starts at (A, 0) and after each bin is
-    // rotated by theta in double, never re-seeded, so bin k gets about
-    // A (cos k theta, sin k theta).  One sequence serves every line; bins
-    // below split go to lo, the others to hi (two loops without a branch).
+    // Bins [0, bins) with the twiddles of FillTwiddles: bins below split go
+    // to lo, the others to hi (two loops without a branch).  The twiddles
+    // come from `table` (cosines, then sines) or, when it is null, from the
+    // recurrence run here; one sequence serves every line.
     template <class Lo, class Hi>
-    void Twiddled(ptrdiff_t bins, ptrdiff_t split, double amplitude, double theta, Lo &&lo,
-                  Hi &&hi) const {
+    void Twiddled(ptrdiff_t bins, ptrdiff_t split, const double *table, double amplitude,
+                  double theta, Lo &&lo, Hi &&hi) const {
+        split = std::min(split, bins);
+        if (table != nullptr) {
+            const double *tc = table, *ts = table + bins;
+            if (count == 1) {
+                for (ptrdiff_t k = 0; k < split; ++k) lo(k, 0, tc[k], ts[k]);
+                for (ptrdiff_t k = split; k < bins; ++k) hi(k, 0, tc[k], ts[k]);
+                return;
+            }
+            Sweep(0, split, [&](ptrdiff_t k, ptrdiff_t j) { lo(k, j, tc[k], ts[k]); });
+            Sweep(split, bins, [&](ptrdiff_t k, ptrdiff_t j) { hi(k, j, tc[k], ts[k]); });
+            return;
+        }
         const double ct = std::cos(theta), st = std::sin(theta);
         double c = amplitude, s = 0.0;
         auto rotate = [&] {
@@ -117,7 +129,6 @@ struct Batch {
             s = s * ct + c * st;
             c = next;
         };
-        split = std::min(split, bins);
         if (count == 1) {
             for (ptrdiff_t k = 0; k < split; ++k, rotate()) lo(k, 0, c, s);
             for (ptrdiff_t k = split; k < bins; ++k, rotate()) hi(k, 0, c, s);
@@ -137,6 +148,57 @@ struct Batch {
         }
     }
 };
+
+// The twiddles of `bins` bins: (c, s) starts at (A, 0) and after each bin is
+// rotated by theta in double, never re-seeded, so bin k gets about
+// A (cos k theta, sin k theta).  Cosines go to table[0, bins), sines to
+// table[bins, 2 bins).
+inline void FillTwiddles(ptrdiff_t bins, double amplitude, double theta, double *table) {
+    const double ct = std::cos(theta), st = std::sin(theta);
+    double c = amplitude, s = 0.0;
+    for (ptrdiff_t k = 0; k < bins; ++k) {
+        table[k] = c;
+        table[bins + k] = s;
+        const double next = c * ct - s * st;
+        s = s * ct + c * st;
+        c = next;
+    }
+}
+
+// The twiddle table of a transform, kept by its descriptor: the twiddles
+// depend only on the kind and the length, so the first call fills the table
+// and later calls only read it.  Null where the engine keeps nothing; the
+// passes then run the recurrence as they go.
+inline const double *CachedTwiddles(DFTI_DESCRIPTOR_HANDLE plan, Kind kind, ptrdiff_t bins,
+                                    double amplitude, double theta) {
+    const uint64_t key = (static_cast<uint64_t>(kind) << 56) | static_cast<uint64_t>(bins);
+    bool fresh = true;
+    auto *table = static_cast<double *>(
+        engine::DescriptorCache(plan, key, 2 * static_cast<size_t>(bins) * sizeof(double), &fresh));
+    if (table != nullptr && fresh) FillTwiddles(bins, amplitude, theta, table);
+    return table;
+}
+
+// One line over a kept table (dct_dst_twiddle.cpp), c and s its cosines and
+// sines from the first bin on:
+//   TwiddleLow:   out[k] = y[2k] c[k] - y[2k+1] s[k];
+//   TwiddleHigh:  out[k] = y[-2k] c[k] + y[-2k+1] s[k] (the conjugates of
+//                 bins read backwards from y);
+//   TwiddleScale: z[2k] = x[k] c[k], z[2k+1] = x[k] s[k];
+// each product and sum in double, rounded once to T.
+template <class T>
+void TwiddleLow(const T *y, const double *c, const double *s, T *out, ptrdiff_t count);
+template <class T>
+void TwiddleHigh(const T *y, const double *c, const double *s, T *out, ptrdiff_t count);
+template <class T>
+void TwiddleScale(const T *x, const double *c, const double *s, T *z, ptrdiff_t count);
+// Packing of one line for the DFT: PackEvenOdd sets w[i] = x[2i] and
+// w[N-1-i] = x[2i+1] for i < half; PackMirror sets w[i] = w[L-1-i] = x[i]
+// for i < m.
+template <class T>
+void PackEvenOdd(const T *x, ptrdiff_t half, T *w, ptrdiff_t N);
+template <class T>
+void PackMirror(const T *x, ptrdiff_t m, T *w, ptrdiff_t L);
 
 // The DFT output area follows the `used` elements of its input area: right
 // after them for a single line (the 1D workspace layout), from the next
@@ -179,7 +241,20 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     T *spectrum = After(work, b.lanes * L, b.lanes);
     b.ClearSpare(w, L);
     const T *x = p.x;
-    if (even) {
+    if constexpr (kRows) {
+        for (ptrdiff_t j = 0; j < b.count; ++j) {
+            const T *xj = x + b.At(0, j, p.xlen);
+            T *wj = w + b.W(0, j, L);
+            if (even) {
+                PackEvenOdd(xj, m / 2, wj, N);
+                if (m % 2 != 0) wj[(m - 1) / 2] = xj[m - 1];
+                std::fill(wj + (m + 1) / 2, wj + N - m / 2, T(0));
+            } else {
+                PackMirror(xj, m, wj, 2 * N);
+                std::fill(wj + m, wj + 2 * N - m, T(0));
+            }
+        }
+    } else if (even) {
         b.Sweep(0, m / 2, [&](ptrdiff_t i, ptrdiff_t j) {
             w[b.W(i, j, L)] = x[b.At(2 * i, j, p.xlen)];
             w[b.W(N - 1 - i, j, L)] = x[b.At(2 * i + 1, j, p.xlen)];
@@ -205,8 +280,20 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
     const double amplitude = (even ? 2.0 : 1.0) / std::sqrt(2.0 * static_cast<double>(N));
     const double theta = -kPi / (2.0 * static_cast<double>(N));
     T *out = p.out;
+    const double *table = CachedTwiddles(plan, kDCT, N, amplitude, theta);
+    if (kRows && table != nullptr) {
+        const ptrdiff_t split = std::min(half + 1, N);
+        for (ptrdiff_t j = 0; j < b.count; ++j) {
+            const T *y = spectrum + 2 * b.W(0, j, slen);
+            T *o = out + b.At(0, j, p.olen);
+            TwiddleLow(y, table, table + N, o, split);
+            TwiddleHigh(y + 2 * (L - split), table + split, table + N + split, o + split, N - split);
+            o[0] *= Roots<T>::kInvSqrt2;
+        }
+        return status;
+    }
     b.Twiddled(
-        N, half + 1, amplitude, theta,
+        N, half + 1, table, amplitude, theta,
         [&](ptrdiff_t k, ptrdiff_t j, double c, double s) {
             const T *y = spectrum + 2 * b.W(k, j, slen);
             out[b.At(k, j, p.olen)] =
@@ -254,7 +341,7 @@ int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HAND
 // backward DFT; even n feeds Z (Z0 scaled by 1/sqrt 2) to an n-point complex
 // backward DFT.
 template <class T, bool kRows>
-void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen) {
+void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen, DFTI_DESCRIPTOR_HANDLE plan) {
     const Batch<kRows> &b = p.b;
     const ptrdiff_t n = p.N;
     const T *x = p.x;
@@ -266,7 +353,12 @@ void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen) {
         e[0] = static_cast<T>(v * c);
         e[1] = static_cast<T>(v * s);
     };
-    b.Twiddled(n, n, amplitude, theta, rotate, rotate);
+    const double *table = CachedTwiddles(plan, kInvDCT, n, amplitude, theta);
+    if (kRows && table != nullptr)
+        for (ptrdiff_t j = 0; j < b.count; ++j)
+            TwiddleScale(x + b.At(0, j, p.xlen), table, table + n, z + 2 * b.W(0, j, zlen), n);
+    else
+        b.Twiddled(n, n, table, amplitude, theta, rotate, rotate);
     if (n % 2 != 0) {
         b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) {
             T *z0 = z + 2 * b.W(0, j, zlen);
@@ -308,7 +400,7 @@ int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan
     T *z = work;
     T *result = After(work, 2 * b.lanes * dft.in_len, b.lanes);
     b.ClearSpare(z, 2 * dft.in_len);
-    PackInvDCT(p, z, dft.in_len);
+    PackInvDCT(p, z, dft.in_len, plan);
     const int32_t status = ComputePlan(plan, false, z, result);
     if (status < 0) return status;
     if (n % 2 != 0) {

@@ -1,0 +1,103 @@
+// The twiddle loops of a single line, over a kept twiddle table: one product
+// pair per bin, vectorised (each lane does the same double operations as the
+// scalar code, so every width gives the same values).
+#include <cstddef>
+
+#include "transforms/dct_dst_kernels.h"
+
+namespace fennel::trig {
+
+// The clones live in an anonymous namespace: the resolvers of cloned
+// functions with external linkage would be exported whatever their
+// visibility.  The family calls them through plain wrappers below.
+#define FENNEL_TWIDDLE_CLONES \
+    __attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off")))
+
+namespace {
+
+template <class T>
+FENNEL_TWIDDLE_CLONES void TwiddleLowLanes(const T *__restrict y, const double *__restrict c,
+                                           const double *__restrict s, T *__restrict out,
+                                           ptrdiff_t count) {
+    for (ptrdiff_t k = 0; k < count; ++k)
+        out[k] = static_cast<T>(static_cast<double>(y[2 * k]) * c[k] -
+                                static_cast<double>(y[2 * k + 1]) * s[k]);
+}
+
+// Walks the bins upwards in memory (the outputs downwards), which
+// vectorises where a downward walk over pairs does not.
+template <class T>
+FENNEL_TWIDDLE_CLONES void TwiddleHighLanes(const T *__restrict y, const double *__restrict c,
+                                            const double *__restrict s, T *__restrict out,
+                                            ptrdiff_t count) {
+    const T *low = y - 2 * (count - 1);
+    for (ptrdiff_t i = 0; i < count; ++i) {
+        const ptrdiff_t k = count - 1 - i;
+        out[k] = static_cast<T>(static_cast<double>(low[2 * i]) * c[k] +
+                                static_cast<double>(low[2 * i + 1]) * s[k]);
+    }
+}
+
+template <class T>
+FENNEL_TWIDDLE_CLONES void TwiddleScaleLanes(const T *__restrict x, const double *__restrict c,
+                                             const double *__restrict s, T *__restrict z,
+                                             ptrdiff_t count) {
+    for (ptrdiff_t k = 0; k < count; ++k) {
+        const double v = static_cast<double>(x[k]);
+        z[2 * k] = static_cast<T>(v * c[k]);
+        z[2 * k + 1] = static_cast<T>(v * s[k]);
+    }
+}
+
+// The backward halves are written downwards while the samples are read
+// upwards, the order that vectorises.
+template <class T>
+FENNEL_TWIDDLE_CLONES void PackEvenOddLanes(const T *__restrict x, ptrdiff_t half,
+                                            T *__restrict w, ptrdiff_t N) {
+    for (ptrdiff_t i = 0; i < half; ++i) w[i] = x[2 * i];
+    T *top = w + N - 1;
+    for (ptrdiff_t i = 0; i < half; ++i) top[-i] = x[2 * i + 1];
+}
+
+template <class T>
+FENNEL_TWIDDLE_CLONES void PackMirrorLanes(const T *__restrict x, ptrdiff_t m, T *__restrict w,
+                                           ptrdiff_t L) {
+    for (ptrdiff_t i = 0; i < m; ++i) w[i] = x[i];
+    T *top = w + L - 1;
+    for (ptrdiff_t i = 0; i < m; ++i) top[-i] = x[i];
+}
+
+}  // namespace
+
+template <class T>
+void TwiddleLow(const T *y, const double *c, const double *s, T *out, ptrdiff_t count) {
+    TwiddleLowLanes(y, c, s, out, count);
+}
+template <class T>
+void TwiddleHigh(const T *y, const double *c, const double *s, T *out, ptrdiff_t count) {
+    TwiddleHighLanes(y, c, s, out, count);
+}
+template <class T>
+void TwiddleScale(const T *x, const double *c, const double *s, T *z, ptrdiff_t count) {
+    TwiddleScaleLanes(x, c, s, z, count);
+}
+template <class T>
+void PackEvenOdd(const T *x, ptrdiff_t half, T *w, ptrdiff_t N) {
+    PackEvenOddLanes(x, half, w, N);
+}
+template <class T>
+void PackMirror(const T *x, ptrdiff_t m, T *w, ptrdiff_t L) {
+    PackMirrorLanes(x, m, w, L);
+}
+
+#define FENNEL_TWIDDLE_INSTANCES(T)                                                              \
+    template void TwiddleLow<T>(const T *, const double *, const double *, T *, ptrdiff_t);     \
+    template void TwiddleHigh<T>(const T *, const double *, const double *, T *, ptrdiff_t);    \
+    template void TwiddleScale<T>(const T *, const double *, const double *, T *, ptrdiff_t);   \
+    template void PackEvenOdd<T>(const T *, ptrdiff_t, T *, ptrdiff_t);                          \
+    template void PackMirror<T>(const T *, ptrdiff_t, T *, ptrdiff_t);
+FENNEL_TWIDDLE_INSTANCES(float)
+FENNEL_TWIDDLE_INSTANCES(double)
+#undef FENNEL_TWIDDLE_INSTANCES
+
+}  // namespace fennel::trig

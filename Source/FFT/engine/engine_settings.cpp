@@ -29,10 +29,10 @@ int EffortOverride() {
 }
 
 // From this many points (all dimensions and batches) a plan runs on every
-// core.  Measured on this shared 2-core machine (bench/README.md), two threads
-// pay off from about 2^20 complex points; below that, waiting for the second
-// core costs several times what it saves.
-constexpr std::ptrdiff_t kThreadsFrom = std::ptrdiff_t{1} << 20;
+// core.  Measured on the idle 2-core machine (bench/README.md), two threads
+// pay off from about 2^18 complex points; below that, waiting for the second
+// core costs as much as it saves or more.
+constexpr std::ptrdiff_t kThreadsFrom = std::ptrdiff_t{1} << 18;
 
 // The machine's cores (FENNEL_DSP_THREADS overrides), after FFTW's thread
 // support is initialised once.

@@ -5,6 +5,20 @@
 namespace fennel {
 namespace {
 
+// Whether the descriptor's strides of one kind equal the expected ones; a
+// failed query sets the status.
+bool SameStrides(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM which, const MKL_LONG *expected, int rank,
+                 int32_t &status) {
+    MKL_LONG strides[4] = {0, 0, 0, 0};
+    if (DftiGetValue(d, which, strides) != 0) {
+        status = STATUS_DFTI_SETUP_FAILED;
+        return false;
+    }
+    for (int i = 0; i <= rank; ++i)
+        if (strides[i] != expected[i]) return false;
+    return true;
+}
+
 bool Matches(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g, int32_t &status) {
     MKL_LONG lengths[3] = {0, 0, 0};
     if (DftiGetValue(d, DFTI_LENGTHS, lengths) != 0) {
@@ -13,26 +27,12 @@ bool Matches(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g, int32_t &status) {
     }
     for (int i = 0; i < g.rank; ++i)
         if (lengths[i] != g.lengths[i]) return false;
-    if (g.rank > 1 || g.strides) {
-        MKL_LONG strides[4] = {0, 0, 0, 0};
-        if (DftiGetValue(d, DFTI_INPUT_STRIDES, strides) != 0) {
-            status = STATUS_DFTI_SETUP_FAILED;
-            return false;
-        }
-        for (int i = 0; i <= g.rank; ++i)
-            if (strides[i] != g.input_strides[i]) return false;
-    }
     // The output strides too: a real forward transform writes its spectrum
     // packed, the inverse of the same sizes and input strides does not.
-    if (g.strides) {
-        MKL_LONG strides[4] = {0, 0, 0, 0};
-        if (DftiGetValue(d, DFTI_OUTPUT_STRIDES, strides) != 0) {
-            status = STATUS_DFTI_SETUP_FAILED;
-            return false;
-        }
-        for (int i = 0; i <= g.rank; ++i)
-            if (strides[i] != g.output_strides[i]) return false;
-    }
+    if ((g.rank > 1 || g.strides) && !SameStrides(d, DFTI_INPUT_STRIDES, g.input_strides, g.rank, status))
+        return false;
+    if (g.strides && !SameStrides(d, DFTI_OUTPUT_STRIDES, g.output_strides, g.rank, status))
+        return false;
     // A backward layout of its own, when either side has one.
     MKL_LONG in[4] = {}, out[4] = {};
     if (engine::GetBackwardLayout(d, in, out) != g.backward_layout) return false;

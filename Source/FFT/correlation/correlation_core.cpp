@@ -19,6 +19,20 @@ int64_t FastLength(int64_t L) {
     }
 }
 
+// Without contraction into fused multiply-adds, so every build rounds alike.
+#define FENNEL_BINS_KERNEL(R)                                                                      \
+    __attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void \
+    MultiplyBins(const R *p, const R *q, R *d, int64_t n) {                                        \
+        for (int64_t k = 0; k < n; ++k) {                                                          \
+            const R a = p[2 * k], b = p[2 * k + 1], c = q[2 * k], e = q[2 * k + 1];                \
+            d[2 * k] = a * c - b * e;                                                              \
+            d[2 * k + 1] = b * c + a * e;                                                          \
+        }                                                                                          \
+    }
+FENNEL_BINS_KERNEL(float)
+FENNEL_BINS_KERNEL(double)
+#undef FENNEL_BINS_KERNEL
+
 WorkspacesEmptied::~WorkspacesEmptied() {
     for (int i = 0; i < count_; ++i) {
         FDArrayHandle h = entries_[i].handle;

@@ -19,19 +19,28 @@ int64_t FastLength(int64_t L) {
     }
 }
 
-// Without contraction into fused multiply-adds, so every build rounds alike.
-#define FENNEL_BINS_KERNEL(R)                                                                      \
-    __attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void \
-    MultiplyBins(const R *p, const R *q, R *d, int64_t n) {                                        \
-        for (int64_t k = 0; k < n; ++k) {                                                          \
-            const R a = p[2 * k], b = p[2 * k + 1], c = q[2 * k], e = q[2 * k + 1];                \
-            d[2 * k] = a * c - b * e;                                                              \
-            d[2 * k + 1] = b * c + a * e;                                                          \
-        }                                                                                          \
+// The clones live in an anonymous namespace (the resolvers of cloned
+// functions with external linkage would be exported whatever their
+// visibility), without contraction into fused multiply-adds, so every build
+// rounds alike.
+namespace {
+template <class R>
+__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void
+MultiplyBinsClones(const R *p, const R *q, R *d, int64_t n) {
+    for (int64_t k = 0; k < n; ++k) {
+        const R a = p[2 * k], b = p[2 * k + 1], c = q[2 * k], e = q[2 * k + 1];
+        d[2 * k] = a * c - b * e;
+        d[2 * k + 1] = b * c + a * e;
     }
-FENNEL_BINS_KERNEL(float)
-FENNEL_BINS_KERNEL(double)
-#undef FENNEL_BINS_KERNEL
+}
+}  // namespace
+
+void MultiplyBins(const float *p, const float *q, float *d, int64_t n) {
+    MultiplyBinsClones(p, q, d, n);
+}
+void MultiplyBins(const double *p, const double *q, double *d, int64_t n) {
+    MultiplyBinsClones(p, q, d, n);
+}
 
 WorkspacesEmptied::~WorkspacesEmptied() {
     for (int i = 0; i < count_; ++i) {

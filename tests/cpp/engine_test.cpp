@@ -234,6 +234,50 @@ TYPED_TEST(EngineTest, BatchedColumnsWithStridesAndDistances) {
     EXPECT_EQ(DftiFreeDescriptor(&d), 0);
 }
 
+// The forward transform taken apart by rows and columns reads only the
+// leading rows and agrees with the 2D transform of the zero-padded data;
+// the unscaled backward transform is the scaled one without the scale.
+TYPED_TEST(EngineTest, LeadingRowsForwardAndUnscaledBackward) {
+    using R = TypeParam;
+    using C = typename TestFixture::C;
+    const long lr = 12, lc = 10, half = lc / 2 + 1;
+    const MKL_LONG data[3] = {0, lc, 1}, spectra[3] = {0, half, 1};
+    DFTI_DESCRIPTOR_HANDLE d = nullptr;
+    const long len[2] = {lr, lc};
+    ASSERT_EQ(DftiCreateDescriptor(&d, TestFixture::kPrecision, DFTI_REAL, 2, len), 0);
+    ASSERT_EQ(DftiSetValue(d, DFTI_PLACEMENT, DFTI_NOT_INPLACE), 0);
+    ASSERT_EQ(DftiSetValue(d, DFTI_CONJUGATE_EVEN_STORAGE, DFTI_COMPLEX_COMPLEX), 0);
+    ASSERT_EQ(DftiSetValue(d, DFTI_INPUT_STRIDES, data), 0);
+    ASSERT_EQ(DftiSetValue(d, DFTI_OUTPUT_STRIDES, spectra), 0);
+    ASSERT_EQ(DftiSetValue(d, DFTI_BACKWARD_SCALE, 0.25), 0);
+    ASSERT_EQ(engine::SetBackwardLayout(d, spectra, data, false), 0);
+    ASSERT_EQ(DftiCommitDescriptor(d), 0);
+    Buffer in(sizeof(R) * lr * lc, 0), padded(sizeof(R) * lr * lc, 0), back(sizeof(R) * lr * lc, 0),
+        scaled(sizeof(R) * lr * lc, 0), got(sizeof(C) * lr * half, 0), want(sizeof(C) * lr * half, 0);
+    for (long rows : {1L, 5L, lr}) {
+        const auto x = Random<R>(lr * lc, static_cast<unsigned>(rows));
+        for (long i = 0; i < lr * lc; ++i) {
+            in.as<R>()[i] = i < rows * lc ? x[i] : std::numeric_limits<R>::quiet_NaN();
+            padded.as<R>()[i] = i < rows * lc ? x[i] : R(0);
+        }
+        ASSERT_EQ(engine::ComputeForwardTopRows(d, in.as<R>(), got.as<C>(), rows), 0) << rows;
+        ASSERT_EQ(DftiComputeForward(d, padded.as<R>(), want.as<C>()), 0);
+        for (long k = 0; k < lr * half; ++k) {
+            EXPECT_NEAR(got.as<C>()[k].real(), want.as<C>()[k].real(), 1e-4) << rows << " " << k;
+            EXPECT_NEAR(got.as<C>()[k].imag(), want.as<C>()[k].imag(), 1e-4) << rows << " " << k;
+        }
+        ASSERT_EQ(engine::ComputeBackwardUnscaled(d, want.as<C>(), back.as<R>()), 0);
+        ASSERT_EQ(DftiComputeBackward(d, want.as<C>(), scaled.as<R>()), 0);
+        for (long i = 0; i < lr * lc; ++i) EXPECT_EQ(back.as<R>()[i] * R(0.25), scaled.as<R>()[i]) << i;
+    }
+    // Misaligned arrays and row counts outside 1 .. lr are refused.
+    Buffer odd(sizeof(R) * lr * lc + 8, sizeof(R) == 4 ? 4 : 8);
+    EXPECT_NE(engine::ComputeForwardTopRows(d, odd.as<R>(), got.as<C>(), 2), 0);
+    EXPECT_NE(engine::ComputeForwardTopRows(d, in.as<R>(), got.as<C>(), 0), 0);
+    EXPECT_NE(engine::ComputeForwardTopRows(d, in.as<R>(), got.as<C>(), lr + 1), 0);
+    EXPECT_EQ(DftiFreeDescriptor(&d), 0);
+}
+
 TEST_F(HostTest, EngineFaultsCountersAndConfigurationRules) {
     using engine::Call;
     DFTI_DESCRIPTOR_HANDLE d = nullptr;

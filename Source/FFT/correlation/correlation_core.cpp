@@ -19,6 +19,29 @@ int64_t FastLength(int64_t L) {
     }
 }
 
+// The clones live in an anonymous namespace (the resolvers of cloned
+// functions with external linkage would be exported whatever their
+// visibility), without contraction into fused multiply-adds, so every build
+// rounds alike.
+namespace {
+template <class R>
+__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void
+MultiplyBinsClones(const R *p, const R *q, R *d, int64_t n) {
+    for (int64_t k = 0; k < n; ++k) {
+        const R a = p[2 * k], b = p[2 * k + 1], c = q[2 * k], e = q[2 * k + 1];
+        d[2 * k] = a * c - b * e;
+        d[2 * k + 1] = b * c + a * e;
+    }
+}
+}  // namespace
+
+void MultiplyBins(const float *p, const float *q, float *d, int64_t n) {
+    MultiplyBinsClones(p, q, d, n);
+}
+void MultiplyBins(const double *p, const double *q, double *d, int64_t n) {
+    MultiplyBinsClones(p, q, d, n);
+}
+
 WorkspacesEmptied::~WorkspacesEmptied() {
     for (int i = 0; i < count_; ++i) {
         FDArrayHandle h = entries_[i].handle;
@@ -93,26 +116,45 @@ void LoadPadded(O *buf, const S *src, int32_t rows, int32_t cols, int64_t pitch,
     std::fill(buf + rows * pitch, buf + region, O(0));
 }
 
-// dest (rows x cols) <- the top-left block of buf (rows of `pitch`).
+// v * s, each part of a complex v.
 template <class O>
-void Extract(O *dest, const O *buf, int64_t rows, int64_t cols, int64_t pitch) {
-    for (int64_t r = 0; r < rows; ++r)
-        std::memcpy(dest + r * cols, buf + r * pitch, sizeof(O) * static_cast<size_t>(cols));
+inline O Scaled(const O &v, typename Traits<O>::Real s) {
+    if constexpr (Traits<O>::kComplex)
+        return O(v.real() * s, v.imag() * s);
+    else
+        return v * s;
+}
+
+// dest[0 .. n) <- src[0 .. n) times s (a plain copy when s is 1).
+template <class O>
+void CopyScaled(O *dest, const O *src, int64_t n, typename Traits<O>::Real s) {
+    if (s == typename Traits<O>::Real(1)) {
+        std::memcpy(dest, src, sizeof(O) * static_cast<size_t>(n));
+        return;
+    }
+    for (int64_t i = 0; i < n; ++i) dest[i] = Scaled(src[i], s);
+}
+
+// dest (rows x cols) <- the top-left block of buf (rows of `pitch`), times s.
+template <class O>
+void Extract(O *dest, const O *buf, int64_t rows, int64_t cols, int64_t pitch,
+             typename Traits<O>::Real s) {
+    for (int64_t r = 0; r < rows; ++r) CopyScaled(dest + r * cols, buf + r * pitch, cols, s);
 }
 
 // dest ((2 r1 - 1) x (2 c1 - 1)) <- the circular autocorrelation in buf (lr x
-// lc, rows of `pitch`) with lag (0, 0) moved to (r1 - 1, c1 - 1).
+// lc, rows of `pitch`) times s, with lag (0, 0) moved to (r1 - 1, c1 - 1).
 template <class O>
 void ExtractRotated(O *dest, const O *buf, int32_t r1, int32_t c1, int64_t lr, int64_t lc,
-                    int64_t pitch) {
+                    int64_t pitch, typename Traits<O>::Real s) {
     const int64_t rows = 2 * int64_t{r1} - 1, cols = 2 * int64_t{c1} - 1;
     for (int64_t r = 0; r < rows; ++r) {
         const int64_t lag = r - (r1 - 1);
         const O *row = buf + (lag < 0 ? lag + lr : lag) * pitch;
         O *out = dest + r * cols;
         // Negative column lags sit at the end of the row, the others at its start.
-        std::memcpy(out, row + lc - (c1 - 1), sizeof(O) * static_cast<size_t>(c1 - 1));
-        std::memcpy(out + (c1 - 1), row, sizeof(O) * static_cast<size_t>(c1));
+        CopyScaled(out, row + lc - (c1 - 1), c1 - 1, s);
+        CopyScaled(out + (c1 - 1), row, c1, s);
     }
 }
 
@@ -258,28 +300,49 @@ int32_t FrequencyDomainCore(const X *x, int32_t r1, int32_t c1, const Y *y, int3
     O *b = a + stride;
     const auto spectrum = [](O *p) { return reinterpret_cast<C *>(p); };
 
+    // Forward: with packed rows only the operand's own rows are transformed
+    // along the rows (the padding rows are zero and are neither written nor
+    // read).  Backward: the FFTW engine leaves the scale to the copy out,
+    // which multiplies each element by it as the engine would.
+    const auto load = [&](O *buf, const auto *src, int32_t r, int32_t c, bool reversed) {
+        LoadPadded(buf, src, r, c, lc, packed_rows ? int64_t{r} * lc : region, reversed);
+    };
+    const auto forward = [&](O *in, int32_t r, O *out) -> int32_t {
+        if (!packed_rows) return ComputePlan(*slot, true, in, out);
+        return engine::ComputeForwardTopRows(*slot, in, out, r) == 0 ? STATUS_OK
+                                                                     : STATUS_DFTI_COMPUTE_FAILED;
+    };
+    using R = typename Traits<O>::Real;
+    constexpr bool kUnscaled = engine::kHasBackwardLayout;
+    const R scale = kUnscaled ? static_cast<R>(1.0 / (static_cast<double>(lr) * static_cast<double>(lc))) : R(1);
+    const auto backward = [&](O *in, O *out) -> int32_t {
+        if (!kUnscaled) return ComputePlan(*slot, false, in, out);
+        return engine::ComputeBackwardUnscaled(*slot, in, out) == 0 ? STATUS_OK
+                                                                    : STATUS_DFTI_COMPUTE_FAILED;
+    };
+
     if (!same) {
         O *c = b + stride;
-        LoadPadded(a, x, r1, c1, lc, region, kind == 1);
-        LoadPadded(b, y, r2, c2, lc, region, false);
-        if ((status = ComputePlan(*slot, true, a, c)) < 0) return status;
-        if ((status = ComputePlan(*slot, true, b, a)) < 0) return status;
+        load(a, x, r1, c1, kind == 1);
+        load(b, y, r2, c2, false);
+        if ((status = forward(a, r1, c)) < 0) return status;
+        if ((status = forward(b, r2, a)) < 0) return status;
         multiply(spectrum(c), spectrum(a), spectrum(b));
-        if ((status = ComputePlan(*slot, false, b, a)) < 0) return status;
-        Extract(dest, a, rows, cols, lc);
+        if ((status = backward(b, a)) < 0) return status;
+        Extract(dest, a, rows, cols, lc, scale);
         return status;
     }
-    LoadPadded(a, x, r1, c1, lc, region, false);
-    if ((status = ComputePlan(*slot, true, a, b)) < 0) return status;
+    load(a, x, r1, c1, false);
+    if ((status = forward(a, r1, b)) < 0) return status;
     if (kind == 0)
         multiply(spectrum(b), spectrum(b), spectrum(a));
     else
         square(spectrum(b), spectrum(a));
-    if ((status = ComputePlan(*slot, false, a, b)) < 0) return status;
+    if ((status = backward(a, b)) < 0) return status;
     if (kind == 0)
-        Extract(dest, b, rows, cols, lc);
+        Extract(dest, b, rows, cols, lc, scale);
     else
-        ExtractRotated(dest, b, r1, c1, lr, lc, lc);
+        ExtractRotated(dest, b, r1, c1, lr, lc, lc, scale);
     return status;
 }
 

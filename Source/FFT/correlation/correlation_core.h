@@ -114,6 +114,12 @@ constexpr int64_t SpectrumBins(int64_t n) {
     return Traits<T>::kComplex ? n : n / 2 + 1;
 }
 
+// d[k] = p[k] * q[k] over n interleaved complex values, the product written
+// out term by term (vector code where the processor has it, same roundings).
+// d may alias p or q.
+void MultiplyBins(const float *p, const float *q, float *d, int64_t n);
+void MultiplyBins(const double *p, const double *q, double *d, int64_t n);
+
 // d[k] = p[k] * q[k] (no conjugation) over every bin of `rows` spectra of
 // rows of n points of element type T.  d may alias p or q.
 template <class T>
@@ -121,18 +127,11 @@ void MultiplySpectra(const typename Traits<T>::Complex *p, const typename Traits
                      typename Traits<T>::Complex *d, int64_t rows, int64_t n) {
     using C = typename Traits<T>::Complex;
     using R = typename Traits<T>::Real;
-    const int64_t bins = SpectrumBins<T>(n);
-    for (int64_t r = 0; r < rows; ++r) {
-        const R *pr = reinterpret_cast<const R *>(p + r * n);
-        const R *qr = reinterpret_cast<const R *>(q + r * n);
-        R *dr = reinterpret_cast<R *>(d + r * n);
-        for (int64_t k = 0; k < bins; ++k) {
-            const R a = pr[2 * k], b = pr[2 * k + 1], c = qr[2 * k], e = qr[2 * k + 1];
-            dr[2 * k] = a * c - b * e;
-            dr[2 * k + 1] = b * c + a * e;
-        }
-    }
     static_assert(sizeof(C) == 2 * sizeof(R));
+    const int64_t bins = SpectrumBins<T>(n);
+    for (int64_t r = 0; r < rows; ++r)
+        MultiplyBins(reinterpret_cast<const R *>(p + r * n), reinterpret_cast<const R *>(q + r * n),
+                     reinterpret_cast<R *>(d + r * n), bins);
 }
 
 // d[k] = |s[k]|^2 (imaginary part 0) over the same bins as MultiplySpectra.

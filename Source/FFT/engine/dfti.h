@@ -126,4 +126,15 @@ MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, cons
                            bool input_is_scratch);
 // True, with the strides, when the descriptor has a backward layout of its own.
 bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, MKL_LONG *input, MKL_LONG *output);
+
+// Two more computations of the FFTW engine (kHasBackwardLayout tells where
+// they exist).  ComputeForwardTopRows: the forward transform of a 2D real
+// descriptor with row-major data (strides {0, lc, 1}) and packed spectra
+// (strides {0, lc / 2 + 1, 1}) whose data rows from `rows` on are zero and
+// are not read; only the leading rows are transformed along the rows, then
+// every column.  Both arrays 16-byte aligned.  ComputeBackwardUnscaled: the
+// backward transform without the backward scale, for a caller that applies
+// it while it copies the result out (the same products, one pass less).
+MKL_LONG ComputeForwardTopRows(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output, MKL_LONG rows);
+MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
 }  // namespace fennel::engine

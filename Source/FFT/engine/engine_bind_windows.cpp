@@ -182,6 +182,12 @@ MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, const MKL_LONG *, const MKL_L
     return DFTI_UNIMPLEMENTED;
 }
 bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, MKL_LONG *, MKL_LONG *) { return false; }
+MKL_LONG ComputeForwardTopRows(DFTI_DESCRIPTOR_HANDLE, void *, void *, MKL_LONG) {
+    return DFTI_UNIMPLEMENTED;
+}
+MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE, void *, void *) {
+    return DFTI_UNIMPLEMENTED;
+}
 }  // namespace fennel::engine
 
 // The foreign engine's descriptors keep nothing of ours: callers compute

@@ -22,7 +22,7 @@
 
 namespace {
 
-constexpr long kThreadsFrom = 1L << 20;  // the library's thread crossover
+constexpr long kThreadsFrom = 1L << 18;  // the library's thread crossover
 constexpr double kPlanSeconds = 1.0;     // the library's planning limit
 
 // FFTW's thread calls, from the copy of libfftw3_threads that the library

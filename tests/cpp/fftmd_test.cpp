@@ -544,13 +544,14 @@ TYPED_TEST(FFTMdTest, FailureTables) {
 
 // The in-place expansion of a packed half spectrum, on one thread and
 // shared by two, against the full spectrum built out of place: shapes that
-// take the staged path (odd and even columns, 2D and 3D mirrors, one large
-// enough for the streaming stores) and one that does not.
+// take the staged path (odd and even columns, 2D and 3D mirrors; one large
+// enough for the streaming stores, one below the size that two threads
+// share) and one that does not.
 TEST(ExpandPackedTest, MatchesOutOfPlaceExpansionOnOneAndTwoThreads) {
     struct Shape { ptrdiff_t pages, rows; int32_t cols; };
-    for (const Shape &sh : {Shape{1, 512, 128}, Shape{1, 300, 257}, Shape{16, 33, 130},
-                            Shape{40, 40, 64}, Shape{1, 2, 40000}, Shape{3, 5, 6},
-                            Shape{97, 128, 128}}) {
+    for (const Shape &sh : {Shape{1, 2048, 256}, Shape{1, 2100, 257}, Shape{32, 129, 130},
+                            Shape{128, 64, 64}, Shape{1, 2, 300000}, Shape{3, 5, 6},
+                            Shape{64, 64, 64}, Shape{97, 128, 128}}) {
         const ptrdiff_t Q = sh.pages * sh.rows, half = sh.cols / 2 + 1;
         auto mirror = [&sh](ptrdiff_t q) {
             const ptrdiff_t p = q / sh.rows, r = q - p * sh.rows;

@@ -192,17 +192,23 @@ struct Job {
 
 template <class C, class Mirror>
 void ExpandPacked(C *X, ptrdiff_t Q, int32_t Cols, Mirror mirror, int threads = 1) {
-    // Below these sizes (elements) a stage is not worth sharing.
+    // Sizes in bytes of the full spectrum, measured on the 2-core machine
+    // (bench/README.md).  Below kStagedFrom the spectrum sits in the caches
+    // and the rows go fastest one by one from the last; from kShareFrom a
+    // second thread pays (at 4 MB it gained nothing); from kStreamFrom the
+    // spectrum outgrows the last-level cache and goes straight to memory
+    // (which saves reading every written line first; slower at 16 MB).
+    constexpr ptrdiff_t kStagedFrom = ptrdiff_t{4} << 20, kShareFrom = ptrdiff_t{8} << 20,
+                        kStreamFrom = ptrdiff_t{24} << 20;
+    // Rows per stage below which a stage is not worth sharing, and per chunk.
     constexpr ptrdiff_t kMinElements = ptrdiff_t{1} << 15, kChunkElements = ptrdiff_t{1} << 13;
-    constexpr ptrdiff_t kStreamFrom = ptrdiff_t{3} << 19;  // elements: 24 MB of complex double
-    if (Cols > 2 && Q * Cols >= 2 * kMinElements) {
+    const ptrdiff_t bytes = Q * Cols * static_cast<ptrdiff_t>(sizeof(C));
+    if (Cols > 2 && bytes >= kStagedFrom) {
         expand::Job<C, Mirror> job(X, Q, Cols, mirror, kMinElements, kChunkElements);
-        // A full spectrum that the last-level cache cannot hold goes straight
-        // to memory: that saves reading every written line first (measured
-        // 12 % faster at 32 MB, slower at 16 MB and below).
-        job.stream = sizeof(C) == 16 && Q * Cols >= kStreamFrom &&
+        job.stream = sizeof(C) == 16 && bytes >= kStreamFrom &&
                      reinterpret_cast<uintptr_t>(X) % 16 == 0;
-        if (threads <= 1 || !RunWithHelper(&expand::Job<C, Mirror>::Run, &job))
+        if (threads <= 1 || bytes < kShareFrom ||
+            !RunWithHelper(&expand::Job<C, Mirror>::Run, &job))
             expand::Job<C, Mirror>::Run(&job);
         return;
     }

@@ -60,9 +60,11 @@ bool RunWithHelper(void (*task)(void *), void *context) {
         pthread_attr_t attr;
         pthread_t thread;
         bool ok = pthread_attr_init(&attr) == 0;
-        ok = ok && pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED) == 0 &&
-             pthread_create(&thread, &attr, Serve, nullptr) == 0;
-        pthread_attr_destroy(&attr);
+        if (ok) {
+            ok = pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED) == 0 &&
+                 pthread_create(&thread, &attr, Serve, nullptr) == 0;
+            pthread_attr_destroy(&attr);
+        }
         if (!ok) {
             lock.unlock();
             h.user.unlock();

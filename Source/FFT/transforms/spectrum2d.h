@@ -113,6 +113,8 @@ inline void Prefetch(const C *p, ptrdiff_t n) {
     for (ptrdiff_t i = 0; i < bytes; i += 64) __builtin_prefetch(b + i);
 }
 
+// The stages and chunks of one expansion, and the counters of the chunks
+// claimed and done; Run is the task each participating thread runs.
 template <class C, class Mirror>
 struct Job {
     static constexpr ptrdiff_t kAhead = 2;

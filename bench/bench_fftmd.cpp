@@ -6,23 +6,27 @@
 // effort and thread count that the library uses for that many points
 // (FFTW_MEASURE within a 1 s planning limit; every core from kThreadsFrom
 // points).  The Threads rows time raw complex 2D plans on one and
-// on two threads: `ratio` = two threads / one thread.
+// on two threads: `ratio` = two threads / one thread.  The Expansion rows time
+// the in-place expansion of a real transform's packed half spectrum (complex
+// double) the same way: `ratio` = two threads / one thread.
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
 #include <fftw3.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <complex>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
 #include "fennel_dsp.h"
 #include "fennel_host.h"
+#include "transforms/spectrum2d.h"
 
 namespace {
 
-constexpr long kThreadsFrom = 1L << 20;  // the library's thread crossover
+constexpr long kThreadsFrom = 1L << 18;  // the library's thread crossover
 constexpr double kPlanSeconds = 1.0;     // the library's planning limit
 
 // FFTW's thread calls, from the copy of libfftw3_threads that the library
@@ -200,6 +204,43 @@ void Threads(benchmark::State &state) {
     fftw_free(out);
 }
 
+// The expansion of a P x R x C packed half spectrum on two threads beside one
+// thread; each run starts from a fresh copy of the packed data (not timed).
+void Expansion(benchmark::State &state) {
+    using C = std::complex<double>;
+    const ptrdiff_t P = state.range(0) > 0 ? state.range(0) : 1, R = state.range(1);
+    const int32_t cols = static_cast<int32_t>(state.range(2));
+    const ptrdiff_t Q = P * R, half = cols / 2 + 1;
+    std::vector<C> packed(static_cast<size_t>(Q * half));
+    for (size_t i = 0; i < packed.size(); ++i) packed[i] = C((i % 13) * 0.25, (i % 7) * -0.5);
+    auto *X = static_cast<C *>(fftw_malloc(sizeof(C) * static_cast<size_t>(Q * cols)));
+    auto mirror = [P, R](ptrdiff_t q) {
+        const ptrdiff_t p = q / R, r = q - p * R;
+        return (p == 0 ? 0 : P - p) * R + (r == 0 ? 0 : R - r);
+    };
+    auto run = [&](int threads) {
+        std::memcpy(static_cast<void *>(X), packed.data(), sizeof(C) * packed.size());
+        const auto t0 = Clock::now();
+        fennel::ExpandPacked(X, Q, cols, mirror, threads);
+        return std::chrono::duration<double>(Clock::now() - t0).count();
+    };
+    run(2);
+    double one = 0, two = 0;
+    for (auto _ : state) {
+        one += run(1);
+        const double t = run(2);
+        two += t;
+        state.SetIterationTime(t);
+    }
+    state.counters["ratio"] = two / one;
+    state.counters["one_ms"] = one / static_cast<double>(state.iterations()) * 1e3;
+    fftw_free(X);
+}
+
+// From 8 MB of spectrum, where the library lets two threads share the pass.
+BENCHMARK(Expansion)
+    ->Args({0, 512, 1024})->Args({0, 1024, 1024})->Args({128, 128, 128})
+    ->UseManualTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(Threads)
     ->Args({64, 64, 0})->Args({128, 128, 0})->Args({256, 256, 0})
     ->Args({512, 512, 0})->Args({1024, 1024, 0})->Args({2048, 1024, 0})->Args({32, 32, 32})

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "support.h"
+#include "transforms/spectrum2d.h"
 
 namespace fennel::test {
 namespace {
@@ -538,6 +539,41 @@ TYPED_TEST(FFTMdTest, FailureTables) {
                 return Md<T>::invm(in, out, 1, orientation, ws, plan);
             },
             {4, 5}, {3, 3});
+    }
+}
+
+// The in-place expansion of a packed half spectrum, on one thread and
+// shared by two, against the full spectrum built out of place: shapes that
+// take the staged path (odd and even columns, 2D and 3D mirrors; one large
+// enough for the streaming stores, one below the size that two threads
+// share) and one that does not.
+TEST(ExpandPackedTest, MatchesOutOfPlaceExpansionOnOneAndTwoThreads) {
+    struct Shape { ptrdiff_t pages, rows; int32_t cols; };
+    for (const Shape &sh : {Shape{1, 2048, 256}, Shape{1, 2100, 257}, Shape{32, 129, 130},
+                            Shape{128, 64, 64}, Shape{1, 2, 300000}, Shape{3, 5, 6},
+                            Shape{64, 64, 64}, Shape{97, 128, 128}}) {
+        const ptrdiff_t Q = sh.pages * sh.rows, half = sh.cols / 2 + 1;
+        auto mirror = [&sh](ptrdiff_t q) {
+            const ptrdiff_t p = q / sh.rows, r = q - p * sh.rows;
+            return (p == 0 ? 0 : sh.pages - p) * sh.rows + (r == 0 ? 0 : sh.rows - r);
+        };
+        std::mt19937 rng(7);
+        std::uniform_real_distribution<double> u(-1, 1);
+        std::vector<cdouble> packed(static_cast<size_t>(Q * half)), want(static_cast<size_t>(Q * sh.cols));
+        for (cdouble &v : packed) v = {u(rng), u(rng)};
+        for (ptrdiff_t q = 0; q < Q; ++q)
+            for (int32_t k = 0; k < sh.cols; ++k) {
+                const bool low = k < half;
+                const cdouble v = packed[static_cast<size_t>((low ? q : mirror(q)) * half + (low ? k : sh.cols - k))];
+                want[static_cast<size_t>(q * sh.cols + k)] = low ? v : cdouble(v.real(), -0.0 - v.imag());
+            }
+        for (int threads : {1, 2}) {
+            std::vector<cdouble> X(want.size());
+            std::copy(packed.begin(), packed.end(), X.begin());
+            ExpandPacked(X.data(), Q, sh.cols, mirror, threads);
+            EXPECT_EQ(std::memcmp(X.data(), want.data(), sizeof(cdouble) * want.size()), 0)
+                << sh.pages << " x " << sh.rows << " x " << sh.cols << ", " << threads << " threads";
+        }
     }
 }
 

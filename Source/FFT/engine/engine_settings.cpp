@@ -57,8 +57,10 @@ Effort PlannerEffortFor(std::ptrdiff_t total) {
 
 double PlannerTimeLimit() { return -1.0; }
 
+int ThreadsFor(std::ptrdiff_t total) { return total >= kThreadsFrom ? Cores() : 1; }
+
 void ApplyThreadCount(std::ptrdiff_t total) {
-    const int threads = total >= kThreadsFrom ? Cores() : 1;
+    const int threads = ThreadsFor(total);
     fftw_plan_with_nthreads(threads);
     fftwf_plan_with_nthreads(threads);
 }

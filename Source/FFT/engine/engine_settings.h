@@ -15,6 +15,9 @@ enum class Effort { kEstimate, kMeasure, kPatient };
 Effort PlannerEffortFor(std::ptrdiff_t total);
 double PlannerTimeLimit();
 
+// The number of threads FFTW runs a plan of `total` points on.
+int ThreadsFor(std::ptrdiff_t total);
+
 // Sets FFTW's thread count for the next plan of `total` points.  Called with
 // the planner lock held.
 void ApplyThreadCount(std::ptrdiff_t total);

@@ -1,0 +1,92 @@
+#include "frame/helper_thread.h"
+
+#if defined(_WIN32)
+
+namespace fennel {
+bool RunWithHelper(void (*)(void *), void *) { return false; }
+}  // namespace fennel
+
+#else
+
+#include <pthread.h>
+
+#include <condition_variable>
+#include <mutex>
+
+namespace fennel {
+namespace {
+
+struct Helper {
+    std::mutex user;  // held by the caller the helper serves
+    std::mutex m;     // guards the fields below
+    std::condition_variable cv;
+    void (*task)(void *) = nullptr;  // the offered task, null when none
+    void *context = nullptr;
+    bool running = false;  // the helper has taken the task and runs it
+    bool started = false;
+};
+
+// Never destroyed: the thread waits on it for the life of the process.
+Helper &Instance() {
+    static Helper *helper = new Helper;
+    return *helper;
+}
+
+void *Serve(void *) {
+    Helper &h = Instance();
+    std::unique_lock<std::mutex> lock(h.m);
+    for (;;) {
+        h.cv.wait(lock, [&] { return h.task != nullptr && !h.running; });
+        void (*task)(void *) = h.task;
+        void *context = h.context;
+        h.running = true;
+        lock.unlock();
+        task(context);
+        lock.lock();
+        h.running = false;
+        h.task = nullptr;
+        h.cv.notify_all();
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+bool RunWithHelper(void (*task)(void *), void *context) {
+    Helper &h = Instance();
+    if (!h.user.try_lock()) return false;
+    std::unique_lock<std::mutex> lock(h.m);
+    if (!h.started) {
+        pthread_attr_t attr;
+        pthread_t thread;
+        bool ok = pthread_attr_init(&attr) == 0;
+        if (ok) {
+            ok = pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED) == 0 &&
+                 pthread_create(&thread, &attr, Serve, nullptr) == 0;
+            pthread_attr_destroy(&attr);
+        }
+        if (!ok) {
+            lock.unlock();
+            h.user.unlock();
+            return false;
+        }
+        h.started = true;
+    }
+    h.task = task;
+    h.context = context;
+    lock.unlock();
+    h.cv.notify_all();
+    task(context);
+    lock.lock();
+    if (h.running)
+        h.cv.wait(lock, [&] { return !h.running; });
+    else
+        h.task = nullptr;  // not taken: withdrawn
+    lock.unlock();
+    h.user.unlock();
+    return true;
+}
+
+}  // namespace fennel
+
+#endif

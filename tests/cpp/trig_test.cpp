@@ -141,7 +141,9 @@ TYPED_TEST(TrigTest, InversesRoundTripsAndSpecialSignals) {
         std::vector<LD> want(n, 0.0L);
         want[0] = 0.75L * std::sqrt(static_cast<LD>(n));
         ExpectNear(mid.values(), want, Tol<T>(n), "constant");
-        if (n == 1) EXPECT_NEAR(mid.values()[0], 0.75, 2 * std::numeric_limits<T>::epsilon());
+        if (n == 1) {
+            EXPECT_NEAR(mid.values()[0], 0.75, 2 * std::numeric_limits<T>::epsilon());
+        }
     }
 }
 
@@ -196,8 +198,9 @@ TYPED_TEST(TrigTest, KeptTwiddlesGiveTheRecurrenceBits) {
             engine::DisableDescriptorCache(off);
             ASSERT_EQ(c.run(in.h(), out.h(), ws.h(), &plan), STATUS_OK) << c.name;
             got.push_back(out.values());
-            if (c.mixed)  // another length on the same descriptor, then this one again
+            if (c.mixed) {  // another length on the same descriptor, then this one again
                 ASSERT_EQ(Fns<T>::dct(in.h(), out.h(), 3, ws.h(), &plan), STATUS_OK);
+            }
         }
         engine::DisableDescriptorCache(false);
         for (size_t i = 1; i < got.size(); ++i)
@@ -403,7 +406,9 @@ TEST_F(HostTest, Trig2DFailuresLeaveCleanState) {
             if (cached == needsRecord && (needsRecord || needsCache)) continue;
             if (!cached && needsCache) continue;
             Array<float> result({2, 2});
-            if (cached) ASSERT_EQ(s2DInvDCTH(x.h(), result.h(), ws.h(), &plan), STATUS_OK) << what;
+            if (cached) {
+                ASSERT_EQ(s2DInvDCTH(x.h(), result.h(), ws.h(), &plan), STATUS_OK) << what;
+            }
             c.arm();
             EXPECT_EQ(s2DDCTH(x.h(), result.h(), 4, 6, c.withWorkspace ? ws.h() : nullptr, &plan), c.status) << what;
             engine::ClearFaults();

@@ -1,5 +1,8 @@
 """2D, 3D and multichannel FFTs through the binding, against numpy.fft."""
 import gc
+import os
+import subprocess
+import sys
 
 import numpy as np
 import pytest
@@ -126,3 +129,19 @@ def test_plans_are_reused_and_failures_raise():
     with pytest.raises(fd.FennelError) as err:
         fd.fft3(np.zeros((1, 1, 1)), (1024, 1024, 2048))  # the size guard
     assert err.value.status == -20001
+
+
+@pytest.mark.skipif((os.cpu_count() or 1) < 2 or os.environ.get("FENNEL_DSP_THREADS") == "1",
+                    reason="the expansion shares its work only with two cores")
+def test_unloading_the_library_ends_its_helper_thread():
+    # A thread left waiting in the library's code would run unmapped code on
+    # its next wake-up: unloading must end it.
+    script = (
+        "import os, _ctypes, numpy as np, fennel_dsp as fd\n"
+        "count = lambda: len(os.listdir('/proc/self/task'))\n"
+        "fd.fft3(np.ones((128, 128, 128)))\n"  # 32 MB expanded on two threads
+        "before = count()\n"
+        "_ctypes.dlclose(fd.lib._handle)\n"
+        "print(before - count())\n")
+    out = subprocess.run([sys.executable, "-c", script], capture_output=True, text=True, check=True)
+    assert out.stdout.split() == ["1"]

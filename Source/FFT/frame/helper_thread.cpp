@@ -4,6 +4,7 @@
 
 namespace fennel {
 bool RunWithHelper(void (*)(void *), void *) { return false; }
+void StopHelper() {}
 }  // namespace fennel
 
 #else
@@ -24,9 +25,11 @@ struct Helper {
     void *context = nullptr;
     bool running = false;  // the helper has taken the task and runs it
     bool started = false;
+    bool quit = false;  // the library is being unloaded: the helper returns
+    pthread_t thread;
 };
 
-// Never destroyed: the thread waits on it for the life of the process.
+// Never destroyed: the thread waits on it until the library unloads.
 Helper &Instance() {
     static Helper *helper = new Helper;
     return *helper;
@@ -36,7 +39,8 @@ void *Serve(void *) {
     Helper &h = Instance();
     std::unique_lock<std::mutex> lock(h.m);
     for (;;) {
-        h.cv.wait(lock, [&] { return h.task != nullptr && !h.running; });
+        h.cv.wait(lock, [&] { return h.quit || (h.task != nullptr && !h.running); });
+        if (h.quit) return nullptr;
         void (*task)(void *) = h.task;
         void *context = h.context;
         h.running = true;
@@ -57,15 +61,7 @@ bool RunWithHelper(void (*task)(void *), void *context) {
     if (!h.user.try_lock()) return false;
     std::unique_lock<std::mutex> lock(h.m);
     if (!h.started) {
-        pthread_attr_t attr;
-        pthread_t thread;
-        bool ok = pthread_attr_init(&attr) == 0;
-        if (ok) {
-            ok = pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_DETACHED) == 0 &&
-                 pthread_create(&thread, &attr, Serve, nullptr) == 0;
-            pthread_attr_destroy(&attr);
-        }
-        if (!ok) {
+        if (h.quit || pthread_create(&h.thread, nullptr, Serve, nullptr) != 0) {
             lock.unlock();
             h.user.unlock();
             return false;
@@ -85,6 +81,19 @@ bool RunWithHelper(void (*task)(void *), void *context) {
     lock.unlock();
     h.user.unlock();
     return true;
+}
+
+void StopHelper() {
+    Helper &h = Instance();
+    std::unique_lock<std::mutex> lock(h.m);
+    if (!h.started || h.quit) {
+        h.quit = true;
+        return;
+    }
+    h.quit = true;
+    lock.unlock();
+    h.cv.notify_all();
+    pthread_join(h.thread, nullptr);
 }
 
 }  // namespace fennel

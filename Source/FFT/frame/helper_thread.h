@@ -14,4 +14,8 @@ namespace fennel {
 // own threads): the caller then does the work itself.
 bool RunWithHelper(void (*task)(void *), void *context);
 
+// Ends the helper thread, waiting for it, before the library's code goes
+// away (the library's unload); later calls run their work alone.
+void StopHelper();
+
 }  // namespace fennel

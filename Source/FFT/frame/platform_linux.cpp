@@ -12,6 +12,7 @@
 #include <cstring>
 #include <cwchar>
 
+#include "frame/helper_thread.h"
 #include "frame/library_load.h"
 #include "frame/platform.h"
 
@@ -82,7 +83,10 @@ const PlatformApi kLinux = {GetEnv,          SetEnv,     FindLoadedModule, Modul
                             MessageBox,      ExitProcess};
 
 __attribute__((constructor)) void OnLoad() { AttachEnvironment(GetLoadState()); }
-__attribute__((destructor)) void OnUnload() { DetachEnvironment(GetLoadState()); }
+__attribute__((destructor)) void OnUnload() {
+    StopHelper();
+    DetachEnvironment(GetLoadState());
+}
 
 }  // namespace
 

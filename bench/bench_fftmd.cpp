@@ -255,9 +255,12 @@ BENCHMARK(ExportVsRaw<float, true>)
     ->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(ExportVsRaw<double, false>)
     ->Args({256, 256, 0})->Args({1024, 1024, 0})->Args({64, 64, 64})->Args({128, 128, 128})
+    ->Args({32, 32, 32})->Args({63, 63, 63})->Args({8, 256, 256})->Args({256, 64, 64})
+    ->Args({16, 128, 128})->Args({160, 160, 160})
     ->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(ExportVsRaw<float, false>)
-    ->Args({256, 256, 0})->Args({1024, 1024, 0})->Args({64, 64, 64})
+    ->Args({256, 256, 0})->Args({1024, 1024, 0})->Args({64, 64, 64})->Args({128, 128, 128})
+    ->Args({32, 32, 32})->Args({63, 63, 63})->Args({8, 256, 256})->Args({256, 64, 64})
     ->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

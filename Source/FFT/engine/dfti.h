@@ -137,4 +137,17 @@ bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, MKL_LONG *input, MKL_LONG *outp
 // it while it copies the result out (the same products, one pass less).
 MKL_LONG ComputeForwardTopRows(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output, MKL_LONG rows);
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
+// ComputeForwardFull: the forward transform of a 3D real descriptor (sizes
+// P x R x C) with row-major data (strides {0, R * C, C, 1}) and packed
+// spectra (strides {0, R * h, h, 1}, h = C / 2 + 1), written as the full
+// spectrum: P x R x C bins row-major in `output` (room for all of them), bin
+// (p, r, k > C / 2) the conjugate of ((P - p) mod P, (R - r) mod R, C - k).
+// Taken apart: the 2D r2c of every page into a packed block kept with the
+// descriptor, then the transforms along the pages of rows r and R - r
+// together, written out with each other's mirrors while in the cache (on the
+// helper thread too when the transform runs on two threads).  Results do not
+// depend on the thread count of that pass.  DFTI_UNIMPLEMENTED when it does
+// not apply (another layout, fewer than 8 pages, a kept block over 64 MB):
+// the caller then computes the packed spectrum and expands it.
+MKL_LONG ComputeForwardFull(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
 }  // namespace fennel::engine

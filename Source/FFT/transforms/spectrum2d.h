@@ -46,37 +46,8 @@ namespace expand {
 template <class C>
 inline void PlaceRow(C *X, ptrdiff_t q, int32_t Cols, ptrdiff_t m, bool placed,
                      bool stream = false) {
-    using Real = typename C::value_type;
     const ptrdiff_t half = Cols / 2 + 1;
-    const int32_t upper = (Cols - 1) / 2;
-    C *row = X + q * Cols;
-#if defined(__SSE2__)
-    if constexpr (sizeof(C) == 16) {
-        if (stream) {
-            // The same values through stores that bypass the cache.
-            const double *src = reinterpret_cast<const double *>(X + q * half);
-            double *dst = reinterpret_cast<double *>(row);
-            for (ptrdiff_t k = 0; k < half; ++k)
-                _mm_stream_pd(dst + 2 * k, _mm_loadu_pd(src + 2 * k));
-            const double *sm = reinterpret_cast<const double *>(X + m * (placed ? Cols : half));
-            const __m128d negZero = _mm_set1_pd(-0.0);
-            for (int32_t k = upper; k >= 1; --k) {
-                const __m128d v = _mm_loadu_pd(sm + 2 * k);
-                _mm_stream_pd(dst + 2 * (Cols - k), _mm_move_sd(_mm_sub_pd(negZero, v), v));
-            }
-            return;
-        }
-    }
-#endif
-    if (q > 0) std::memmove(static_cast<void *>(row), X + q * half, sizeof(C) * half);
-    // On the components (a complex is two reals), so that the loop
-    // vectorises: d[Cols - k] = conj(s[k]).
-    const Real *s = reinterpret_cast<const Real *>(X + m * (placed ? Cols : half));
-    Real *d = reinterpret_cast<Real *>(row);
-    for (int32_t k = upper; k >= 1; --k) {
-        d[2 * (Cols - k)] = s[2 * k];
-        d[2 * (Cols - k) + 1] = Real(-0.0) - s[2 * k + 1];
-    }
+    WriteFullRow(X + q * Cols, X + q * half, X + m * (placed ? Cols : half), Cols, stream);
 }
 
 // Rows from `from` - 1 down to 0, one at a time.

@@ -183,6 +183,9 @@ FENNEL_DSP_API int32_t z2DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *   elements; otherwise as the 2D forward (a size <= 0 keeps the input's,
  *   padding through the workspace, cropping without a copy, real input
  *   expanded to the full spectrum, shift centres all three dimensions).
+ *   A real forward transform of 2^18 points or more with at least 8 pages,
+ *   run on two threads, keeps its packed half spectrum (about half the
+ *   output's size, up to 64 MB) with the plan between calls.
  * Inverse: (input, output, shift, workspace, plan)
  *   As the 2D inverse; the output is P x R x C scaled by 1/(P*R*C).
  */

@@ -17,9 +17,8 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-enum { kDimension = 1, kLengths = 2, kForwardScale = 4, kBackwardScale = 5, kTransforms = 7, kCeStorage = 10,
-       kPlacement = 11, kInStrides = 12, kOutStrides = 13, kInDistance = 14, kOutDistance = 15,
-       kPrecision = 3, kDomain = 0, kCommitStatus = 22 };
+enum { kDimension = 1, kLengths = 2, kBackwardScale = 5, kTransforms = 7, kCeStorage = 10, kPlacement = 11,
+       kInStrides = 12, kOutStrides = 13, kInDistance = 14, kOutDistance = 15, kPrecision = 3, kDomain = 0 };
 enum { kComplex = 32, kReal = 33, kSingle = 35, kDouble = 36, kNotInPlace = 44 };
 
 struct Desc {
@@ -27,9 +26,9 @@ struct Desc {
     long n[3];
     long is[4], os[4];
     bool is_set, os_set;
-    double fscale, bscale;
+    double bscale;
     long howmany, idist, odist;
-    int placement, ces;
+    int placement;
     bool committed;
 };
 
@@ -41,10 +40,9 @@ MKL_LONG Create(Desc **h, int precision, int domain, long rank, const long *n) {
     d->domain = domain;
     d->rank = static_cast<int>(rank);
     for (long i = 0; i < rank; ++i) d->n[i] = n[i];
-    d->fscale = d->bscale = 1.0;
+    d->bscale = 1.0;
     d->howmany = 1;
     d->placement = 43;
-    d->ces = 40;
     *h = d;
     return 0;
 }
@@ -148,7 +146,7 @@ MKL_LONG Compute(Desc *d, bool forward, const void *in, void *out) {
             }
         }
         Dft(a, d->n, rank, forward ? -1 : 1);
-        const double scale = forward ? d->fscale : d->bscale;
+        const double scale = forward ? 1.0 : d->bscale;
         for (long idx = 0; idx < total; ++idx) {
             long k[3] = {0, 0, 0}, rem = idx;
             for (int ax = rank - 1; ax >= 0; --ax) k[ax] = rem % d->n[ax], rem /= d->n[ax];
@@ -163,32 +161,15 @@ MKL_LONG Compute(Desc *d, bool forward, const void *in, void *out) {
 
 }  // namespace
 
-EXPORT MKL_LONG DftiCreateDescriptor_s_1d(Desc **h, int domain, ...) {
-    va_list ap;
-    va_start(ap, domain);
-    long n = va_arg(ap, long);
-    va_end(ap);
-    return Create(h, kSingle, domain, 1, &n);
-}
-EXPORT MKL_LONG DftiCreateDescriptor_d_1d(Desc **h, int domain, ...) {
-    va_list ap;
-    va_start(ap, domain);
-    long n = va_arg(ap, long);
-    va_end(ap);
-    return Create(h, kDouble, domain, 1, &n);
-}
-EXPORT MKL_LONG DftiCreateDescriptor_s_md(Desc **h, int domain, MKL_LONG rank, ...) {
-    va_list ap;
-    va_start(ap, rank);
-    const long *n = va_arg(ap, const long *);
-    va_end(ap);
+// The library calls these, and the two Compute functions, with variadic
+// arguments: in the x64 convention integers and pointers arrive where these
+// fixed parameters read them.
+EXPORT MKL_LONG DftiCreateDescriptor_s_1d(Desc **h, int domain, long n) { return Create(h, kSingle, domain, 1, &n); }
+EXPORT MKL_LONG DftiCreateDescriptor_d_1d(Desc **h, int domain, long n) { return Create(h, kDouble, domain, 1, &n); }
+EXPORT MKL_LONG DftiCreateDescriptor_s_md(Desc **h, int domain, MKL_LONG rank, const long *n) {
     return Create(h, kSingle, domain, rank, n);
 }
-EXPORT MKL_LONG DftiCreateDescriptor_d_md(Desc **h, int domain, MKL_LONG rank, ...) {
-    va_list ap;
-    va_start(ap, rank);
-    const long *n = va_arg(ap, const long *);
-    va_end(ap);
+EXPORT MKL_LONG DftiCreateDescriptor_d_md(Desc **h, int domain, MKL_LONG rank, const long *n) {
     return Create(h, kDouble, domain, rank, n);
 }
 
@@ -197,13 +178,12 @@ EXPORT MKL_LONG DftiSetValue(Desc *d, int param, ...) {
     va_start(ap, param);
     MKL_LONG r = 0;
     switch (param) {
-        case kForwardScale: d->fscale = va_arg(ap, double); break;
         case kBackwardScale: d->bscale = va_arg(ap, double); break;
         case kTransforms: d->howmany = va_arg(ap, long); break;
         case kInDistance: d->idist = va_arg(ap, long); break;
         case kOutDistance: d->odist = va_arg(ap, long); break;
         case kPlacement: d->placement = va_arg(ap, int); break;
-        case kCeStorage: d->ces = va_arg(ap, int); break;
+        case kCeStorage: break;  // the library asks for the full complex layout only
         case kInStrides: std::memcpy(d->is, va_arg(ap, const long *), sizeof(long) * (d->rank + 1)); d->is_set = true; break;
         case kOutStrides: std::memcpy(d->os, va_arg(ap, const long *), sizeof(long) * (d->rank + 1)); d->os_set = true; break;
         default: r = 2;
@@ -230,11 +210,6 @@ EXPORT MKL_LONG DftiGetValue(Desc *d, int param, ...) {
         case kOutDistance: *static_cast<long *>(out) = d->odist; return 0;
         case kPrecision: *static_cast<int *>(out) = d->precision; return 0;
         case kDomain: *static_cast<int *>(out) = d->domain; return 0;
-        case kCommitStatus: *static_cast<int *>(out) = d->committed ? 30 : 31; return 0;
-        case kBackwardScale:
-            if (d->precision == kSingle) *static_cast<float *>(out) = static_cast<float>(d->bscale);
-            else *static_cast<double *>(out) = d->bscale;
-            return 0;
         default: return 2;
     }
 }
@@ -245,21 +220,11 @@ EXPORT MKL_LONG DftiCommitDescriptor(Desc *d) {
     return 0;
 }
 
-EXPORT MKL_LONG DftiComputeForward(Desc *d, void *in, ...) {
-    va_list ap;
-    va_start(ap, in);
-    void *out = va_arg(ap, void *);
-    va_end(ap);
-    return d->precision == kSingle ? Compute<float>(d, true, in, out) : Compute<double>(d, true, in, out);
+static MKL_LONG ComputeAny(Desc *d, bool forward, void *in, void *out) {
+    return d->precision == kSingle ? Compute<float>(d, forward, in, out) : Compute<double>(d, forward, in, out);
 }
-
-EXPORT MKL_LONG DftiComputeBackward(Desc *d, void *in, ...) {
-    va_list ap;
-    va_start(ap, in);
-    void *out = va_arg(ap, void *);
-    va_end(ap);
-    return d->precision == kSingle ? Compute<float>(d, false, in, out) : Compute<double>(d, false, in, out);
-}
+EXPORT MKL_LONG DftiComputeForward(Desc *d, void *in, void *out) { return ComputeAny(d, true, in, out); }
+EXPORT MKL_LONG DftiComputeBackward(Desc *d, void *in, void *out) { return ComputeAny(d, false, in, out); }
 
 EXPORT MKL_LONG DftiFreeDescriptor(Desc **h) {
     if (h == nullptr || *h == nullptr) return 5;

@@ -19,7 +19,7 @@ constexpr double kPi = 3.14159265358979323846;
 
 enum { kDimension = 1, kLengths = 2, kBackwardScale = 5, kTransforms = 7, kCeStorage = 10, kPlacement = 11,
        kInStrides = 12, kOutStrides = 13, kInDistance = 14, kOutDistance = 15, kPrecision = 3, kDomain = 0 };
-enum { kComplex = 32, kReal = 33, kSingle = 35, kDouble = 36, kNotInPlace = 44 };
+enum { kReal = 33, kSingle = 35, kDouble = 36, kNotInPlace = 44 };
 
 struct Desc {
     int precision, domain, rank;
@@ -125,35 +125,33 @@ MKL_LONG Compute(Desc *d, bool forward, const void *in, void *out) {
     for (int i = 0; i < rank; ++i) total *= d->n[i];
     const bool real = d->domain == kReal;
     const long last = d->n[rank - 1];
+    auto index = [&](long idx, long *k) {  // the multi-index of element idx
+        for (int ax = rank - 1; ax >= 0; --ax) k[ax] = idx % d->n[ax], idx /= d->n[ax];
+    };
+    const double scale = forward ? 1.0 : d->bscale;
     for (long h = 0; h < d->howmany; ++h) {
+        auto offset = [&](const Side &side, const long *k) {
+            long off = side.s[0] + h * side.dist;
+            for (int ax = 0; ax < rank; ++ax) off += k[ax] * side.s[ax + 1];
+            return off;
+        };
         std::vector<cd> a(total);
         for (long idx = 0; idx < total; ++idx) {
-            long k[3] = {0, 0, 0}, rem = idx;
-            for (int ax = rank - 1; ax >= 0; --ax) k[ax] = rem % d->n[ax], rem /= d->n[ax];
-            if (real && !forward) {
-                // Hermitian expansion of the half spectrum.
-                bool mirror = k[rank - 1] > last / 2;
-                long m[3];
-                for (int ax = 0; ax < rank; ++ax) m[ax] = mirror ? (d->n[ax] - k[ax]) % d->n[ax] : k[ax];
-                long off = si.s[0] + h * si.dist;
-                for (int ax = 0; ax < rank; ++ax) off += m[ax] * si.s[ax + 1];
-                const cd v = Load<R>(in, off, true);
-                a[idx] = mirror ? std::conj(v) : v;
-            } else {
-                long off = si.s[0] + h * si.dist;
-                for (int ax = 0; ax < rank; ++ax) off += k[ax] * si.s[ax + 1];
-                a[idx] = Load<R>(in, off, !real || !forward);
-            }
+            long k[3] = {0, 0, 0};
+            index(idx, k);
+            // A real inverse reads the half spectrum: Hermitian expansion.
+            const bool mirror = real && !forward && k[rank - 1] > last / 2;
+            if (mirror)
+                for (int ax = 0; ax < rank; ++ax) k[ax] = (d->n[ax] - k[ax]) % d->n[ax];
+            const cd v = Load<R>(in, offset(si, k), !real || !forward);
+            a[idx] = mirror ? std::conj(v) : v;
         }
         Dft(a, d->n, rank, forward ? -1 : 1);
-        const double scale = forward ? 1.0 : d->bscale;
         for (long idx = 0; idx < total; ++idx) {
-            long k[3] = {0, 0, 0}, rem = idx;
-            for (int ax = rank - 1; ax >= 0; --ax) k[ax] = rem % d->n[ax], rem /= d->n[ax];
+            long k[3] = {0, 0, 0};
+            index(idx, k);
             if (real && forward && k[rank - 1] > last / 2) continue;
-            long off = so.s[0] + h * so.dist;
-            for (int ax = 0; ax < rank; ++ax) off += k[ax] * so.s[ax + 1];
-            Store<R>(out, off, a[idx] * scale, !real || forward);
+            Store<R>(out, offset(so, k), a[idx] * scale, !real || forward);
         }
     }
     return 0;
@@ -264,5 +262,4 @@ EXPORT void cblas_zaxpy(int n, const void *a, const void *x, int ix, void *y, in
     Axpy(n, *static_cast<const cd *>(a), static_cast<const cd *>(x), ix, static_cast<cd *>(y), iy);
 }
 EXPORT float cblas_sdot(int n, const float *x, int ix, const float *y, int iy) { return Dot(n, x, ix, y, iy); }
-EXPORT double cblas_ddot(int n, const double *x, int ix, const double *y, int iy) { return Dot(n, x, ix, y, iy); }
 EXPORT double dlapy2(const double *x, const double *y) { return std::hypot(*x, *y); }

@@ -24,25 +24,19 @@ def close(got, want, x, y, n):
 
 @pytest.mark.parametrize("tx,ty", PAIRS)
 @pytest.mark.parametrize("method", METHODS)
-def test_convolve_all_modes(tx, ty, method):
+def test_convolve_all_modes_and_correlate_all_normalisations(tx, ty, method):
     for i, (n, m) in enumerate(SIZES):
         x, y = random_signal(n, tx, seed=i), random_signal(m, ty, seed=100 + i)
         full = np.convolve(x.astype(np.complex128), y.astype(np.complex128))
         got = fd.convolve(x, y, "full", method)
         assert got.dtype == np.result_type(tx, ty)
         close(got, full, x, y, n + m)
-        close(fd.convolve(x, y, "same", method), full[m // 2:m // 2 + n], x, y, n + m)
+        same = fd.convolve(x, y, "same", method)
+        close(same, full[m // 2:m // 2 + n], x, y, n + m)
         if m % 2:
-            close(fd.convolve(x, y, "same", method), ss.convolve(x, y, "same"), x, y, n + m)
+            close(same, ss.convolve(x, y, "same"), x, y, n + m)
         if m <= n:
             close(fd.convolve(x, y, "valid", method), np.convolve(x, y, "valid"), x, y, n + m)
-
-
-@pytest.mark.parametrize("tx,ty", PAIRS)
-@pytest.mark.parametrize("method", METHODS)
-def test_correlate_and_normalisations(tx, ty, method):
-    for i, (n, m) in enumerate(SIZES):
-        x, y = random_signal(n, tx, seed=i), random_signal(m, ty, seed=50 + i)
         want = ss.correlate(y, x, "full")
         close(fd.correlate(x, y, method=method), want, x, y, n + m)
         lags = np.arange(n + m - 1) - (n - 1)
@@ -59,7 +53,6 @@ def test_autocorrelate(dtype, method):
         want = np.correlate(x, x, "full")
         got = fd.autocorrelate(x, method=method)
         close(got, want, x, x, 2 * n)
-        close(got[::-1], np.conj(got), x, x, 2 * n)
         counts = n - np.abs(np.arange(2 * n - 1) - (n - 1))
         close(fd.autocorrelate(x, "unbiased", method), want / counts, x, x, 2 * n)
         close(fd.autocorrelate(x, "biased", method), want / n, x, x, 2 * n)
@@ -92,20 +85,6 @@ def test_two_dimensional(dtype, method):
     # A 1 x N matrix is the 1D convolution.
     x, y = random_signal(50, dtype, seed=1), random_signal(9, dtype, seed=2)
     close(fd.convolve2d(x[None, :], y[None, :], "same", method)[0], fd.convolve(x, y, "same", method), x, y, 60)
-
-
-def test_plan_is_kept_and_errors_carry_their_status():
-    x, y = random_signal(100, np.float64), random_signal(30, np.float64)
-    with fd.Plan() as plan:
-        first = fd.convolve(x, y, method="fft", plan=plan)
-        assert plan.held
-        np.testing.assert_allclose(fd.convolve(x, y, method="fft", plan=plan), first, atol=0)
-    for call, status in [(lambda: fd.convolve(y, x, "valid"), -20008),
-                         (lambda: fd.convolve(x[:0], y), -20003),
-                         (lambda: fd.autocorrelate2d(np.zeros((0, 3))), -20003)]:
-        with pytest.raises(fd.FennelError) as e:
-            call()
-        assert e.value.status == status
 
 
 def test_large_operands_agree_with_scipy_fftconvolve():

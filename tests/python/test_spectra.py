@@ -66,27 +66,9 @@ def test_swapping_conjugates_and_equal_signals_give_the_power_spectrum():
     assert not phase.any()
 
 
-@pytest.mark.parametrize("call,status", [
-    (lambda: fd.power_spectrum(np.zeros(0)), -20003),
-    (lambda: fd.auto_power_spectrum(np.ones(4), dt=0.0), -20140),
-    (lambda: fd.auto_power_spectrum(np.ones(4), dt=-1.0), -20140),
-    (lambda: fd.auto_power_spectrum(np.ones(4), spectrum_type=2), -20061),
-    (lambda: fd.cross_power(np.ones(3), np.zeros(0)), -20003),
-    (lambda: fd.cross_power_spectrum(np.ones(3), np.ones(2), dt=0.0), -20140),
-    (lambda: fd.cross_power_spectrum(np.ones(3), np.ones(2), spectrum_type=-1), -20061),
-])
-def test_bad_arguments_raise_their_status(call, status):
-    with pytest.raises(fd.FennelError) as err:
-        call()
-    assert err.value.status == status
-
-
-def test_nan_interval_passes_and_an_explicit_plan_is_kept():
-    with fd.Plan() as plan:
-        p, df = fd.auto_power_spectrum(np.arange(8.0), dt=float("nan"), plan=plan)
-        assert np.isnan(df) and p[0] == pytest.approx(3.5**2)
-        assert plan.held
-    assert not plan.held
+def test_nan_interval_passes():
+    p, df = fd.auto_power_spectrum(np.arange(8.0), dt=float("nan"))
+    assert np.isnan(df) and p[0] == pytest.approx(3.5**2)
 
 
 def test_kept_arrays_follow_changing_lengths_and_types():
@@ -95,17 +77,3 @@ def test_kept_arrays_follow_changing_lengths_and_types():
         ref = np.abs(np.fft.fft(x.astype(np.complex128))) ** 2 / n**2
         np.testing.assert_allclose(fd.power_spectrum(x), ref, rtol=0,
                                    atol=tolerance(n, dtype) * 4 * ref.max())
-
-
-@pytest.mark.parametrize("n", [5, 1 << 17])
-def test_results_stay_valid_across_later_calls(n):
-    """Outputs of 1 MiB or more are handed over without a copy: a result must
-    not change when later calls (and a failing one) reuse the kept arrays."""
-    x, y = random_signal(n, np.complex128, seed=1), random_signal(n, np.complex128, seed=2)
-    first = fd.power_spectrum(x)
-    kept = first.copy()
-    with pytest.raises(fd.FennelError):
-        fd.power_spectrum(np.zeros(0, np.complex128))
-    fd.power_spectrum(y)
-    np.testing.assert_array_equal(first, kept)
-    np.testing.assert_array_equal(fd.power_spectrum(x), kept)

@@ -33,6 +33,7 @@ def test_1d_against_scipy_and_round_trips(n, dtype):
     close(S, sf.dst(x.astype(np.float64), type=1) / 2, dtype, n)
     close(fd.idst(x), 2 * sf.idst(x.astype(np.float64), type=1), dtype, n)
     close(fd.idst(S), x, dtype, n)
+    assert fd.dct(np.arange(n)).dtype == np.float64  # other real types are taken as float64
 
 
 @pytest.mark.parametrize("dtype", REALS)
@@ -77,42 +78,3 @@ def test_2d_against_scipy(shape, size, dtype):
     close(fd.idst2(fd.dst2(x)), x, dtype, n)
     plan.close()
     assert not plan.held
-
-
-def test_errors_and_argument_checks():
-    with pytest.raises(fd.FennelError) as e:
-        fd.dct(np.zeros(0))
-    assert e.value.status == -20003
-    with pytest.raises(fd.FennelError) as e:
-        fd.idct2(np.zeros((0, 3)))
-    assert e.value.status == -20003
-    with pytest.raises(fd.FennelError) as e:
-        fd.dst2(np.zeros((2, 2)), (65536, 32768))
-    assert e.value.status == -20001
-    with pytest.raises(TypeError):
-        fd.dct(np.ones(4, complex))
-    with pytest.raises(TypeError):
-        fd.dct2(np.ones((2, 2)), plan=fd.Plan())
-    with pytest.raises(TypeError):
-        fd.dct(np.ones(4), plan=fd.TrigPlan())
-    with pytest.raises(ValueError):
-        fd.dct(np.ones((2, 2)))
-    # Other real types are taken as float64.
-    assert fd.dct(np.arange(4)).dtype == np.float64
-
-
-@pytest.mark.parametrize("call,shape", [(fd.dct2, (400, 400)), (fd.idct, (150000,)), (fd.dct, (5,))])
-def test_results_stay_valid_across_later_calls(call, shape):
-    """Large outputs are handed over without a copy, small ones copied; either
-    way a result must not change when the kept arrays serve later calls,
-    including one that fails."""
-    rng = np.random.default_rng(len(shape))
-    x, y = rng.uniform(-1, 1, shape), rng.uniform(-1, 1, shape)
-    first = call(x)
-    kept = first.copy()
-    with pytest.raises(fd.FennelError):
-        call(np.zeros((0,) * len(shape)))
-    second = call(y)
-    np.testing.assert_array_equal(first, kept)
-    np.testing.assert_array_equal(call(x), kept)
-    assert not np.shares_memory(first, second)

@@ -192,21 +192,6 @@ def test_windows_match_scipy(dtype, n):
                                rtol=0, atol=tol + 1e-8 + 1e-16 * n * n), wtype
 
 
-@pytest.mark.parametrize("call, status", [
-    (lambda x: fd.cosine_window(x, 10), -20061),
-    (lambda x: fd.cosine_window(x, 12), -20061),
-    (lambda x: fd.symmetric_window(x, 61), -20061),
-    (lambda x: fd.cosine_window(x[:0], 1), -20003),
-    (lambda x: fd.symmetric_window(x[:0], 62), -20003),
-    (lambda x: fd.triangle_window(x[:0]), -20003),
-    (lambda x: fd.gaussian_window(x[:0]), -20003),
-])
-def test_window_refusals(call, status):
-    with pytest.raises(fd.FennelError) as err:
-        call(np.ones(8))
-    assert err.value.status == status
-
-
 # ---- windowed FIR design ------------------------------------------------------------
 
 def fir_model(m, fs, f1, f2, ftype, wtype, param, normalise, dtype):
@@ -273,22 +258,6 @@ def test_fir_matches_firwin(dtype, ftype, m):
             tol = (64 * np.finfo(dtype).eps + 1e-16 * m * m + (2e-8 if wtype == 60 else 0)) \
                 * max(1.0, np.abs(want).max())
             assert np.allclose(got, want, rtol=0, atol=tol), (wtype, scale)
-
-
-@pytest.mark.parametrize("args, status", [
-    ((4, 1000, 100, 0, fd.HIGHPASS), -20033),
-    ((3, 1000, 500.0001, 0, fd.LOWPASS), -20020),
-    ((3, 1000, 100, 100, fd.BANDPASS), -20023),
-    ((0, 1000, 100, 0, fd.LOWPASS), -20021),
-    ((3, 1000, 100, 0, 4), -20061),
-])
-def test_fir_refusals(args, status):
-    with pytest.raises(fd.FennelError) as err:
-        fd.fir_windowed_coefficients(*args)
-    assert err.value.status == status
-    with pytest.raises(fd.FennelError) as err:
-        fd.fir_windowed_coefficients(5, 1000, 100, window_type=10)
-    assert err.value.status == -20061
 
 
 # ---- IIR filter -----------------------------------------------------------------------
@@ -420,13 +389,10 @@ def test_iir_matches_lfilter_with_zi(dtype, order):
                            atol=2000 * eps * scale), (s, e)
 
 
-def test_iir_refusals_and_pass_through():
+def test_iir_pass_through_and_reset():
     x = np.arange(1.0, 6.0)
     assert np.array_equal(fd.iir_filter([], [], x), x)
     assert np.array_equal(fd.iir_filter([2.0], [4.0], x), x * 2 * 0.25)
-    with pytest.raises(fd.FennelError) as err:
-        fd.iir_filter([], [1.0, 0.5], x)
-    assert err.value.status == -20008
     f = fd.IIRFilter([1, 1, 1], [1, -0.5])
     f(x)
     f.reset()

@@ -17,19 +17,18 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-enum { kDimension = 1, kLengths = 2, kForwardScale = 4, kBackwardScale = 5, kTransforms = 7, kCeStorage = 10,
-       kPlacement = 11, kInStrides = 12, kOutStrides = 13, kInDistance = 14, kOutDistance = 15,
-       kPrecision = 3, kDomain = 0, kCommitStatus = 22 };
-enum { kComplex = 32, kReal = 33, kSingle = 35, kDouble = 36, kNotInPlace = 44 };
+enum { kDimension = 1, kLengths = 2, kBackwardScale = 5, kTransforms = 7, kCeStorage = 10, kPlacement = 11,
+       kInStrides = 12, kOutStrides = 13, kInDistance = 14, kOutDistance = 15, kPrecision = 3, kDomain = 0 };
+enum { kReal = 33, kSingle = 35, kDouble = 36, kNotInPlace = 44 };
 
 struct Desc {
     int precision, domain, rank;
     long n[3];
     long is[4], os[4];
     bool is_set, os_set;
-    double fscale, bscale;
+    double bscale;
     long howmany, idist, odist;
-    int placement, ces;
+    int placement;
     bool committed;
 };
 
@@ -41,10 +40,9 @@ MKL_LONG Create(Desc **h, int precision, int domain, long rank, const long *n) {
     d->domain = domain;
     d->rank = static_cast<int>(rank);
     for (long i = 0; i < rank; ++i) d->n[i] = n[i];
-    d->fscale = d->bscale = 1.0;
+    d->bscale = 1.0;
     d->howmany = 1;
     d->placement = 43;
-    d->ces = 40;
     *h = d;
     return 0;
 }
@@ -127,35 +125,33 @@ MKL_LONG Compute(Desc *d, bool forward, const void *in, void *out) {
     for (int i = 0; i < rank; ++i) total *= d->n[i];
     const bool real = d->domain == kReal;
     const long last = d->n[rank - 1];
+    auto index = [&](long idx, long *k) {  // the multi-index of element idx
+        for (int ax = rank - 1; ax >= 0; --ax) k[ax] = idx % d->n[ax], idx /= d->n[ax];
+    };
+    const double scale = forward ? 1.0 : d->bscale;
     for (long h = 0; h < d->howmany; ++h) {
+        auto offset = [&](const Side &side, const long *k) {
+            long off = side.s[0] + h * side.dist;
+            for (int ax = 0; ax < rank; ++ax) off += k[ax] * side.s[ax + 1];
+            return off;
+        };
         std::vector<cd> a(total);
         for (long idx = 0; idx < total; ++idx) {
-            long k[3] = {0, 0, 0}, rem = idx;
-            for (int ax = rank - 1; ax >= 0; --ax) k[ax] = rem % d->n[ax], rem /= d->n[ax];
-            if (real && !forward) {
-                // Hermitian expansion of the half spectrum.
-                bool mirror = k[rank - 1] > last / 2;
-                long m[3];
-                for (int ax = 0; ax < rank; ++ax) m[ax] = mirror ? (d->n[ax] - k[ax]) % d->n[ax] : k[ax];
-                long off = si.s[0] + h * si.dist;
-                for (int ax = 0; ax < rank; ++ax) off += m[ax] * si.s[ax + 1];
-                const cd v = Load<R>(in, off, true);
-                a[idx] = mirror ? std::conj(v) : v;
-            } else {
-                long off = si.s[0] + h * si.dist;
-                for (int ax = 0; ax < rank; ++ax) off += k[ax] * si.s[ax + 1];
-                a[idx] = Load<R>(in, off, !real || !forward);
-            }
+            long k[3] = {0, 0, 0};
+            index(idx, k);
+            // A real inverse reads the half spectrum: Hermitian expansion.
+            const bool mirror = real && !forward && k[rank - 1] > last / 2;
+            if (mirror)
+                for (int ax = 0; ax < rank; ++ax) k[ax] = (d->n[ax] - k[ax]) % d->n[ax];
+            const cd v = Load<R>(in, offset(si, k), !real || !forward);
+            a[idx] = mirror ? std::conj(v) : v;
         }
         Dft(a, d->n, rank, forward ? -1 : 1);
-        const double scale = forward ? d->fscale : d->bscale;
         for (long idx = 0; idx < total; ++idx) {
-            long k[3] = {0, 0, 0}, rem = idx;
-            for (int ax = rank - 1; ax >= 0; --ax) k[ax] = rem % d->n[ax], rem /= d->n[ax];
+            long k[3] = {0, 0, 0};
+            index(idx, k);
             if (real && forward && k[rank - 1] > last / 2) continue;
-            long off = so.s[0] + h * so.dist;
-            for (int ax = 0; ax < rank; ++ax) off += k[ax] * so.s[ax + 1];
-            Store<R>(out, off, a[idx] * scale, !real || forward);
+            Store<R>(out, offset(so, k), a[idx] * scale, !real || forward);
         }
     }
     return 0;
@@ -163,32 +159,15 @@ MKL_LONG Compute(Desc *d, bool forward, const void *in, void *out) {
 
 }  // namespace
 
-EXPORT MKL_LONG DftiCreateDescriptor_s_1d(Desc **h, int domain, ...) {
-    va_list ap;
-    va_start(ap, domain);
-    long n = va_arg(ap, long);
-    va_end(ap);
-    return Create(h, kSingle, domain, 1, &n);
-}
-EXPORT MKL_LONG DftiCreateDescriptor_d_1d(Desc **h, int domain, ...) {
-    va_list ap;
-    va_start(ap, domain);
-    long n = va_arg(ap, long);
-    va_end(ap);
-    return Create(h, kDouble, domain, 1, &n);
-}
-EXPORT MKL_LONG DftiCreateDescriptor_s_md(Desc **h, int domain, MKL_LONG rank, ...) {
-    va_list ap;
-    va_start(ap, rank);
-    const long *n = va_arg(ap, const long *);
-    va_end(ap);
+// The library calls these, and the two Compute functions, with variadic
+// arguments: in the x64 convention integers and pointers arrive where these
+// fixed parameters read them.
+EXPORT MKL_LONG DftiCreateDescriptor_s_1d(Desc **h, int domain, long n) { return Create(h, kSingle, domain, 1, &n); }
+EXPORT MKL_LONG DftiCreateDescriptor_d_1d(Desc **h, int domain, long n) { return Create(h, kDouble, domain, 1, &n); }
+EXPORT MKL_LONG DftiCreateDescriptor_s_md(Desc **h, int domain, MKL_LONG rank, const long *n) {
     return Create(h, kSingle, domain, rank, n);
 }
-EXPORT MKL_LONG DftiCreateDescriptor_d_md(Desc **h, int domain, MKL_LONG rank, ...) {
-    va_list ap;
-    va_start(ap, rank);
-    const long *n = va_arg(ap, const long *);
-    va_end(ap);
+EXPORT MKL_LONG DftiCreateDescriptor_d_md(Desc **h, int domain, MKL_LONG rank, const long *n) {
     return Create(h, kDouble, domain, rank, n);
 }
 
@@ -197,13 +176,12 @@ EXPORT MKL_LONG DftiSetValue(Desc *d, int param, ...) {
     va_start(ap, param);
     MKL_LONG r = 0;
     switch (param) {
-        case kForwardScale: d->fscale = va_arg(ap, double); break;
         case kBackwardScale: d->bscale = va_arg(ap, double); break;
         case kTransforms: d->howmany = va_arg(ap, long); break;
         case kInDistance: d->idist = va_arg(ap, long); break;
         case kOutDistance: d->odist = va_arg(ap, long); break;
         case kPlacement: d->placement = va_arg(ap, int); break;
-        case kCeStorage: d->ces = va_arg(ap, int); break;
+        case kCeStorage: break;  // the library asks for the full complex layout only
         case kInStrides: std::memcpy(d->is, va_arg(ap, const long *), sizeof(long) * (d->rank + 1)); d->is_set = true; break;
         case kOutStrides: std::memcpy(d->os, va_arg(ap, const long *), sizeof(long) * (d->rank + 1)); d->os_set = true; break;
         default: r = 2;
@@ -230,11 +208,6 @@ EXPORT MKL_LONG DftiGetValue(Desc *d, int param, ...) {
         case kOutDistance: *static_cast<long *>(out) = d->odist; return 0;
         case kPrecision: *static_cast<int *>(out) = d->precision; return 0;
         case kDomain: *static_cast<int *>(out) = d->domain; return 0;
-        case kCommitStatus: *static_cast<int *>(out) = d->committed ? 30 : 31; return 0;
-        case kBackwardScale:
-            if (d->precision == kSingle) *static_cast<float *>(out) = static_cast<float>(d->bscale);
-            else *static_cast<double *>(out) = d->bscale;
-            return 0;
         default: return 2;
     }
 }
@@ -245,21 +218,11 @@ EXPORT MKL_LONG DftiCommitDescriptor(Desc *d) {
     return 0;
 }
 
-EXPORT MKL_LONG DftiComputeForward(Desc *d, void *in, ...) {
-    va_list ap;
-    va_start(ap, in);
-    void *out = va_arg(ap, void *);
-    va_end(ap);
-    return d->precision == kSingle ? Compute<float>(d, true, in, out) : Compute<double>(d, true, in, out);
+static MKL_LONG ComputeAny(Desc *d, bool forward, void *in, void *out) {
+    return d->precision == kSingle ? Compute<float>(d, forward, in, out) : Compute<double>(d, forward, in, out);
 }
-
-EXPORT MKL_LONG DftiComputeBackward(Desc *d, void *in, ...) {
-    va_list ap;
-    va_start(ap, in);
-    void *out = va_arg(ap, void *);
-    va_end(ap);
-    return d->precision == kSingle ? Compute<float>(d, false, in, out) : Compute<double>(d, false, in, out);
-}
+EXPORT MKL_LONG DftiComputeForward(Desc *d, void *in, void *out) { return ComputeAny(d, true, in, out); }
+EXPORT MKL_LONG DftiComputeBackward(Desc *d, void *in, void *out) { return ComputeAny(d, false, in, out); }
 
 EXPORT MKL_LONG DftiFreeDescriptor(Desc **h) {
     if (h == nullptr || *h == nullptr) return 5;
@@ -299,5 +262,4 @@ EXPORT void cblas_zaxpy(int n, const void *a, const void *x, int ix, void *y, in
     Axpy(n, *static_cast<const cd *>(a), static_cast<const cd *>(x), ix, static_cast<cd *>(y), iy);
 }
 EXPORT float cblas_sdot(int n, const float *x, int ix, const float *y, int iy) { return Dot(n, x, ix, y, iy); }
-EXPORT double cblas_ddot(int n, const double *x, int ix, const double *y, int iy) { return Dot(n, x, ix, y, iy); }
 EXPORT double dlapy2(const double *x, const double *y) { return std::hypot(*x, *y); }

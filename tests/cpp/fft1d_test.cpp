@@ -8,8 +8,6 @@
 namespace fennel::test {
 namespace {
 
-using engine::Call;
-
 // The exports of one element type: forward takes T, inverse returns T.
 template <class T> struct Exports;
 template <> struct Exports<float> {
@@ -205,87 +203,21 @@ TEST_F(HostTest, ConcurrentCallsOnSeparatePlansAgreeWithSerialCalls) {
     EXPECT_EQ(parallel, serial);
 }
 
-// One row of the failure table: how the call is provoked and the state left.
-struct FailureRow {
-    const char *name;
-    int resize_fault;      // nth host resize fails (0: none)
-    Call engine_fault;     // engine call that fails (kCount: none)
-    int engine_nth;
-    bool empty_input;
-    bool null_workspace;
-    bool plan_same_length;  // plan held before the call has the call's length
-    int32_t status;
-    bool workspace_emptied;
-    bool plan_freed;
-};
-
-const FailureRow kFailureRows[] = {
-    {"input length 0", 0, Call::kCount, 0, true, false, true, STATUS_EMPTY_ARRAY, false, false},
-    {"output resize", 1, Call::kCount, 0, false, false, true, STATUS_OUT_OF_MEMORY, false, false},
-    {"workspace null", 0, Call::kCount, 0, false, true, true, STATUS_NO_WORKSPACE, false, true},
-    {"workspace resize", 2, Call::kCount, 0, false, false, true, STATUS_OUT_OF_MEMORY, true, true},
-    {"query", 0, Call::kGetValue, 1, false, false, true, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"create", 0, Call::kCreate, 1, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"set", 0, Call::kSetValue, 1, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"commit", 0, Call::kCommit, 1, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"free outdated", 0, Call::kFree, 1, false, false, false, STATUS_DFTI_FREE_FAILED, true, true},
-    {"compute", 0, Call::kCompute, 1, false, false, true, STATUS_DFTI_COMPUTE_FAILED, true, true},
-};
-
-// Runs every row against a call that needs its workspace (forward with
-// padding, inverse with shift).
-template <class In, class Out>
-void RunFailureTable(const std::function<int32_t(FDArrayHandle, FDArrayHandle, FDArrayHandle,
-                                                 FDPlanHandle *)> &call,
-                     int32_t n, int32_t other_n) {
-    for (const FailureRow &row : kFailureRows) {
-        SCOPED_TRACE(row.name);
-        Array<In> in(Random<In>(row.empty_input ? 0 : n, 1)), other(Random<In>(other_n, 2));
-        Array<Out> out({5}), scratch_out;
-        FDPlanHandle plan = nullptr;
-        // Hold a plan of the call's length, or of another length to force a rebuild.
-        Array<In> ws_prep;
-        const bool same = row.plan_same_length && !row.empty_input;
-        ASSERT_EQ(call(same ? in.h() : other.h(), scratch_out.h(), ws_prep.h(), &plan), STATUS_OK);
-        const FDPlanHandle before = plan;
-        Array<In> ws({2});
-        FennelHostReset();
-        if (row.resize_fault) FennelHostFailResize(row.resize_fault);
-        if (row.engine_fault != Call::kCount) engine::FailCall(row.engine_fault, row.engine_nth);
-        EXPECT_EQ(call(in.h(), out.h(), row.null_workspace ? nullptr : ws.h(), &plan), row.status);
-        engine::ClearFaults();
-        FennelHostReset();
-        EXPECT_TRUE(out.empty());
-        if (!row.null_workspace) {
-            EXPECT_EQ(ws.empty(), row.workspace_emptied);
-        }
-        EXPECT_EQ(plan, row.plan_freed ? nullptr : before);
-        EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
-    }
-}
-
-TYPED_TEST(FFT1DTest, ForwardFailureTable) {
+// Padding (the workspace is needed) to a length that follows the input, so
+// that a plan made for the other input is rebuilt; the inverse with shift.
+TYPED_TEST(FFT1DTest, FailureTables) {
     using T = TypeParam;
     using C = typename TestFixture::C;
-    // Padding (the workspace is needed) to a length that follows the input,
-    // so that a plan made for the other input is rebuilt.
-    RunFailureTable<T, C>(
-        [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
-            int32_t n = 0;
-            FennelHostArrayDims(in, 1, &n);
-            return Exports<T>::fwd(in, out, n + 4, 1, ws, plan);
-        },
-        8, 5);
-}
-
-TYPED_TEST(FFT1DTest, InverseFailureTable) {
-    using T = TypeParam;
-    using C = typename TestFixture::C;
-    RunFailureTable<C, T>(
-        [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
-            return Exports<T>::inv(in, out, 1, ws, plan);
-        },
-        8, 5);
+    RunFailureTable<T, C>(Simple([](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+                              int32_t n = 0;
+                              FennelHostArrayDims(in, 1, &n);
+                              return Exports<T>::fwd(in, out, n + 4, 1, ws, plan);
+                          }),
+                          {8}, {5});
+    RunFailureTable<C, T>(Simple([](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+                              return Exports<T>::inv(in, out, 1, ws, plan);
+                          }),
+                          {8}, {5});
 }
 
 }  // namespace

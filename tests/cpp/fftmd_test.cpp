@@ -10,7 +10,6 @@
 namespace fennel::test {
 namespace {
 
-using engine::Call;
 using LC = std::complex<long double>;
 using Dims = std::vector<int32_t>;
 
@@ -80,13 +79,6 @@ std::vector<LC> AlongAxis(std::vector<LC> x, const Dims &d, size_t a, int sign, 
     return x;
 }
 
-template <class T>
-std::vector<LC> Widened(const std::vector<T> &v) {
-    std::vector<LC> w(v.size());
-    for (size_t i = 0; i < v.size(); ++i) w[i] = Widen(v[i]);
-    return w;
-}
-
 // Expects got == ref within a tolerance for `points`-point transforms of
 // unit-scale data.
 template <class R, class C>
@@ -97,15 +89,6 @@ void ExpectNear(const std::vector<C> &got, const std::vector<LC> &ref, size_t po
     for (size_t k = 0; k < got.size(); ++k)
         ASSERT_NEAR(std::abs(Widen(got[k]) - ref[k]), 0.0, tol) << what << " k=" << k;
 }
-
-// An array of the given sizes holding random values.
-template <class T>
-struct Filled : Array<T> {
-    Filled(const Dims &dims, unsigned seed) : Array<T>(dims, typename Array<T>::Shape{}) {
-        const auto v = Random<T>(static_cast<size_t>(Count(dims)), seed);
-        if (!v.empty()) std::memcpy(this->data(), v.data(), v.size() * sizeof(T));
-    }
-};
 
 std::string Describe(const Dims &d, const Dims &L, int shift) {
     std::ostringstream s;
@@ -427,118 +410,38 @@ TYPED_TEST(FFTMdTest, MultichannelRefusesOtherOrientations) {
 
 // ---- failure tables -----------------------------------------------------------
 
-struct FailureRow {
-    const char *name;
-    int resize_fault;   // nth host resize fails (0: none)
-    Call engine_fault;  // engine call that fails (kCount: none)
-    bool empty_input;
-    bool null_workspace;
-    bool plan_same_shape;  // the plan held before the call fits the call
-    int32_t status;
-    bool workspace_emptied;
-    bool plan_freed;
-};
-const FailureRow kFailureRows[] = {
-    {"input empty", 0, Call::kCount, true, false, true, STATUS_EMPTY_ARRAY, false, false},
-    {"output resize", 1, Call::kCount, false, false, true, STATUS_OUT_OF_MEMORY, false, false},
-    {"workspace null", 0, Call::kCount, false, true, true, STATUS_NO_WORKSPACE, false, true},
-    {"workspace resize", 2, Call::kCount, false, false, true, STATUS_OUT_OF_MEMORY, true, true},
-    {"query", 0, Call::kGetValue, false, false, true, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"create", 0, Call::kCreate, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"set", 0, Call::kSetValue, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"commit", 0, Call::kCommit, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"free outdated", 0, Call::kFree, false, false, false, STATUS_DFTI_FREE_FAILED, true, true},
-    {"compute", 0, Call::kCompute, false, false, true, STATUS_DFTI_COMPUTE_FAILED, true, true},
-};
-
-using Call4 = std::function<int32_t(FDArrayHandle, FDArrayHandle, FDArrayHandle, FDPlanHandle *)>;
-
-// Runs every row against a call that needs its workspace; `other` sizes an
-// input whose plan must be rebuilt for `dims`.
-template <class In, class Out>
-void RunFailureTable(const Call4 &call, const Dims &dims, const Dims &other) {
-    using Shape = typename Array<In>::Shape;
-    for (const FailureRow &row : kFailureRows) {
-        SCOPED_TRACE(row.name);
-        Dims empty_dims = dims;
-        empty_dims[0] = 0;
-        Filled<In> in(row.empty_input ? empty_dims : dims, 1);
-        Filled<In> prep(row.plan_same_shape && !row.empty_input ? dims : other, 2);
-        Array<Out> out(Dims(dims.size(), 1), typename Array<Out>::Shape{});
-        Array<Out> prep_out(Dims(dims.size(), 0), typename Array<Out>::Shape{});
-        FDPlanHandle plan = nullptr;
-        Array<In> prep_ws(Dims{0}, Shape{});
-        ASSERT_EQ(call(prep.h(), prep_out.h(), prep_ws.h(), &plan), STATUS_OK);
-        const FDPlanHandle before = plan;
-        Array<In> ws(Dims{2}, Shape{});
-        FennelHostReset();
-        if (row.resize_fault) FennelHostFailResize(row.resize_fault);
-        if (row.engine_fault != Call::kCount) engine::FailCall(row.engine_fault, 1);
-        EXPECT_EQ(call(in.h(), out.h(), row.null_workspace ? nullptr : ws.h(), &plan), row.status);
-        engine::ClearFaults();
-        FennelHostReset();
-        EXPECT_TRUE(out.empty());
-        if (!row.null_workspace) {
-            EXPECT_EQ(ws.empty(), row.workspace_emptied);
-        }
-        EXPECT_EQ(plan, row.plan_freed ? nullptr : before);
-        EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
-    }
-}
-
 TYPED_TEST(FFTMdTest, FailureTables) {
     using T = TypeParam;
     using C = typename TestFixture::C;
-    {
-        SCOPED_TRACE("2D forward, padding");
-        RunFailureTable<T, C>(
-            [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
-                int32_t d[2] = {};
-                FennelHostArrayDims(in, 2, d);
-                return Md<T>::fwd2(in, out, d[0] + 2, d[1], 1, ws, plan);
-            },
-            {4, 5}, {3, 3});
-    }
-    {
-        SCOPED_TRACE("2D inverse, shift");
-        RunFailureTable<C, T>(
-            [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
-                return Md<T>::inv2(in, out, 1, ws, plan);
-            },
-            {4, 5}, {3, 3});
-    }
-    {
-        SCOPED_TRACE("3D forward, padding pages");
-        RunFailureTable<T, C>(
-            [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
-                int32_t d[3] = {};
-                FennelHostArrayDims(in, 3, d);
-                return Md<T>::fwd3(in, out, 0, 0, d[0] * 2, 1, ws, plan);
-            },
-            {2, 3, 4}, {2, 2, 2});
-    }
-    {
-        SCOPED_TRACE("3D inverse, shift");
-        RunFailureTable<C, T>(
-            [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
-                return Md<T>::inv3(in, out, 1, ws, plan);
-            },
-            {2, 3, 4}, {2, 2, 2});
-    }
+    // Forwards that pad (rows, pages, channels), inverses with shift.
+    RunFailureTable<T, C>(Simple([](auto in, auto out, auto ws, auto plan) {
+                              int32_t d[2] = {};
+                              FennelHostArrayDims(in, 2, d);
+                              return Md<T>::fwd2(in, out, d[0] + 2, d[1], 1, ws, plan);
+                          }),
+                          {4, 5}, {3, 3});
+    RunFailureTable<C, T>(Simple([](auto in, auto out, auto ws, auto plan) { return Md<T>::inv2(in, out, 1, ws, plan); }),
+                          {4, 5}, {3, 3});
+    RunFailureTable<T, C>(Simple([](auto in, auto out, auto ws, auto plan) {
+                              int32_t d[3] = {};
+                              FennelHostArrayDims(in, 3, d);
+                              return Md<T>::fwd3(in, out, 0, 0, d[0] * 2, 1, ws, plan);
+                          }),
+                          {2, 3, 4}, {2, 2, 2});
+    RunFailureTable<C, T>(Simple([](auto in, auto out, auto ws, auto plan) { return Md<T>::inv3(in, out, 1, ws, plan); }),
+                          {2, 3, 4}, {2, 2, 2});
     for (int orientation : {0, 1}) {
         SCOPED_TRACE("multichannel, orientation " + std::to_string(orientation));
-        RunFailureTable<T, C>(
-            [orientation](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
-                int32_t d[2] = {};
-                FennelHostArrayDims(in, 2, d);
-                return Md<T>::fwdm(in, out, d[1 - orientation] + 3, 1, orientation, ws, plan);
-            },
-            {4, 5}, {3, 3});
-        RunFailureTable<C, T>(
-            [orientation](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
-                return Md<T>::invm(in, out, 1, orientation, ws, plan);
-            },
-            {4, 5}, {3, 3});
+        RunFailureTable<T, C>(Simple([orientation](auto in, auto out, auto ws, auto plan) {
+                                  int32_t d[2] = {};
+                                  FennelHostArrayDims(in, 2, d);
+                                  return Md<T>::fwdm(in, out, d[1 - orientation] + 3, 1, orientation, ws, plan);
+                              }),
+                              {4, 5}, {3, 3});
+        RunFailureTable<C, T>(Simple([orientation](auto in, auto out, auto ws, auto plan) {
+                                  return Md<T>::invm(in, out, 1, orientation, ws, plan);
+                              }),
+                              {4, 5}, {3, 3});
     }
 }
 

@@ -41,29 +41,6 @@ PAIR_FNS(cfloat, float, cs)
 PAIR_FNS(cdouble, double, zd)
 #undef PAIR_FNS
 
-template <class T>
-struct FnsOne;
-#define TYPE_FNS(T, p)                                          \
-    template <>                                                 \
-    struct FnsOne<T> {                                          \
-        static constexpr auto autocorr = p##1DAutoCorrelationH; \
-        static constexpr auto conv2 = p##2DConvolutionH;        \
-        static constexpr auto corr2 = p##2DCorrelationH;        \
-        static constexpr auto auto2 = p##2DAutoCorrelationH;    \
-    };
-TYPE_FNS(float, s)
-TYPE_FNS(double, d)
-TYPE_FNS(cfloat, c)
-TYPE_FNS(cdouble, z)
-#undef TYPE_FNS
-
-template <class T>
-std::vector<LC> Wide(const std::vector<T> &v) {
-    std::vector<LC> w;
-    for (const T &e : v) w.push_back(Widen(e));
-    return w;
-}
-
 // Full 2D convolution (rows of 1 give 1D) of row-major matrices; with
 // `correlate` x is reversed and conjugated first.
 std::vector<LC> Reference(std::vector<LC> x, int r1, int c1, const std::vector<LC> &y, int r2, int c2,
@@ -209,8 +186,8 @@ TYPED_TEST(CorrelationPairTest, ConvolutionAndCorrelationMatchTheReference) {
         Array<X> x(xv);
         Array<Y> y(yv);
         const double scale = L1(xv);
-        const auto conv = Reference(Wide(xv), 1, s.n, Wide(yv), 1, s.m, false);
-        const auto corr = Reference(Wide(xv), 1, s.n, Wide(yv), 1, s.m, true);
+        const auto conv = Reference(Widened(xv), 1, s.n, Widened(yv), 1, s.m, false);
+        const auto corr = Reference(Widened(xv), 1, s.n, Widened(yv), 1, s.m, true);
         for (int algorithm : {0, 1}) {
             const std::string what =
                 std::to_string(s.n) + "x" + std::to_string(s.m) + " alg " + std::to_string(algorithm);
@@ -250,10 +227,10 @@ TYPED_TEST(CorrelationTypeTest, AutocorrelationIsConjugateSymmetricAndMatchesThe
     for (int n : {1, 2, 7, 24, 25, 64, 97}) {
         const auto xv = Random<T>(n, n + 3);
         Array<T> x(xv);
-        const auto want = Reference(Wide(xv), 1, n, Wide(xv), 1, n, true);
+        const auto want = Reference(Widened(xv), 1, n, Widened(xv), 1, n, true);
         for (int algorithm : {0, 1}) {
             Array<T> out, rev, fft;
-            ASSERT_EQ(FnsOne<T>::autocorr(x.h(), out.h(), algorithm, 0, 5, rev.h(), fft.h(), &plan), 0);
+            ASSERT_EQ(Fn<T>::autocorr(x.h(), out.h(), algorithm, 0, 5, rev.h(), fft.h(), &plan), 0);
             const auto got = out.values();
             ExpectNear(got, want, L1(xv), 2 * n, "auto " + std::to_string(n));
             for (int k = 0; k < n - 1; ++k)
@@ -267,7 +244,7 @@ TYPED_TEST(CorrelationTypeTest, AutocorrelationIsConjugateSymmetricAndMatchesThe
 
 TYPED_TEST(CorrelationTypeTest, TwoDimensionalFamilyMatchesTheReference) {
     using T = TypeParam;
-    const auto &F = FnsOne<T>::conv2;
+    const auto &F = Fn<T>::conv2;
     FennelHostSetFillByte(0xFF);
     FDPlanHandle plan = nullptr;
     // 1 x N rows (the 1D case), small kernels, kernels longer than 25 in
@@ -281,9 +258,9 @@ TYPED_TEST(CorrelationTypeTest, TwoDimensionalFamilyMatchesTheReference) {
         Array<T> x({s.r1, s.c1}), y({s.r2, s.c2});
         std::copy(xv.begin(), xv.end(), x.data());
         std::copy(yv.begin(), yv.end(), y.data());
-        const auto conv = Reference(Wide(xv), s.r1, s.c1, Wide(yv), s.r2, s.c2, false);
-        const auto corr = Reference(Wide(xv), s.r1, s.c1, Wide(yv), s.r2, s.c2, true);
-        const auto self = Reference(Wide(xv), s.r1, s.c1, Wide(xv), s.r1, s.c1, true);
+        const auto conv = Reference(Widened(xv), s.r1, s.c1, Widened(yv), s.r2, s.c2, false);
+        const auto corr = Reference(Widened(xv), s.r1, s.c1, Widened(yv), s.r2, s.c2, true);
+        const auto self = Reference(Widened(xv), s.r1, s.c1, Widened(xv), s.r1, s.c1, true);
         const int fr = s.r1 + s.r2 - 1, fc = s.c1 + s.c2 - 1;
         const size_t n = static_cast<size_t>(fr * fc);
         for (int algorithm : {0, 1}) {
@@ -311,14 +288,14 @@ TYPED_TEST(CorrelationTypeTest, TwoDimensionalFamilyMatchesTheReference) {
                 EXPECT_TRUE(full.empty() && fft.empty());
             }
             Array<T> out({0, 0}), rev, fft;
-            ASSERT_EQ(FnsOne<T>::corr2(x.h(), y.h(), out.h(), algorithm, rev.h(), fft.h(), &plan), 0) << what;
+            ASSERT_EQ(Fn<T>::corr2(x.h(), y.h(), out.h(), algorithm, rev.h(), fft.h(), &plan), 0) << what;
             EXPECT_EQ(out.dims(), (std::vector<int32_t>{fr, fc}));
             ExpectNear(out.values(), corr, L1(xv), n, what + " correlation");
             // The same array twice takes the one-transform path.
-            ASSERT_EQ(FnsOne<T>::corr2(x.h(), x.h(), out.h(), algorithm, rev.h(), fft.h(), &plan), 0) << what;
+            ASSERT_EQ(Fn<T>::corr2(x.h(), x.h(), out.h(), algorithm, rev.h(), fft.h(), &plan), 0) << what;
             ExpectNear(out.values(), self, L1(xv), n, what + " x with x");
             Array<T> out2({0, 0});
-            ASSERT_EQ(FnsOne<T>::auto2(x.h(), out2.h(), algorithm, rev.h(), fft.h(), &plan), 0) << what;
+            ASSERT_EQ(Fn<T>::auto2(x.h(), out2.h(), algorithm, rev.h(), fft.h(), &plan), 0) << what;
             EXPECT_EQ(out2.dims(), (std::vector<int32_t>{2 * s.r1 - 1, 2 * s.c1 - 1}));
             ExpectNear(out2.values(), self, L1(xv), n, what + " autocorrelation");
             EXPECT_TRUE(rev.empty() && fft.empty());

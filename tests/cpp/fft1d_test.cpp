@@ -8,25 +8,6 @@
 namespace fennel::test {
 namespace {
 
-// The exports of one element type: forward takes T, inverse returns T.
-template <class T> struct Exports;
-template <> struct Exports<float> {
-    static constexpr auto fwd = s1DFFTH;
-    static constexpr auto inv = s1DInvFFTH;
-};
-template <> struct Exports<double> {
-    static constexpr auto fwd = d1DFFTH;
-    static constexpr auto inv = d1DInvFFTH;
-};
-template <> struct Exports<cfloat> {
-    static constexpr auto fwd = c1DFFTH;
-    static constexpr auto inv = c1DInvFFTH;
-};
-template <> struct Exports<cdouble> {
-    static constexpr auto fwd = z1DFFTH;
-    static constexpr auto inv = z1DInvFFTH;
-};
-
 // Spectrum of x padded or truncated to L, natural or centred order.
 template <class T>
 std::vector<std::complex<long double>> Reference(const std::vector<T> &x, int32_t L, bool shift) {
@@ -62,7 +43,7 @@ TYPED_TEST(FFT1DTest, ForwardMatchesNaiveDftWithPaddingTruncationAndShift) {
             const int32_t L = fft_size > 0 ? fft_size : n;
             if (L == 0) continue;
             for (int shift : {0, 1}) {
-                ASSERT_EQ(Exports<T>::fwd(in.h(), out.h(), fft_size, shift, ws.h(), &plan), STATUS_OK);
+                ASSERT_EQ(Fn<T>::fwd1(in.h(), out.h(), fft_size, shift, ws.h(), &plan), STATUS_OK);
                 ASSERT_EQ(out.dims(), std::vector<int32_t>{L});
                 EXPECT_TRUE(ws.empty());
                 const auto ref = Reference(x, L, shift != 0);
@@ -99,8 +80,8 @@ TYPED_TEST(FFT1DTest, ForwardThenInverseReturnsTheInput) {
         const auto x = Random<T>(n, 7 * n);
         Array<T> in(x);
         for (int shift : {0, 1}) {
-            ASSERT_EQ(Exports<T>::fwd(in.h(), spectrum.h(), 0, shift, ws.h(), &fwd), STATUS_OK);
-            ASSERT_EQ(Exports<T>::inv(spectrum.h(), back.h(), shift, ws.h(), &inv), STATUS_OK);
+            ASSERT_EQ(Fn<T>::fwd1(in.h(), spectrum.h(), 0, shift, ws.h(), &fwd), STATUS_OK);
+            ASSERT_EQ(Fn<T>::inv1(spectrum.h(), back.h(), shift, ws.h(), &inv), STATUS_OK);
             EXPECT_TRUE(ws.empty());
             const auto y = back.values();
             ASSERT_EQ(y.size(), x.size());
@@ -131,8 +112,8 @@ TYPED_TEST(FFT1DTest, InverseReadsTheHalfItNeeds) {
             }
             Array<C> b(Y);
             Array<T> ya, yb, ws;
-            ASSERT_EQ(Exports<T>::inv(a.h(), ya.h(), shift, ws.h(), nullptr), STATUS_OK);
-            ASSERT_EQ(Exports<T>::inv(b.h(), yb.h(), shift, ws.h(), nullptr), STATUS_OK);
+            ASSERT_EQ(Fn<T>::inv1(a.h(), ya.h(), shift, ws.h(), nullptr), STATUS_OK);
+            ASSERT_EQ(Fn<T>::inv1(b.h(), yb.h(), shift, ws.h(), nullptr), STATUS_OK);
             if constexpr (Traits<T>::kComplex)
                 EXPECT_NE(ya.values(), yb.values());
             else
@@ -147,11 +128,11 @@ TYPED_TEST(FFT1DTest, TruncationLeavesTheWorkspaceAloneAndMatchingOutputsAreNotR
     Array<T> in(Random<T>(10, 3)), ws({3});
     Array<C> out({4});
     const int64_t calls = FennelHostResizeCalls();
-    ASSERT_EQ(Exports<T>::fwd(in.h(), out.h(), 4, 1, ws.h(), nullptr), STATUS_OK);
+    ASSERT_EQ(Fn<T>::fwd1(in.h(), out.h(), 4, 1, ws.h(), nullptr), STATUS_OK);
     EXPECT_EQ(FennelHostResizeCalls(), calls);
     EXPECT_EQ(ws.dims(), std::vector<int32_t>{3});
     // Padding without a workspace array.
-    EXPECT_EQ(Exports<T>::fwd(in.h(), out.h(), 11, 0, nullptr, nullptr), STATUS_NO_WORKSPACE);
+    EXPECT_EQ(Fn<T>::fwd1(in.h(), out.h(), 11, 0, nullptr, nullptr), STATUS_NO_WORKSPACE);
     EXPECT_TRUE(out.empty());
 }
 
@@ -170,8 +151,8 @@ TYPED_TEST(FFT1DTest, ResultsDoNotDependOnBlockPlacement) {
         FennelHostSetPlacement(placement);
         Array<T> in(x), back, ws;
         Array<C> out;
-        ASSERT_EQ(Exports<T>::fwd(in.h(), out.h(), 100, 1, ws.h(), &fwd), STATUS_OK);
-        ASSERT_EQ(Exports<T>::inv(out.h(), back.h(), 1, ws.h(), &inv), STATUS_OK);
+        ASSERT_EQ(Fn<T>::fwd1(in.h(), out.h(), 100, 1, ws.h(), &fwd), STATUS_OK);
+        ASSERT_EQ(Fn<T>::inv1(out.h(), back.h(), 1, ws.h(), &inv), STATUS_OK);
         if (placement == 0) {
             first = out.values();
             first_back = back.values();
@@ -211,11 +192,11 @@ TYPED_TEST(FFT1DTest, FailureTables) {
     RunFailureTable<T, C>(Simple([](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
                               int32_t n = 0;
                               FennelHostArrayDims(in, 1, &n);
-                              return Exports<T>::fwd(in, out, n + 4, 1, ws, plan);
+                              return Fn<T>::fwd1(in, out, n + 4, 1, ws, plan);
                           }),
                           {8}, {5});
     RunFailureTable<C, T>(Simple([](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
-                              return Exports<T>::inv(in, out, 1, ws, plan);
+                              return Fn<T>::inv1(in, out, 1, ws, plan);
                           }),
                           {8}, {5});
 }

@@ -13,23 +13,6 @@ namespace {
 using LC = std::complex<long double>;
 using Dims = std::vector<int32_t>;
 
-template <class T> struct Md;
-#define FENNEL_MD_EXPORTS(T, p)                             \
-    template <> struct Md<T> {                              \
-        static constexpr auto fwd2 = p##2DFFTH;             \
-        static constexpr auto inv2 = p##2DInvFFTH;          \
-        static constexpr auto fwd3 = p##3DFFTH;             \
-        static constexpr auto inv3 = p##3DInvFFTH;          \
-        static constexpr auto fwdm = p##2DMultiChFFTH;      \
-        static constexpr auto invm = p##2DInvMultiChFFTH;   \
-        static constexpr auto fwd1 = p##1DFFTH;             \
-    };
-FENNEL_MD_EXPORTS(float, s)
-FENNEL_MD_EXPORTS(double, d)
-FENNEL_MD_EXPORTS(cfloat, c)
-FENNEL_MD_EXPORTS(cdouble, z)
-#undef FENNEL_MD_EXPORTS
-
 // ---- reference: naive transforms along chosen axes of a row-major block ----
 
 int64_t Count(const Dims &d) {
@@ -109,13 +92,13 @@ class FFTMdTest : public HostTest {
     // The 2D or 3D forward with sizes in array order.
     static int32_t Forward(const Array<T> &in, Array<C> &out, const Dims &L, int shift,
                            FDArrayHandle ws, FDPlanHandle *plan) {
-        if (L.size() == 2) return Md<T>::fwd2(in.h(), out.h(), L[0], L[1], shift, ws, plan);
-        return Md<T>::fwd3(in.h(), out.h(), L[1], L[2], L[0], shift, ws, plan);
+        if (L.size() == 2) return Fn<T>::fwd2(in.h(), out.h(), L[0], L[1], shift, ws, plan);
+        return Fn<T>::fwd3(in.h(), out.h(), L[1], L[2], L[0], shift, ws, plan);
     }
     static int32_t Inverse(const Array<C> &in, Array<T> &out, int shift, FDArrayHandle ws,
                            FDPlanHandle *plan) {
-        if (in.dims().size() == 2) return Md<T>::inv2(in.h(), out.h(), shift, ws, plan);
-        return Md<T>::inv3(in.h(), out.h(), shift, ws, plan);
+        if (in.dims().size() == 2) return Fn<T>::inv2(in.h(), out.h(), shift, ws, plan);
+        return Fn<T>::inv3(in.h(), out.h(), shift, ws, plan);
     }
 };
 
@@ -243,14 +226,14 @@ TYPED_TEST(FFTMdTest, SingleRowAndSinglePageMatchTheLowerRank) {
         Filled<T> row({1, 12}, 4);
         Array<T> flat(Random<T>(12, 4)), ws;
         Array<C> two({0, 0}), one;
-        ASSERT_EQ(Md<T>::fwd2(row.h(), two.h(), 0, 15, shift, ws.h(), nullptr), STATUS_OK);
-        ASSERT_EQ(Md<T>::fwd1(flat.h(), one.h(), 15, shift, ws.h(), nullptr), STATUS_OK);
+        ASSERT_EQ(Fn<T>::fwd2(row.h(), two.h(), 0, 15, shift, ws.h(), nullptr), STATUS_OK);
+        ASSERT_EQ(Fn<T>::fwd1(flat.h(), one.h(), 15, shift, ws.h(), nullptr), STATUS_OK);
         ExpectNear<R>(two.values(), Widened(one.values()), 15, "1 x N");
 
         Filled<T> page({1, 5, 6}, 5), plane({5, 6}, 5);
         Array<C> three({0, 0, 0});
-        ASSERT_EQ(Md<T>::fwd3(page.h(), three.h(), 7, 0, 0, shift, ws.h(), nullptr), STATUS_OK);
-        ASSERT_EQ(Md<T>::fwd2(plane.h(), two.h(), 7, 0, shift, ws.h(), nullptr), STATUS_OK);
+        ASSERT_EQ(Fn<T>::fwd3(page.h(), three.h(), 7, 0, 0, shift, ws.h(), nullptr), STATUS_OK);
+        ASSERT_EQ(Fn<T>::fwd2(plane.h(), two.h(), 7, 0, shift, ws.h(), nullptr), STATUS_OK);
         EXPECT_EQ(three.dims(), (Dims{1, 7, 6}));
         ExpectNear<R>(three.values(), Widened(two.values()), 42, "1 x R x C");
     }
@@ -287,7 +270,7 @@ TYPED_TEST(FFTMdTest, SizeGuards) {
     Filled<T> tall({65536, 1}, 2);
     Array<T> ws;
     Array<C> out({1, 1});
-    EXPECT_EQ(Md<T>::fwdm(tall.h(), out.h(), 32768, 0, 0, ws.h(), nullptr), STATUS_OUT_OF_MEMORY);
+    EXPECT_EQ(Fn<T>::fwdm(tall.h(), out.h(), 32768, 0, 0, ws.h(), nullptr), STATUS_OUT_OF_MEMORY);
     EXPECT_TRUE(out.empty());
 }
 
@@ -366,13 +349,13 @@ TYPED_TEST(FFTMdTest, MultichannelMatchesPerChannelDftAndRoundTrips) {
                 Ld[axis] = L;
                 for (int shift : {0, 1}) {
                     const std::string what = Describe(d, Ld, shift) + " orientation " + std::to_string(orientation);
-                    ASSERT_EQ(Md<T>::fwdm(in.h(), out.h(), fft_size, shift, orientation, ws.h(), &fwd), STATUS_OK);
+                    ASSERT_EQ(Fn<T>::fwdm(in.h(), out.h(), fft_size, shift, orientation, ws.h(), &fwd), STATUS_OK);
                     ASSERT_EQ(out.dims(), Ld) << what;
                     EXPECT_TRUE(ws.empty());
                     const auto ref = AlongAxis(Resized(x, d, Ld), Ld, axis, -1, shift != 0);
                     ExpectNear<R>(out.values(), ref, static_cast<size_t>(L), what);
                     if (L != n) continue;
-                    ASSERT_EQ(Md<T>::invm(out.h(), back.h(), shift, orientation, ws.h(), &inv), STATUS_OK);
+                    ASSERT_EQ(Fn<T>::invm(out.h(), back.h(), shift, orientation, ws.h(), &inv), STATUS_OK);
                     EXPECT_TRUE(ws.empty());
                     ExpectNear<R>(back.values(), x, static_cast<size_t>(n), what + " round trip");
                 }
@@ -392,19 +375,19 @@ TYPED_TEST(FFTMdTest, MultichannelRefusesOtherOrientations) {
     Array<C> out({2, 2});
     Array<T> ws({3});
     FDPlanHandle plan = nullptr;
-    ASSERT_EQ(Md<T>::fwdm(in.h(), out.h(), 0, 0, 0, ws.h(), &plan), STATUS_OK);
+    ASSERT_EQ(Fn<T>::fwdm(in.h(), out.h(), 0, 0, 0, ws.h(), &plan), STATUS_OK);
     const FDPlanHandle held = plan;
     for (int32_t orientation : {-1, 2, 7}) {
-        EXPECT_EQ(Md<T>::fwdm(in.h(), out.h(), 0, 0, orientation, ws.h(), &plan), STATUS_BAD_SELECTOR);
+        EXPECT_EQ(Fn<T>::fwdm(in.h(), out.h(), 0, 0, orientation, ws.h(), &plan), STATUS_BAD_SELECTOR);
         EXPECT_TRUE(out.empty());
-        EXPECT_EQ(Md<T>::invm(spectrum.h(), back.h(), 1, orientation, ws.h(), &plan), STATUS_BAD_SELECTOR);
+        EXPECT_EQ(Fn<T>::invm(spectrum.h(), back.h(), 1, orientation, ws.h(), &plan), STATUS_BAD_SELECTOR);
         EXPECT_TRUE(back.empty());
         EXPECT_EQ(ws.dims(), Dims{3});
         EXPECT_EQ(plan, held);
     }
     // An empty input is reported before the selector.
     Array<T> none({0, 4});
-    EXPECT_EQ(Md<T>::fwdm(none.h(), out.h(), 0, 0, 5, ws.h(), &plan), STATUS_EMPTY_ARRAY);
+    EXPECT_EQ(Fn<T>::fwdm(none.h(), out.h(), 0, 0, 5, ws.h(), &plan), STATUS_EMPTY_ARRAY);
     FreeMKLDftiDescH(&plan);
 }
 
@@ -417,29 +400,29 @@ TYPED_TEST(FFTMdTest, FailureTables) {
     RunFailureTable<T, C>(Simple([](auto in, auto out, auto ws, auto plan) {
                               int32_t d[2] = {};
                               FennelHostArrayDims(in, 2, d);
-                              return Md<T>::fwd2(in, out, d[0] + 2, d[1], 1, ws, plan);
+                              return Fn<T>::fwd2(in, out, d[0] + 2, d[1], 1, ws, plan);
                           }),
                           {4, 5}, {3, 3});
-    RunFailureTable<C, T>(Simple([](auto in, auto out, auto ws, auto plan) { return Md<T>::inv2(in, out, 1, ws, plan); }),
+    RunFailureTable<C, T>(Simple([](auto in, auto out, auto ws, auto plan) { return Fn<T>::inv2(in, out, 1, ws, plan); }),
                           {4, 5}, {3, 3});
     RunFailureTable<T, C>(Simple([](auto in, auto out, auto ws, auto plan) {
                               int32_t d[3] = {};
                               FennelHostArrayDims(in, 3, d);
-                              return Md<T>::fwd3(in, out, 0, 0, d[0] * 2, 1, ws, plan);
+                              return Fn<T>::fwd3(in, out, 0, 0, d[0] * 2, 1, ws, plan);
                           }),
                           {2, 3, 4}, {2, 2, 2});
-    RunFailureTable<C, T>(Simple([](auto in, auto out, auto ws, auto plan) { return Md<T>::inv3(in, out, 1, ws, plan); }),
+    RunFailureTable<C, T>(Simple([](auto in, auto out, auto ws, auto plan) { return Fn<T>::inv3(in, out, 1, ws, plan); }),
                           {2, 3, 4}, {2, 2, 2});
     for (int orientation : {0, 1}) {
         SCOPED_TRACE("multichannel, orientation " + std::to_string(orientation));
         RunFailureTable<T, C>(Simple([orientation](auto in, auto out, auto ws, auto plan) {
                                   int32_t d[2] = {};
                                   FennelHostArrayDims(in, 2, d);
-                                  return Md<T>::fwdm(in, out, d[1 - orientation] + 3, 1, orientation, ws, plan);
+                                  return Fn<T>::fwdm(in, out, d[1 - orientation] + 3, 1, orientation, ws, plan);
                               }),
                               {4, 5}, {3, 3});
         RunFailureTable<C, T>(Simple([orientation](auto in, auto out, auto ws, auto plan) {
-                                  return Md<T>::invm(in, out, 1, orientation, ws, plan);
+                                  return Fn<T>::invm(in, out, 1, orientation, ws, plan);
                               }),
                               {4, 5}, {3, 3});
     }
@@ -528,13 +511,13 @@ void CheckLargeReal3D() {
         for (int64_t i = 0; i < in.count(); ++i) complexIn.data()[i] = C(in.data()[i], 0);
         Array<C> ws;
         FDPlanHandle refPlan = nullptr, plan = nullptr;
-        ASSERT_EQ(Md<C>::fwd3(complexIn.h(), ref.h(), 0, 0, 0, c.shift, ws.h(), &refPlan), STATUS_OK);
+        ASSERT_EQ(Fn<C>::fwd3(complexIn.h(), ref.h(), 0, 0, 0, c.shift, ws.h(), &refPlan), STATUS_OK);
         std::vector<C> first;
         for (int32_t placement : {0, static_cast<int32_t>(sizeof(T)), 0}) {
             FennelHostSetPlacement(placement);
             Filled<T> x(c.dims, 3);
             Array<C> out({0, 0, 0});
-            ASSERT_EQ(Md<T>::fwd3(x.h(), out.h(), 0, 0, 0, c.shift, ws.h(), &plan), STATUS_OK) << what;
+            ASSERT_EQ(Fn<T>::fwd3(x.h(), out.h(), 0, 0, 0, c.shift, ws.h(), &plan), STATUS_OK) << what;
             if (first.empty()) {
                 first = out.values();
                 ExpectNear<typename Traits<T>::Real>(first, Widened(ref.values()),

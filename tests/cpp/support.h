@@ -69,6 +69,60 @@ class Array {
     FDArrayHandle handle_;
 };
 
+// The exports of one element type, by family.
+template <class T> struct Fn;
+#define FENNEL_TEST_EXPORTS(T, p, iir_p) \
+    template <> struct Fn<T> { \
+        static constexpr auto fwd1 = p##1DFFTH; \
+        static constexpr auto inv1 = p##1DInvFFTH; \
+        static constexpr auto fwd2 = p##2DFFTH; \
+        static constexpr auto inv2 = p##2DInvFFTH; \
+        static constexpr auto fwd3 = p##3DFFTH; \
+        static constexpr auto inv3 = p##3DInvFFTH; \
+        static constexpr auto fwdm = p##2DMultiChFFTH; \
+        static constexpr auto invm = p##2DInvMultiChFFTH; \
+        static constexpr auto power = p##PowerSpectrumH; \
+        static constexpr auto autop = p##AutoPowerSpectrumH; \
+        static constexpr auto cross = p##CrossPowerH; \
+        static constexpr auto cross_spectrum = p##CrossPowerSpectrumH; \
+        static constexpr auto autocorr = p##1DAutoCorrelationH; \
+        static constexpr auto conv2 = p##2DConvolutionH; \
+        static constexpr auto corr2 = p##2DCorrelationH; \
+        static constexpr auto auto2 = p##2DAutoCorrelationH; \
+        static constexpr auto allCos = p##AllCosWinH; \
+        static constexpr auto symm = p##SymmWinH; \
+        static constexpr auto gauss = p##GaussWinH; \
+        static constexpr auto kaiser = p##KaiserWinH; \
+        static constexpr auto triangle = p##TriangleWinH; \
+        static constexpr auto iir = iir_p##IIRDirectFilterH; \
+        static constexpr auto decimate = p##DecimateH; \
+        static constexpr auto upsample = p##UpsampleH; \
+        static constexpr decltype(&p##ResampleC2CH) resample[2] = {p##ResampleC2CH, p##ResampleMultiChC2CH}; \
+    };
+FENNEL_TEST_EXPORTS(float, s, ss)
+FENNEL_TEST_EXPORTS(double, d, dd)
+FENNEL_TEST_EXPORTS(cfloat, c, cs)
+FENNEL_TEST_EXPORTS(cdouble, z, zd)
+#undef FENNEL_TEST_EXPORTS
+
+// The exports that take real data only.
+template <class T> struct RealFn;
+#define FENNEL_TEST_REAL_EXPORTS(T, p) \
+    template <> struct RealFn<T> { \
+        static constexpr auto dct = p##1DDCTH; \
+        static constexpr auto dst = p##1DDSTH; \
+        static constexpr auto idct = p##1DInvDCTH; \
+        static constexpr auto idst = p##1DInvDSTH; \
+        static constexpr auto dct2 = p##2DDCTH; \
+        static constexpr auto dst2 = p##2DDSTH; \
+        static constexpr auto idct2 = p##2DInvDCTH; \
+        static constexpr auto idst2 = p##2DInvDSTH; \
+        static constexpr auto fir = p##FIRWindowedCoefH; \
+    };
+FENNEL_TEST_REAL_EXPORTS(float, s)
+FENNEL_TEST_REAL_EXPORTS(double, d)
+#undef FENNEL_TEST_REAL_EXPORTS
+
 template <class T>
 std::vector<T> Random(size_t n, unsigned seed) {
     std::mt19937 rng(seed);

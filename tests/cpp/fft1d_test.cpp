@@ -8,27 +8,6 @@
 namespace fennel::test {
 namespace {
 
-using engine::Call;
-
-// The exports of one element type: forward takes T, inverse returns T.
-template <class T> struct Exports;
-template <> struct Exports<float> {
-    static constexpr auto fwd = s1DFFTH;
-    static constexpr auto inv = s1DInvFFTH;
-};
-template <> struct Exports<double> {
-    static constexpr auto fwd = d1DFFTH;
-    static constexpr auto inv = d1DInvFFTH;
-};
-template <> struct Exports<cfloat> {
-    static constexpr auto fwd = c1DFFTH;
-    static constexpr auto inv = c1DInvFFTH;
-};
-template <> struct Exports<cdouble> {
-    static constexpr auto fwd = z1DFFTH;
-    static constexpr auto inv = z1DInvFFTH;
-};
-
 // Spectrum of x padded or truncated to L, natural or centred order.
 template <class T>
 std::vector<std::complex<long double>> Reference(const std::vector<T> &x, int32_t L, bool shift) {
@@ -64,7 +43,7 @@ TYPED_TEST(FFT1DTest, ForwardMatchesNaiveDftWithPaddingTruncationAndShift) {
             const int32_t L = fft_size > 0 ? fft_size : n;
             if (L == 0) continue;
             for (int shift : {0, 1}) {
-                ASSERT_EQ(Exports<T>::fwd(in.h(), out.h(), fft_size, shift, ws.h(), &plan), STATUS_OK);
+                ASSERT_EQ(Fn<T>::fwd1(in.h(), out.h(), fft_size, shift, ws.h(), &plan), STATUS_OK);
                 ASSERT_EQ(out.dims(), std::vector<int32_t>{L});
                 EXPECT_TRUE(ws.empty());
                 const auto ref = Reference(x, L, shift != 0);
@@ -101,8 +80,8 @@ TYPED_TEST(FFT1DTest, ForwardThenInverseReturnsTheInput) {
         const auto x = Random<T>(n, 7 * n);
         Array<T> in(x);
         for (int shift : {0, 1}) {
-            ASSERT_EQ(Exports<T>::fwd(in.h(), spectrum.h(), 0, shift, ws.h(), &fwd), STATUS_OK);
-            ASSERT_EQ(Exports<T>::inv(spectrum.h(), back.h(), shift, ws.h(), &inv), STATUS_OK);
+            ASSERT_EQ(Fn<T>::fwd1(in.h(), spectrum.h(), 0, shift, ws.h(), &fwd), STATUS_OK);
+            ASSERT_EQ(Fn<T>::inv1(spectrum.h(), back.h(), shift, ws.h(), &inv), STATUS_OK);
             EXPECT_TRUE(ws.empty());
             const auto y = back.values();
             ASSERT_EQ(y.size(), x.size());
@@ -133,8 +112,8 @@ TYPED_TEST(FFT1DTest, InverseReadsTheHalfItNeeds) {
             }
             Array<C> b(Y);
             Array<T> ya, yb, ws;
-            ASSERT_EQ(Exports<T>::inv(a.h(), ya.h(), shift, ws.h(), nullptr), STATUS_OK);
-            ASSERT_EQ(Exports<T>::inv(b.h(), yb.h(), shift, ws.h(), nullptr), STATUS_OK);
+            ASSERT_EQ(Fn<T>::inv1(a.h(), ya.h(), shift, ws.h(), nullptr), STATUS_OK);
+            ASSERT_EQ(Fn<T>::inv1(b.h(), yb.h(), shift, ws.h(), nullptr), STATUS_OK);
             if constexpr (Traits<T>::kComplex)
                 EXPECT_NE(ya.values(), yb.values());
             else
@@ -149,11 +128,11 @@ TYPED_TEST(FFT1DTest, TruncationLeavesTheWorkspaceAloneAndMatchingOutputsAreNotR
     Array<T> in(Random<T>(10, 3)), ws({3});
     Array<C> out({4});
     const int64_t calls = FennelHostResizeCalls();
-    ASSERT_EQ(Exports<T>::fwd(in.h(), out.h(), 4, 1, ws.h(), nullptr), STATUS_OK);
+    ASSERT_EQ(Fn<T>::fwd1(in.h(), out.h(), 4, 1, ws.h(), nullptr), STATUS_OK);
     EXPECT_EQ(FennelHostResizeCalls(), calls);
     EXPECT_EQ(ws.dims(), std::vector<int32_t>{3});
     // Padding without a workspace array.
-    EXPECT_EQ(Exports<T>::fwd(in.h(), out.h(), 11, 0, nullptr, nullptr), STATUS_NO_WORKSPACE);
+    EXPECT_EQ(Fn<T>::fwd1(in.h(), out.h(), 11, 0, nullptr, nullptr), STATUS_NO_WORKSPACE);
     EXPECT_TRUE(out.empty());
 }
 
@@ -162,26 +141,15 @@ TYPED_TEST(FFT1DTest, TruncationLeavesTheWorkspaceAloneAndMatchingOutputsAreNotR
 TYPED_TEST(FFT1DTest, ResultsDoNotDependOnBlockPlacement) {
     using T = TypeParam;
     using C = typename TestFixture::C;
-    using R = typename TestFixture::R;
     const auto x = Random<T>(96, 5);
-    std::vector<C> first;
-    std::vector<T> first_back;
     FDPlanHandle fwd = nullptr, inv = nullptr;
-    FennelHostSetFillByte(0xFF);
-    for (int32_t placement = 0; placement < 64; placement += static_cast<int32_t>(sizeof(R))) {
-        FennelHostSetPlacement(placement);
+    ExpectSameAtEveryPlacement<typename TestFixture::R>([&] {
         Array<T> in(x), back, ws;
         Array<C> out;
-        ASSERT_EQ(Exports<T>::fwd(in.h(), out.h(), 100, 1, ws.h(), &fwd), STATUS_OK);
-        ASSERT_EQ(Exports<T>::inv(out.h(), back.h(), 1, ws.h(), &inv), STATUS_OK);
-        if (placement == 0) {
-            first = out.values();
-            first_back = back.values();
-        } else {
-            EXPECT_EQ(out.values(), first) << "placement " << placement;
-            EXPECT_EQ(back.values(), first_back) << "placement " << placement;
-        }
-    }
+        EXPECT_EQ(Fn<T>::fwd1(in.h(), out.h(), 100, 1, ws.h(), &fwd), STATUS_OK);
+        EXPECT_EQ(Fn<T>::inv1(out.h(), back.h(), 1, ws.h(), &inv), STATUS_OK);
+        return std::pair(out.values(), back.values());
+    });
     FreeMKLDftiDescH(&fwd);
     FreeMKLDftiDescH(&inv);
 }
@@ -205,87 +173,21 @@ TEST_F(HostTest, ConcurrentCallsOnSeparatePlansAgreeWithSerialCalls) {
     EXPECT_EQ(parallel, serial);
 }
 
-// One row of the failure table: how the call is provoked and the state left.
-struct FailureRow {
-    const char *name;
-    int resize_fault;      // nth host resize fails (0: none)
-    Call engine_fault;     // engine call that fails (kCount: none)
-    int engine_nth;
-    bool empty_input;
-    bool null_workspace;
-    bool plan_same_length;  // plan held before the call has the call's length
-    int32_t status;
-    bool workspace_emptied;
-    bool plan_freed;
-};
-
-const FailureRow kFailureRows[] = {
-    {"input length 0", 0, Call::kCount, 0, true, false, true, STATUS_EMPTY_ARRAY, false, false},
-    {"output resize", 1, Call::kCount, 0, false, false, true, STATUS_OUT_OF_MEMORY, false, false},
-    {"workspace null", 0, Call::kCount, 0, false, true, true, STATUS_NO_WORKSPACE, false, true},
-    {"workspace resize", 2, Call::kCount, 0, false, false, true, STATUS_OUT_OF_MEMORY, true, true},
-    {"query", 0, Call::kGetValue, 1, false, false, true, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"create", 0, Call::kCreate, 1, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"set", 0, Call::kSetValue, 1, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"commit", 0, Call::kCommit, 1, false, false, false, STATUS_DFTI_SETUP_FAILED, true, true},
-    {"free outdated", 0, Call::kFree, 1, false, false, false, STATUS_DFTI_FREE_FAILED, true, true},
-    {"compute", 0, Call::kCompute, 1, false, false, true, STATUS_DFTI_COMPUTE_FAILED, true, true},
-};
-
-// Runs every row against a call that needs its workspace (forward with
-// padding, inverse with shift).
-template <class In, class Out>
-void RunFailureTable(const std::function<int32_t(FDArrayHandle, FDArrayHandle, FDArrayHandle,
-                                                 FDPlanHandle *)> &call,
-                     int32_t n, int32_t other_n) {
-    for (const FailureRow &row : kFailureRows) {
-        SCOPED_TRACE(row.name);
-        Array<In> in(Random<In>(row.empty_input ? 0 : n, 1)), other(Random<In>(other_n, 2));
-        Array<Out> out({5}), scratch_out;
-        FDPlanHandle plan = nullptr;
-        // Hold a plan of the call's length, or of another length to force a rebuild.
-        Array<In> ws_prep;
-        const bool same = row.plan_same_length && !row.empty_input;
-        ASSERT_EQ(call(same ? in.h() : other.h(), scratch_out.h(), ws_prep.h(), &plan), STATUS_OK);
-        const FDPlanHandle before = plan;
-        Array<In> ws({2});
-        FennelHostReset();
-        if (row.resize_fault) FennelHostFailResize(row.resize_fault);
-        if (row.engine_fault != Call::kCount) engine::FailCall(row.engine_fault, row.engine_nth);
-        EXPECT_EQ(call(in.h(), out.h(), row.null_workspace ? nullptr : ws.h(), &plan), row.status);
-        engine::ClearFaults();
-        FennelHostReset();
-        EXPECT_TRUE(out.empty());
-        if (!row.null_workspace) {
-            EXPECT_EQ(ws.empty(), row.workspace_emptied);
-        }
-        EXPECT_EQ(plan, row.plan_freed ? nullptr : before);
-        EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
-    }
-}
-
-TYPED_TEST(FFT1DTest, ForwardFailureTable) {
+// Padding (the workspace is needed) to a length that follows the input, so
+// that a plan made for the other input is rebuilt; the inverse with shift.
+TYPED_TEST(FFT1DTest, FailureTables) {
     using T = TypeParam;
     using C = typename TestFixture::C;
-    // Padding (the workspace is needed) to a length that follows the input,
-    // so that a plan made for the other input is rebuilt.
-    RunFailureTable<T, C>(
-        [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
-            int32_t n = 0;
-            FennelHostArrayDims(in, 1, &n);
-            return Exports<T>::fwd(in, out, n + 4, 1, ws, plan);
-        },
-        8, 5);
-}
-
-TYPED_TEST(FFT1DTest, InverseFailureTable) {
-    using T = TypeParam;
-    using C = typename TestFixture::C;
-    RunFailureTable<C, T>(
-        [](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
-            return Exports<T>::inv(in, out, 1, ws, plan);
-        },
-        8, 5);
+    RunFailureTable<T, C>(Simple([](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+                              int32_t n = 0;
+                              FennelHostArrayDims(in, 1, &n);
+                              return Fn<T>::fwd1(in, out, n + 4, 1, ws, plan);
+                          }),
+                          {8}, {5});
+    RunFailureTable<C, T>(Simple([](FDArrayHandle in, FDArrayHandle out, FDArrayHandle ws, FDPlanHandle *plan) {
+                              return Fn<T>::inv1(in, out, 1, ws, plan);
+                          }),
+                          {8}, {5});
 }
 
 }  // namespace

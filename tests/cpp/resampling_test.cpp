@@ -32,28 +32,6 @@ std::vector<T> Samples(std::initializer_list<double> v) {
     return out;
 }
 
-using DecimateFn = int32_t (*)(FDArrayHandle, FDArrayHandle, int32_t, int32_t);
-using ResampleFn = int32_t (*)(FDArrayHandle, FDArrayHandle, int32_t, const FDResampleParams *, int32_t,
-                               int32_t, FDArrayHandle, float *, FDArrayHandle, FDArrayHandle,
-                               FDResampleState *);
-template <class T> struct Entries;
-template <> struct Entries<float> {
-    static constexpr DecimateFn decimate = sDecimateH, upsample = sUpsampleH;
-    static constexpr ResampleFn resample[2] = {sResampleC2CH, sResampleMultiChC2CH};
-};
-template <> struct Entries<double> {
-    static constexpr DecimateFn decimate = dDecimateH, upsample = dUpsampleH;
-    static constexpr ResampleFn resample[2] = {dResampleC2CH, dResampleMultiChC2CH};
-};
-template <> struct Entries<cfloat> {
-    static constexpr DecimateFn decimate = cDecimateH, upsample = cUpsampleH;
-    static constexpr ResampleFn resample[2] = {cResampleC2CH, cResampleMultiChC2CH};
-};
-template <> struct Entries<cdouble> {
-    static constexpr DecimateFn decimate = zDecimateH, upsample = zUpsampleH;
-    static constexpr ResampleFn resample[2] = {zResampleC2CH, zResampleMultiChC2CH};
-};
-
 template <class T>
 class ResamplingTest : public HostTest {};
 using Types = ::testing::Types<float, double, cfloat, cdouble>;
@@ -70,7 +48,7 @@ TYPED_TEST(ResamplingTest, DecimationCases) {
                           {1, 1, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}}, {4, 1, {1.5, 5.5}}};
     for (const Case &c : cases) {
         Array<T> in(x), out;
-        ASSERT_EQ(Entries<T>::decimate(in.h(), out.h(), c.factor, c.average), 0) << c.factor;
+        ASSERT_EQ(Fn<T>::decimate(in.h(), out.h(), c.factor, c.average), 0) << c.factor;
         std::vector<T> want;
         for (double v : c.want) want.push_back(Sample<T>(v));
         EXPECT_EQ(out.values(), want) << "factor " << c.factor << " average " << c.average;
@@ -78,7 +56,7 @@ TYPED_TEST(ResamplingTest, DecimationCases) {
     }
     // One handle for input and output: decimated in place.
     Array<T> both(x);
-    ASSERT_EQ(Entries<T>::decimate(both.h(), both.h(), 3, 1), 0);
+    ASSERT_EQ(Fn<T>::decimate(both.h(), both.h(), 3, 1), 0);
     EXPECT_EQ(both.values(), Samples<T>({1, 4, 7}));
 }
 
@@ -87,20 +65,20 @@ TYPED_TEST(ResamplingTest, DecimationFailuresEmptyTheOutput) {
     const auto x = Samples<T>({1, 2, 3, 4, 5});
     for (int32_t factor : {0, -1, 6, std::numeric_limits<int32_t>::min()}) {
         Array<T> in(x), out(x);
-        EXPECT_EQ(Entries<T>::decimate(in.h(), out.h(), factor, 0), STATUS_BAD_DECIMATION_FACTOR);
+        EXPECT_EQ(Fn<T>::decimate(in.h(), out.h(), factor, 0), STATUS_BAD_DECIMATION_FACTOR);
         EXPECT_TRUE(out.empty());
     }
     Array<T> empty, out(x);
-    EXPECT_EQ(Entries<T>::decimate(empty.h(), out.h(), 1, 0), STATUS_EMPTY_ARRAY);
+    EXPECT_EQ(Fn<T>::decimate(empty.h(), out.h(), 1, 0), STATUS_EMPTY_ARRAY);
     EXPECT_TRUE(out.empty());
     Array<T> in(x), small;
     FennelHostFailResize(1);
-    EXPECT_EQ(Entries<T>::decimate(in.h(), small.h(), 2, 1), STATUS_OUT_OF_MEMORY);
+    EXPECT_EQ(Fn<T>::decimate(in.h(), small.h(), 2, 1), STATUS_OUT_OF_MEMORY);
     EXPECT_TRUE(small.empty());
     // An output of the right size is not passed to the host.
     Array<T> sized(Samples<T>({0, 0}));
     FennelHostReset();
-    ASSERT_EQ(Entries<T>::decimate(in.h(), sized.h(), 2, 0), 0);
+    ASSERT_EQ(Fn<T>::decimate(in.h(), sized.h(), 2, 0), 0);
     EXPECT_EQ(FennelHostResizeCalls(), 0);
     // The worker refuses a short output and decimates in place without one.
     std::vector<T> buffer = x, two(2);
@@ -124,26 +102,26 @@ TYPED_TEST(ResamplingTest, UpsamplingCases) {
     using T = TypeParam;
     FennelHostSetFillByte(0xFF);  // unwritten output would read as NaN
     Array<T> in(Samples<T>({1, 2, 3})), out;
-    ASSERT_EQ(Entries<T>::upsample(in.h(), out.h(), 3, 1), 0);
+    ASSERT_EQ(Fn<T>::upsample(in.h(), out.h(), 3, 1), 0);
     EXPECT_EQ(out.values(), Samples<T>({0, 1, 0, 0, 2, 0, 0, 3, 0}));
-    ASSERT_EQ(Entries<T>::upsample(in.h(), out.h(), 12, 11), 0);
+    ASSERT_EQ(Fn<T>::upsample(in.h(), out.h(), 12, 11), 0);
     EXPECT_EQ(out.values()[35], Sample<T>(3));
     EXPECT_EQ(out.values()[34], Sample<T>(0));
-    ASSERT_EQ(Entries<T>::upsample(in.h(), out.h(), 1, 0), 0);
+    ASSERT_EQ(Fn<T>::upsample(in.h(), out.h(), 1, 0), 0);
     EXPECT_EQ(out.values(), in.values());
     Array<T> both(Samples<T>({1, 2, 3}));
-    ASSERT_EQ(Entries<T>::upsample(both.h(), both.h(), 2, 0), 0);
+    ASSERT_EQ(Fn<T>::upsample(both.h(), both.h(), 2, 0), 0);
     EXPECT_EQ(both.values(), Samples<T>({1, 0, 2, 0, 3, 0}));
 
     struct Bad { int32_t factor, phase, status; };
     for (const Bad &b : {Bad{1, 1, STATUS_BAD_PHASE}, Bad{3, -1, STATUS_BAD_PHASE}, Bad{3, 3, STATUS_BAD_PHASE},
                          Bad{0, 0, STATUS_BAD_SAMPLING_INTERVAL}, Bad{-2, 0, STATUS_BAD_SAMPLING_INTERVAL}}) {
         Array<T> o(Samples<T>({7}));
-        EXPECT_EQ(Entries<T>::upsample(in.h(), o.h(), b.factor, b.phase), b.status) << b.factor << "," << b.phase;
+        EXPECT_EQ(Fn<T>::upsample(in.h(), o.h(), b.factor, b.phase), b.status) << b.factor << "," << b.phase;
         EXPECT_TRUE(o.empty());
     }
     Array<T> empty, o;
-    EXPECT_EQ(Entries<T>::upsample(empty.h(), o.h(), 2, 0), STATUS_EMPTY_ARRAY);
+    EXPECT_EQ(Fn<T>::upsample(empty.h(), o.h(), 2, 0), STATUS_EMPTY_ARRAY);
     std::vector<T> small(8);
     EXPECT_EQ(UpsampleCore<T>(in.data(), 3, small.data(), 8, 3, 0), STATUS_OUTPUT_TOO_LARGE);
 }
@@ -179,7 +157,7 @@ struct Stream {
     Stream(const std::vector<R> &h, int32_t I, float ratio, float offset = 0, int32_t mode = 0, int32_t aa = 0)
         : coef(h), params{ratio, offset, mode}, interpolation(I), antiAlias(aa) {}
     int32_t Feed(const Array<T> &x, Array<T> &out, float *time, int32_t reset) {
-        return Entries<T>::resample[Rank - 1](x.h(), coef.h(), interpolation, &params, reset, antiAlias,
+        return Fn<T>::resample[Rank - 1](x.h(), coef.h(), interpolation, &params, reset, antiAlias,
                                               out.h(), time, histA.h(), histB.h(), &state);
     }
     bool Zeroed() const {
@@ -396,7 +374,7 @@ TYPED_TEST(ResamplingTest, FailuresLeaveEverythingEmptyAndTheStateZeroed) {
         float time;
         ASSERT_EQ(st.Feed(in, out, &time, 1), 0);
         Array<R> longer(Lowpass<R>(4, 9));
-        EXPECT_EQ(Entries<T>::resample[0](in.h(), longer.h(), 4, &st.params, 0, 0, out.h(), &time, st.histA.h(),
+        EXPECT_EQ(Fn<T>::resample[0](in.h(), longer.h(), 4, &st.params, 0, 0, out.h(), &time, st.histA.h(),
                                           st.histB.h(), &st.state),
                   STATUS_TOO_MANY_TAPS);
         expect_clean(st, out, time, "too many taps");
@@ -409,7 +387,7 @@ TYPED_TEST(ResamplingTest, FailuresLeaveEverythingEmptyAndTheStateZeroed) {
         EXPECT_EQ(st.Feed(in, out, &time, 1), STATUS_BAD_START_OFFSET);
         static_cast<int32_t *>(*in.h())[0] = 40;
         expect_clean(st, out, time, "negative length");
-        EXPECT_EQ(Entries<T>::resample[0](in.h(), st.coef.h(), 4, &st.params, 1, 0, out.h(), &time, nullptr,
+        EXPECT_EQ(Fn<T>::resample[0](in.h(), st.coef.h(), 4, &st.params, 1, 0, out.h(), &time, nullptr,
                                           st.histB.h(), &st.state),
                   STATUS_NO_WORKSPACE);
     }

@@ -532,10 +532,10 @@ constexpr size_t kFullStreamFrom = size_t{2} << 20;
 // Plans one part of ComputeFull, for one thread, on aligned buffers of our
 // own: the 2D r2c of one page into packed rows of C / 2 + 1 bins (`pitch`
 // apart), or the P-point transforms along the pages of the bins of one row,
-// out of place into [P][C / 2 + 1].  With an even pitch in float every row
-// of the packed spectrum and both halves of a pair buffer start 16-byte
-// aligned, as the plans require; input pages do where R * C reals fill
-// whole 16-byte units, else the page plan is made for any alignment.
+// out of place into [P][C / 2 + 1].  A plan runs on later pages and rows
+// (and on the second half of a pair buffer) only if they share its arrays'
+// alignment class: an even pitch in float keeps the rows in class; input
+// pages out of class get a page plan made for any alignment.
 template <class R>
 ptrdiff_t FullPitch(ptrdiff_t half) {
     return sizeof(R) == 4 ? half + (half & 1) : half;
@@ -548,18 +548,23 @@ void *MakeFullPlan(const DFTI_DESCRIPTOR *d, bool page) {
     const size_t complex_bytes = 2 * sizeof(R);
     const size_t in_bytes = page ? sizeof(R) * static_cast<size_t>(rows * C)
                                  : static_cast<size_t>(P * rows * pitch) * complex_bytes;
-    const size_t out_bytes = static_cast<size_t>(page ? rows * pitch : P * half) * complex_bytes;
+    const size_t out_bytes = static_cast<size_t>(page ? rows * pitch : 2 * P * pitch) * complex_bytes;
     std::lock_guard<std::mutex> lock(g_planner_mutex);
     fennel::engine::ApplyThreadCount(1);
     fftw_set_timelimit(fennel::engine::PlannerTimeLimit());
     fftwf_set_timelimit(fennel::engine::PlannerTimeLimit());
     unsigned flags = PlannerFlags(P * rows * C);
-    if (page && rows * C * static_cast<ptrdiff_t>(sizeof(R)) % 16 != 0) flags |= FFTW_UNALIGNED;
     char *in = static_cast<char *>(fftw_malloc(in_bytes));
     char *out = static_cast<char *>(fftw_malloc(out_bytes));
     void *plan = nullptr;
     if (in != nullptr && out != nullptr) {
         std::memset(in, 0, in_bytes);
+        // The next page's input and output, or the next row and the mirror
+        // half of the pair buffer.
+        const size_t in_step = page ? sizeof(R) * rows * C : complex_bytes * pitch;
+        const size_t out_step = complex_bytes * (page ? rows : P) * pitch;
+        if (Fftw<R>::AlignmentOf(in + in_step) != 0 || Fftw<R>::AlignmentOf(out + out_step) != 0)
+            flags |= FFTW_UNALIGNED;
         if (page) {
             const fftw_iodim64 dims[2] = {{rows, C, pitch}, {C, 1, 1}};
             plan = Fftw<R>::R2C(2, dims, 0, nullptr, in, out, flags);

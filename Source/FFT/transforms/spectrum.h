@@ -59,8 +59,6 @@ inline void WriteFullRow(C *dst, const C *own, const C *mirror, int32_t Cols, bo
             return;
         }
     }
-#endif
-#if defined(__SSE2__)
     if constexpr (sizeof(C) == 16) {
         if (stream) {
             const double *src = reinterpret_cast<const double *>(own);

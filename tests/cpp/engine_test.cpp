@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <limits>
 
-#include "engine/dfti.h"
+#include "dft/engine/dfti.h"
 #include "support.h"
 
 namespace fennel::test {

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "frame/host_array.h"
-#include "frame/library_load.h"
-#include "frame/platform.h"
+#include "host/library_load.h"
+#include "platform/platform.h"
 #include "support.h"
 
 namespace fennel::test {

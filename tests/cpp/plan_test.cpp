@@ -1,6 +1,6 @@
 // Plan handles: reuse-or-rebuild and the two releases.
-#include "engine/dfti.h"
-#include "frame/plan.h"
+#include "dft/engine/dfti.h"
+#include "dft/plan.h"
 #include "support.h"
 
 namespace fennel::test {

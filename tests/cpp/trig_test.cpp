@@ -3,8 +3,8 @@
 #include <functional>
 #include <limits>
 
-#include "engine/dfti.h"
-#include "frame/plan.h"
+#include "dft/engine/dfti.h"
+#include "dft/plan.h"
 #include "support.h"
 #include "transforms/dct_dst.h"
 

@@ -2,7 +2,7 @@
 // forward transform in the frequency-domain method.
 #include "correlation/correlation.h"
 #include "correlation/correlation_core.h"
-#include "frame/plan.h"
+#include "dft/plan.h"
 
 namespace fennel {
 

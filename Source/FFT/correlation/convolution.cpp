@@ -2,7 +2,7 @@
 // frequency-domain method.
 #include "correlation/correlation.h"
 #include "correlation/correlation_core.h"
-#include "frame/plan.h"
+#include "dft/plan.h"
 
 namespace fennel {
 namespace {

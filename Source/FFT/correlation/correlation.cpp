@@ -1,7 +1,7 @@
 // 1D cross-correlation over all lags, with its normalisations.
 #include "correlation/correlation.h"
 #include "correlation/correlation_core.h"
-#include "frame/plan.h"
+#include "dft/plan.h"
 
 namespace fennel {
 

@@ -2,7 +2,7 @@
 // of matrices, by the direct or the frequency-domain method.
 #include "correlation/correlation.h"
 #include "correlation/correlation_core.h"
-#include "frame/plan.h"
+#include "dft/plan.h"
 
 namespace fennel {
 namespace {

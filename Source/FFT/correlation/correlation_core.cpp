@@ -1,11 +1,12 @@
 #include "correlation/correlation_core.h"
 
-#include <cblas.h>
+#include "numerics/blas.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "frame/plan.h"
+#include "dft/plan.h"
+#include "numerics/vectorize.h"
 
 namespace fennel::corr {
 
@@ -25,7 +26,7 @@ int64_t FastLength(int64_t L) {
 // rounds alike.
 namespace {
 template <class R>
-__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void
+FENNEL_VECTORIZED void
 MultiplyBinsClones(const R *p, const R *q, R *d, int64_t n) {
     for (int64_t k = 0; k < n; ++k) {
         const R a = p[2 * k], b = p[2 * k + 1], c = q[2 * k], e = q[2 * k + 1];
@@ -53,36 +54,6 @@ WorkspacesEmptied::~WorkspacesEmptied() {
 }
 
 namespace {
-
-// ---- BLAS level 1 by element type ----------------------------------------
-
-inline void Axpy(int32_t n, float a, const float *x, int32_t incx, float *y, int32_t incy) {
-    cblas_saxpy(n, a, x, incx, y, incy);
-}
-inline void Axpy(int32_t n, double a, const double *x, int32_t incx, double *y, int32_t incy) {
-    cblas_daxpy(n, a, x, incx, y, incy);
-}
-inline void Axpy(int32_t n, const cfloat &a, const cfloat *x, int32_t incx, cfloat *y, int32_t incy) {
-    cblas_caxpy(n, &a, x, incx, y, incy);
-}
-inline void Axpy(int32_t n, const cdouble &a, const cdouble *x, int32_t incx, cdouble *y,
-                 int32_t incy) {
-    cblas_zaxpy(n, &a, x, incx, y, incy);
-}
-// A real scalar times a contiguous complex vector: the vector as 2n reals.
-template <class R>
-inline void Axpy(int32_t n, R a, const std::complex<R> *x, int32_t, std::complex<R> *y, int32_t) {
-    constexpr int32_t kChunk = 1 << 29;  // keeps 2n within the BLAS integer
-    for (int32_t done = 0; done < n; done += std::min(n - done, kChunk)) {
-        const int32_t count = std::min(n - done, kChunk);
-        Axpy(2 * count, a, reinterpret_cast<const R *>(x + done), 1, reinterpret_cast<R *>(y + done), 1);
-    }
-}
-
-inline void Scal(int32_t n, double f, float *x) { cblas_sscal(n, static_cast<float>(f), x, 1); }
-inline void Scal(int32_t n, double f, double *x) { cblas_dscal(n, f, x, 1); }
-inline void Scal(int32_t n, double f, cfloat *x) { cblas_csscal(n, static_cast<float>(f), x, 1); }
-inline void Scal(int32_t n, double f, cdouble *x) { cblas_zdscal(n, f, x, 1); }
 
 template <class T>
 inline void ScaleOne(T &v, double f) {
@@ -351,14 +322,14 @@ void Normalize(T *out, int32_t n, int32_t m, int32_t normalization) {
     const int64_t length = int64_t{n} + m - 1;
     const int32_t lo = std::min(n, m), hi = std::max(n, m);
     if (normalization == 2) {
-        Scal(static_cast<int32_t>(length), 1.0 / hi, out);
+        Scal(out, static_cast<int32_t>(length), static_cast<typename Traits<T>::Real>(1.0 / hi));
     } else if (normalization == 1) {
         for (int32_t i = 0; i + 1 < lo; ++i) {
             const double f = 1.0 / (i + 1);
             ScaleOne(out[i], f);
             ScaleOne(out[length - 1 - i], f);
         }
-        Scal(hi - lo + 1, 1.0 / lo, out + (lo - 1));
+        Scal(out + (lo - 1), hi - lo + 1, static_cast<typename Traits<T>::Real>(1.0 / lo));
     }
 }
 

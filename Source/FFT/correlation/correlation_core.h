@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "engine/dfti.h"
+#include "dft/engine/dfti.h"
 #include "fennel_dsp.h"
 #include "frame/host_array.h"
 #include "frame/types.h"

@@ -1,7 +1,7 @@
 // Plan-handle release and host-binding entries.
 #include "fennel_dsp.h"
-#include "frame/host_services.h"
-#include "frame/plan.h"
+#include "host/host_services.h"
+#include "dft/plan.h"
 
 extern "C" {
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "fennel_dsp.h"
-#include "frame/host_services.h"
+#include "host/host_services.h"
 #include "frame/types.h"
 
 namespace fennel {

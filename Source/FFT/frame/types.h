@@ -5,7 +5,7 @@
 #include <complex>
 #include <cstdint>
 
-#include "engine/dfti.h"
+#include "dft/engine/dfti.h"
 #include "fennel_dsp.h"
 
 namespace fennel {

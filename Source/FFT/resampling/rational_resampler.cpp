@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "numerics/vectorize.h"
 #include "frame/host_array.h"
 #include "resampling/resampling.h"
 
@@ -158,7 +159,7 @@ void Regroup(const Prototype<R> &P, double *g, double *d, int64_t *start) {
 
 // count taps g[j] + d[j] * phi, formed in double and stored in the tap type.
 template <class R>
-__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void
+FENNEL_VECTORIZED void
 LinearTaps(const double *g, const double *d, double phi, int64_t count, R *taps) {
     for (int64_t j = 0; j < count; ++j) taps[j] = static_cast<R>(g[j] + d[j] * phi);
 }
@@ -168,7 +169,7 @@ LinearTaps(const double *g, const double *d, double phi, int64_t count, R *taps)
 using Doubles8 = double __attribute__((vector_size(64)));
 using Floats8 = float __attribute__((vector_size(32)));
 template <>
-__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void
+FENNEL_VECTORIZED void
 LinearTaps<float>(const double *g, const double *d, double phi, int64_t count, float *taps) {
     int64_t j = 0;
     for (; j + 8 <= count; j += 8) {
@@ -235,7 +236,7 @@ __attribute__((always_inline)) inline void MakeTaps(const Prototype<R> &P, const
 inline float Dot(const float *taps, const float *x, int64_t T) {
     return cblas_sdot(static_cast<blasint>(T), taps, 1, x, 1);
 }
-__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) double
+FENNEL_VECTORIZED double
 Dot(const double *taps, const double *x, int64_t T) {
     double acc[8] = {0, 0, 0, 0, 0, 0, 0, 0};
     int64_t j = 0;
@@ -247,7 +248,7 @@ Dot(const double *taps, const double *x, int64_t T) {
 // Complex samples: the real taps applied to real and imaginary parts, each
 // summed in four fixed lanes.
 template <class R>
-__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off")))
+FENNEL_VECTORIZED
 std::complex<R> Dot(const R *taps, const std::complex<R> *x, int64_t T) {
     const R *v = reinterpret_cast<const R *>(x);
     R re[4] = {0, 0, 0, 0}, im[4] = {0, 0, 0, 0};

@@ -3,7 +3,7 @@
 #include <limits>
 
 #include "frame/host_array.h"
-#include "frame/plan.h"
+#include "dft/plan.h"
 #include "spectra/spectra.h"
 
 namespace fennel {

@@ -9,14 +9,14 @@
 #include <cstring>
 #include <limits>
 
+#include "numerics/blas.h"
 #include "frame/host_array.h"
-#include "frame/plan.h"
+#include "dft/plan.h"
 #include "spectra/spectra.h"
 
 namespace fennel {
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 
 // The two signals ordered for transforming: the padded one first.
 template <class T>

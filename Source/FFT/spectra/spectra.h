@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "engine/dfti.h"
+#include "dft/engine/dfti.h"
 #include "fennel_dsp.h"
 #include "frame/types.h"
 

@@ -4,7 +4,7 @@
 #include <climits>
 
 #include "frame/host_array.h"
-#include "frame/plan.h"
+#include "dft/plan.h"
 #include "transforms/dct_dst_kernels.h"
 
 namespace fennel {

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "engine/dfti.h"
+#include "dft/engine/dfti.h"
 #include "fennel_dsp.h"
 
 namespace fennel {

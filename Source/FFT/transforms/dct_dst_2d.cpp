@@ -5,8 +5,8 @@
 #include <climits>
 
 #include "frame/host_array.h"
-#include "frame/host_services.h"
-#include "frame/plan.h"
+#include "host/host_services.h"
+#include "dft/plan.h"
 #include "transforms/dct_dst.h"
 #include "transforms/dct_dst_kernels.h"
 

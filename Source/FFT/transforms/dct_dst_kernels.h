@@ -9,7 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "frame/plan.h"
+#include "dft/plan.h"
+#include "numerics/blas.h"
 #include "frame/types.h"
 
 namespace fennel::trig {
@@ -27,7 +28,6 @@ template <> struct Roots<double> {
     static constexpr double kInvSqrt2 = 0.7071067811865476;
 };
 
-constexpr double kPi = 3.14159265358979323846;
 
 // The DFT behind a transform of N points.
 struct LineDft {

@@ -3,20 +3,16 @@
 // scalar code, so every width gives the same values).
 #include <cstddef>
 
+#include "numerics/vectorize.h"
 #include "transforms/dct_dst_kernels.h"
 
 namespace fennel::trig {
 
-// The clones live in an anonymous namespace: the resolvers of cloned
-// functions with external linkage would be exported whatever their
-// visibility.  The family calls them through plain wrappers below.
-#define FENNEL_TWIDDLE_CLONES \
-    __attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off")))
-
+// The family calls the clones through plain wrappers below.
 namespace {
 
 template <class T>
-FENNEL_TWIDDLE_CLONES void TwiddleLowLanes(const T *__restrict y, const double *__restrict c,
+FENNEL_VECTORIZED void TwiddleLowLanes(const T *__restrict y, const double *__restrict c,
                                            const double *__restrict s, T *__restrict out,
                                            ptrdiff_t count) {
     for (ptrdiff_t k = 0; k < count; ++k)
@@ -27,7 +23,7 @@ FENNEL_TWIDDLE_CLONES void TwiddleLowLanes(const T *__restrict y, const double *
 // Walks the bins upwards in memory (the outputs downwards), which
 // vectorises where a downward walk over pairs does not.
 template <class T>
-FENNEL_TWIDDLE_CLONES void TwiddleHighLanes(const T *__restrict y, const double *__restrict c,
+FENNEL_VECTORIZED void TwiddleHighLanes(const T *__restrict y, const double *__restrict c,
                                             const double *__restrict s, T *__restrict out,
                                             ptrdiff_t count) {
     const T *low = y - 2 * (count - 1);
@@ -39,7 +35,7 @@ FENNEL_TWIDDLE_CLONES void TwiddleHighLanes(const T *__restrict y, const double 
 }
 
 template <class T>
-FENNEL_TWIDDLE_CLONES void TwiddleScaleLanes(const T *__restrict x, const double *__restrict c,
+FENNEL_VECTORIZED void TwiddleScaleLanes(const T *__restrict x, const double *__restrict c,
                                              const double *__restrict s, T *__restrict z,
                                              ptrdiff_t count) {
     for (ptrdiff_t k = 0; k < count; ++k) {
@@ -52,7 +48,7 @@ FENNEL_TWIDDLE_CLONES void TwiddleScaleLanes(const T *__restrict x, const double
 // The backward halves are written downwards while the samples are read
 // upwards, the order that vectorises.
 template <class T>
-FENNEL_TWIDDLE_CLONES void PackEvenOddLanes(const T *__restrict x, ptrdiff_t half,
+FENNEL_VECTORIZED void PackEvenOddLanes(const T *__restrict x, ptrdiff_t half,
                                             T *__restrict w, ptrdiff_t N) {
     for (ptrdiff_t i = 0; i < half; ++i) w[i] = x[2 * i];
     T *top = w + N - 1;
@@ -60,7 +56,7 @@ FENNEL_TWIDDLE_CLONES void PackEvenOddLanes(const T *__restrict x, ptrdiff_t hal
 }
 
 template <class T>
-FENNEL_TWIDDLE_CLONES void PackMirrorLanes(const T *__restrict x, ptrdiff_t m, T *__restrict w,
+FENNEL_VECTORIZED void PackMirrorLanes(const T *__restrict x, ptrdiff_t m, T *__restrict w,
                                            ptrdiff_t L) {
     for (ptrdiff_t i = 0; i < m; ++i) w[i] = x[i];
     T *top = w + L - 1;

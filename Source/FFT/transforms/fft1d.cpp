@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "frame/host_array.h"
-#include "frame/plan.h"
+#include "dft/plan.h"
 #include "transforms/spectrum.h"
 
 namespace fennel {

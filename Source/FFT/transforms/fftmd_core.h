@@ -9,10 +9,10 @@
 #include <cstring>
 
 #if !defined(_WIN32)
-#include "engine/engine_settings.h"
+#include "dft/engine/settings.h"
 #endif
 #include "frame/host_array.h"
-#include "frame/plan.h"
+#include "dft/plan.h"
 #include "transforms/spectrum2d.h"
 
 namespace fennel::md {

@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "frame/host_array.h"
-#include "frame/plan.h"
+#include "dft/plan.h"
 #include "transforms/fftmd.h"
 #include "transforms/spectrum2d.h"
 

@@ -13,7 +13,7 @@
 #include <emmintrin.h>
 #endif
 
-#include "frame/helper_thread.h"
+#include "platform/helper_thread.h"
 
 #include "transforms/spectrum.h"
 

@@ -8,12 +8,12 @@
 // looked up again whenever the host module differs from the one it was
 // resolved in.  No host module, or a missing service, ends the process with
 // the "Fatal Error" message and exit code 1.
-#include "frame/host_services.h"
+#include "host/host_services.h"
 
 #include <atomic>
 #include <cstdio>
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 namespace fennel {
 namespace {

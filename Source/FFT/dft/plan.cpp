@@ -1,6 +1,6 @@
-#include "frame/plan.h"
+#include "dft/plan.h"
 
-#include "frame/host_services.h"
+#include "host/host_services.h"
 
 namespace fennel {
 namespace {

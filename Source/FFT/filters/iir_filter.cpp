@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <cstring>
 
+#include "numerics/vectorize.h"
 #include "frame/host_array.h"
-#include "windows/window_engine.h"
-#include "windows/windows.h"
+#include "numerics/blas.h"
+#include "filters/window_kernels.h"
+#include "filters/filters.h"
 
 namespace fennel {
 namespace {
@@ -122,7 +124,7 @@ inline void Product(Lanes<R> &out, const R *p, const Lanes<R> &c) {
 // buffer before their outputs overwrite them; saved holds the original
 // inputs x[h-Q+1 .. h-1].
 template <class R, int Q, int Pn, bool kUnit>
-__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void
+FENNEL_VECTORIZED void
 FusedOutputs(R *x, int32_t n, int32_t h, const R *bp, const R *ap, R g, const R *saved) {
     using V = Lanes<R>;
     constexpr int kChunk = 512;
@@ -229,7 +231,7 @@ int32_t ForwardStage(T *x, int32_t n, const typename Traits<T>::Real *b, int32_t
     using R = typename Traits<T>::Real;
     constexpr int P = kParts<T>;
     if (nb == 1) {
-        CblasScale(x, n, b[0]);
+        Scal(x, n, b[0]);
         return STATUS_OK;
     }
     HostArray<T, 1> tail(tailWorkspace);
@@ -286,7 +288,7 @@ int32_t FeedbackStage(T *x, int32_t n, const typename Traits<T>::Real *a, int32_
     constexpr int P = kParts<T>;
     const R g = R(1) / a[0];
     if (na == 1) {
-        CblasScale(x, n, g);
+        Scal(x, n, g);
         return STATUS_OK;
     }
     R *yr = reinterpret_cast<R *>(x);

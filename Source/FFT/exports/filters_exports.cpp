@@ -1,7 +1,7 @@
 // Windows, windowed FIR design and IIR filter entries.
 #include "fennel_dsp.h"
 #include "frame/types.h"
-#include "windows/windows.h"
+#include "filters/filters.h"
 
 using fennel::cdouble;
 using fennel::cfloat;

@@ -1,9 +1,9 @@
-#include "frame/library_load.h"
+#include "host/library_load.h"
 
 #include <cstring>
 #include <cwchar>
 
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 namespace fennel {
 namespace {

@@ -53,8 +53,4 @@ inline void MultiplyBy(T &x, typename Traits<T>::Real w) {
     }
 }
 
-// x[0 .. n-1] scaled by g with the CBLAS scaling routine of the element type.
-template <class T>
-void CblasScale(T *x, int32_t n, typename Traits<T>::Real g);
-
 }  // namespace fennel

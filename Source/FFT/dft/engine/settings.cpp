@@ -1,4 +1,4 @@
-#include "engine/engine_settings.h"
+#include "dft/engine/settings.h"
 
 #include <fftw3.h>
 

@@ -1,4 +1,4 @@
-#include "frame/helper_thread.h"
+#include "platform/helper_thread.h"
 
 #if defined(_WIN32)
 

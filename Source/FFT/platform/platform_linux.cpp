@@ -12,9 +12,9 @@
 #include <cstring>
 #include <cwchar>
 
-#include "frame/helper_thread.h"
-#include "frame/library_load.h"
-#include "frame/platform.h"
+#include "platform/helper_thread.h"
+#include "host/library_load.h"
+#include "platform/platform.h"
 
 namespace fennel {
 namespace {

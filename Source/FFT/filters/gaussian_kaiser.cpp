@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "frame/host_array.h"
-#include "windows/window_engine.h"
-#include "windows/windows.h"
+#include "filters/window_kernels.h"
+#include "filters/filters.h"
 
 namespace fennel {
 namespace {

@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "frame/library_load.h"
-#include "frame/platform.h"
+#include "host/library_load.h"
+#include "platform/platform.h"
 
 namespace fennel {
 namespace {

@@ -7,8 +7,8 @@
 
 #include <cstdarg>
 
-#include "engine/dfti.h"
-#include "frame/library_load.h"
+#include "dft/engine/dfti.h"
+#include "host/library_load.h"
 
 namespace {
 

@@ -22,10 +22,10 @@
 #include <cstring>
 #include <mutex>
 
-#include "engine/dfti.h"
-#include "engine/engine_settings.h"
-#include "engine/engine_testing.h"
-#include "frame/helper_thread.h"
+#include "dft/engine/dfti.h"
+#include "dft/engine/settings.h"
+#include "dft/engine/testing.h"
+#include "platform/helper_thread.h"
 #include "transforms/spectrum2d.h"
 
 namespace {

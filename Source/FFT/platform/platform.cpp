@@ -1,4 +1,4 @@
-#include "frame/platform.h"
+#include "platform/platform.h"
 
 #include <atomic>
 

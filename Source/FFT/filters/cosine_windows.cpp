@@ -1,13 +1,14 @@
 // Cosine-sum windows: the coefficient table, the engine that applies a
 // periodic window in place by a phasor rotation, and the four exports.
-#include <cblas.h>
+#include "numerics/blas.h"
 
 #include <cmath>
 #include <limits>
 
+#include "numerics/vectorize.h"
 #include "frame/host_array.h"
-#include "windows/window_engine.h"
-#include "windows/windows.h"
+#include "filters/window_kernels.h"
+#include "filters/filters.h"
 
 namespace fennel {
 
@@ -41,18 +42,6 @@ int32_t AllCosWinCoefs(int32_t windowType, double *coefs, int32_t *K) {
     for (int32_t k = 0; k < row.count; ++k) coefs[k] = row.a[k];
     *K = row.count;
     return STATUS_OK;
-}
-
-template <class T>
-void CblasScale(T *x, int32_t n, typename Traits<T>::Real g) {
-    if constexpr (std::is_same_v<T, float>)
-        cblas_sscal(n, g, x, 1);
-    else if constexpr (std::is_same_v<T, double>)
-        cblas_dscal(n, g, x, 1);
-    else if constexpr (std::is_same_v<T, cfloat>)
-        cblas_csscal(n, g, x, 1);
-    else
-        cblas_zdscal(n, g, x, 1);
 }
 
 namespace {
@@ -108,7 +97,7 @@ typedef long long LaneIndex4 __attribute__((vector_size(32)));
 // steps are transposed so that the window sums of the four steps run side by
 // side, each in term order.  Every lane rounds exactly as the scalar form.
 template <class T, int K>
-__attribute__((target_clones("avx512f", "avx2", "default"), optimize("fp-contract=off"))) void
+FENNEL_VECTORIZED void
 RotateTermsAndApply(T *x, int32_t n, const double *C, const double *S, const double *alpha,
                     const double *beta) {
     using R = typename Traits<T>::Real;
@@ -227,7 +216,7 @@ int32_t ApplyAllCosWin(T *x, int32_t n, const double *coefs, int32_t K, int32_t 
     if (n < 1 || K < 1) return fail(STATUS_EMPTY_ARRAY);
     if (K == 1) {
         const double g = normalise == 0 ? coefs[0] : 1.0;
-        CblasScale(x, n, static_cast<R>(g));
+        Scal(x, n, static_cast<R>(g));
         if (firstValue != nullptr) *firstValue = static_cast<R>(g);
         return STATUS_OK;
     }
@@ -282,7 +271,6 @@ int32_t AllCosWin(FDArrayHandle x, int32_t windowType, int32_t normalise, FDArra
 }
 
 #define FENNEL_COSWIN_INSTANCES(T)                                                               \
-    template void CblasScale<T>(T *, int32_t, Traits<T>::Real);                                  \
     template int32_t ApplyAllCosWin<T>(T *, int32_t, const double *, int32_t, int32_t,           \
                                        Traits<T>::Real *, FDArrayHandle);                        \
     template int32_t AllCosWin<T>(FDArrayHandle, int32_t, int32_t, FDArrayHandle);

@@ -1,20 +1,19 @@
 // Windowed FIR design: the ideal (sinc) response of a lowpass, highpass,
 // bandpass or bandstop filter, shaped by a symmetric window and optionally
 // scaled to unit gain at a reference frequency.
-#include <cblas.h>
+#include "numerics/blas.h"
 
 #include <cmath>
 
 #include "frame/host_array.h"
-#include "windows/window_engine.h"
-#include "windows/windows.h"
+#include "filters/window_kernels.h"
+#include "filters/filters.h"
 
 extern "C" double dlapy2_(const double *, const double *);
 
 namespace fennel {
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 constexpr double kTwoPi = 6.283185307179586;
 
 enum FilterType { kLowpass = 0, kHighpass = 1, kBandpass = 2, kBandstop = 3 };
@@ -116,7 +115,7 @@ int32_t FIRWindowedCoef(FDArrayHandle coefficients, double fs, double f1, double
         return status;
     if (normalise != 0) {
         const double gain = ReferenceGain(h, taps, filterType, fs, f1, f2);
-        CblasScale(h, taps, static_cast<T>(1.0 / gain));
+        Scal(h, taps, static_cast<T>(1.0 / gain));
     }
     return status = STATUS_OK;
 }

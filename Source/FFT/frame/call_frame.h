@@ -1,0 +1,99 @@
+// The call frame of an export: it owns the call's status and what must be
+// cleaned up when the call ends, so that a handle-level routine reads as the
+// algorithm's steps and any return, plain or early, cleans up the same way:
+// - outputs registered with EmptyOnFailure are emptied when the call fails;
+// - workspaces registered with EmptyAtExit are emptied when the call ends;
+// - plans registered with FreePlanOnFailure are released when the call fails.
+// Routines take the frame as their first argument; Call runs one in a fresh
+// frame.  The frame holds no memory of its own (the library allocates only
+// through the host).
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+#include <utility>
+
+#include "fennel_dsp.h"
+#include "frame/host_array.h"
+
+namespace fennel {
+
+class CallFrame {
+   public:
+    CallFrame() = default;
+    ~CallFrame() { Finish(); }
+    CallFrame(const CallFrame &) = delete;
+    CallFrame &operator=(const CallFrame &) = delete;
+
+    // Empties the array when the call fails.
+    template <class T, int Rank>
+    void EmptyOnFailure(const HostArray<T, Rank> &array, int32_t typeCode = Traits<T>::kTypeCode) {
+        Add(Entry::kOutput, array.handle(), typeCode, Rank);
+    }
+    // Empties the array when the call ends, whatever its status.
+    template <class T, int Rank>
+    void EmptyAtExit(const HostArray<T, Rank> &array, int32_t typeCode = Traits<T>::kTypeCode) {
+        Add(Entry::kWorkspace, array.handle(), typeCode, Rank);
+    }
+    // Releases the plan in the slot when the call fails, leaving it null (a
+    // failed release leaves it set); release(slot) returns 0 on success.
+    void FreePlanOnFailure(void *slot, int32_t (*release)(void *slot)) {
+        if (slot != nullptr && plan_count_ < kMaxPlans) plans_[plan_count_++] = {slot, release};
+    }
+
+    // Records the call's status; cleanup runs once, when the frame ends.
+    int32_t Return(int32_t status) {
+        status_ = status;
+        return status;
+    }
+    int32_t status() const { return status_; }
+
+   private:
+    struct Entry {
+        enum Kind { kOutput, kWorkspace } kind;
+        FDArrayHandle handle;
+        int32_t type_code;
+        int rank;
+    };
+    struct PlanEntry {
+        void *slot;
+        int32_t (*release)(void *slot);
+    };
+    static constexpr int kMaxEntries = 8, kMaxPlans = 2;
+
+    void Add(Entry::Kind kind, FDArrayHandle handle, int32_t typeCode, int rank) {
+        if (handle == nullptr) return;
+        for (int i = 0; i < count_; ++i)
+            if (entries_[i].handle == handle && entries_[i].kind == kind) return;
+        if (count_ < kMaxEntries) entries_[count_++] = {kind, handle, typeCode, rank};
+    }
+    void Finish() {
+        const bool failed = status_ < 0;
+        // Plans first: a release may fail and then leaves its slot set.
+        for (int i = plan_count_ - 1; failed && i >= 0; --i) plans_[i].release(plans_[i].slot);
+        for (int i = count_ - 1; i >= 0; --i)
+            if (failed || entries_[i].kind == Entry::kWorkspace)
+                EmptyArray(entries_[i].handle, entries_[i].type_code, entries_[i].rank);
+    }
+
+    int32_t status_ = STATUS_OK;
+    Entry entries_[kMaxEntries];
+    PlanEntry plans_[kMaxPlans];
+    int count_ = 0;
+    int plan_count_ = 0;
+};
+
+// Runs routine(frame, args...) in a frame of its own and returns its status;
+// the frame's cleanup has run by then.  Routines not yet written over a frame
+// are called as they are.
+template <class Routine, class... Args>
+int32_t Call(Routine routine, Args... args) {
+    if constexpr (std::is_invocable_v<Routine, CallFrame &, Args...>) {
+        CallFrame frame;
+        return frame.Return(routine(frame, args...));
+    } else {
+        return routine(args...);
+    }
+}
+
+}  // namespace fennel

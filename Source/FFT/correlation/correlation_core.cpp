@@ -215,8 +215,8 @@ int32_t FrequencyDomainCore(const X *x, int32_t r1, int32_t c1, const Y *y, int3
     const int64_t w = half_rows ? (lr + 2) * lc : packed_rows ? 2 * lr * half : region;
 
     PlanGeometry g;
-    g.precision = Traits<O>::kPrecision;
-    g.domain = Traits<O>::kDomain;
+    g.precision = kPrecisionOf<O>;
+    g.domain = kDomainOf<O>;
     g.rank = rank;
     g.lengths[0] = rank == 1 || half_rows ? lc : lr;
     g.lengths[1] = half_rows ? lr : lc;

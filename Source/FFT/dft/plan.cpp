@@ -20,40 +20,51 @@ bool SameStrides(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM which, const MKL_LO
 }
 
 bool Matches(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g, int32_t &status) {
-    MKL_LONG lengths[3] = {0, 0, 0};
-    if (DftiGetValue(d, DFTI_LENGTHS, lengths) != 0) {
+    MKL_LONG lengths[3] = {0, 0, 0}, rank = 0;
+    DFTI_CONFIG_VALUE precision = DFTI_DOUBLE, domain = DFTI_COMPLEX;
+    if (DftiGetValue(d, DFTI_LENGTHS, lengths) != 0 || DftiGetValue(d, DFTI_DIMENSION, &rank) != 0 ||
+        DftiGetValue(d, DFTI_PRECISION, &precision) != 0 ||
+        DftiGetValue(d, DFTI_FORWARD_DOMAIN, &domain) != 0) {
         status = STATUS_DFTI_SETUP_FAILED;
         return false;
     }
+    // Another function's descriptor of the same lengths would read and
+    // write other amounts of memory: precision, domain and rank decide too.
+    if (rank != g.rank || precision != g.precision || (!g.any_domain && domain != g.domain))
+        return false;
     for (int i = 0; i < g.rank; ++i)
         if (lengths[i] != g.lengths[i]) return false;
+    // One line, contiguous both ways, unless the geometry gives strides.
+    static constexpr MKL_LONG kUnit[4] = {0, 1, 0, 0};
+    const MKL_LONG *in = g.rank > 1 || g.strides ? g.input_strides : kUnit;
+    const MKL_LONG *out = g.strides ? g.output_strides : kUnit;
+    if (!SameStrides(d, DFTI_INPUT_STRIDES, in, g.rank, status)) return false;
     // The output strides too: a real forward transform writes its spectrum
     // packed, the inverse of the same sizes and input strides does not.
-    if ((g.rank > 1 || g.strides) && !SameStrides(d, DFTI_INPUT_STRIDES, g.input_strides, g.rank, status))
-        return false;
-    if (g.strides && !SameStrides(d, DFTI_OUTPUT_STRIDES, g.output_strides, g.rank, status))
+    if ((g.rank == 1 || g.strides) && !SameStrides(d, DFTI_OUTPUT_STRIDES, out, g.rank, status))
         return false;
     // A backward layout of its own, when either side has one.
-    MKL_LONG in[4] = {}, out[4] = {};
-    if (engine::GetBackwardLayout(d, in, out) != g.backward_layout) return false;
+    MKL_LONG bin[4] = {}, bout[4] = {};
+    if (engine::GetBackwardLayout(d, bin, bout) != g.backward_layout) return false;
     if (g.backward_layout)
         for (int i = 0; i <= g.rank; ++i)
-            if (in[i] != g.backward_input_strides[i] || out[i] != g.backward_output_strides[i])
+            if (bin[i] != g.backward_input_strides[i] || bout[i] != g.backward_output_strides[i])
                 return false;
-    // Batched workers compare the count even when they now need one
-    // transform: a cached batch of the same length would overrun the output.
-    if (g.transforms > 1 || g.strides) {
-        MKL_LONG count = 0, in_distance = 0, out_distance = 0;
-        if (DftiGetValue(d, DFTI_NUMBER_OF_TRANSFORMS, &count) != 0 ||
-            DftiGetValue(d, DFTI_INPUT_DISTANCE, &in_distance) != 0 ||
+    // The count of transforms always: a kept batch of the same length would
+    // overrun the output.
+    MKL_LONG count = 0, in_distance = 0, out_distance = 0;
+    if (DftiGetValue(d, DFTI_NUMBER_OF_TRANSFORMS, &count) != 0) {
+        status = STATUS_DFTI_SETUP_FAILED;
+        return false;
+    }
+    if (count != g.transforms) return false;
+    if (g.transforms > 1) {
+        if (DftiGetValue(d, DFTI_INPUT_DISTANCE, &in_distance) != 0 ||
             DftiGetValue(d, DFTI_OUTPUT_DISTANCE, &out_distance) != 0) {
             status = STATUS_DFTI_SETUP_FAILED;
             return false;
         }
-        if (count != g.transforms) return false;
-        if (g.transforms > 1 &&
-            (in_distance != g.input_distance || out_distance != g.output_distance))
-            return false;
+        if (in_distance != g.input_distance || out_distance != g.output_distance) return false;
     }
     return true;
 }
@@ -84,7 +95,8 @@ MKL_LONG Configure(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g) {
 
 }  // namespace
 
-int32_t AcquirePlan(DFTI_DESCRIPTOR_HANDLE *slot, const PlanGeometry &g) {
+int32_t Plan::Acquire(const PlanGeometry &g) const {
+    DFTI_DESCRIPTOR_HANDLE *slot = slot_;
     if (*slot != nullptr) {
         int32_t status = STATUS_OK;
         if (Matches(*slot, g, status)) return STATUS_OK;
@@ -102,23 +114,49 @@ int32_t AcquirePlan(DFTI_DESCRIPTOR_HANDLE *slot, const PlanGeometry &g) {
     return STATUS_OK;
 }
 
-int32_t ComputePlan(DFTI_DESCRIPTOR_HANDLE plan, bool forward, const void *input, void *output) {
+int32_t Plan::Forward(const void *input, void *output) const {
     // The engine's interface takes a non-const input; it never writes it.
-    void *in = const_cast<void *>(input);
-    const MKL_LONG r = forward ? DftiComputeForward(plan, in, output)
-                               : DftiComputeBackward(plan, in, output);
-    return r == 0 ? STATUS_OK : STATUS_DFTI_COMPUTE_FAILED;
+    return DftiComputeForward(*slot_, const_cast<void *>(input), output) == 0 ? STATUS_OK
+                                                                             : STATUS_DFTI_COMPUTE_FAILED;
 }
 
-FreePlanOnFailure::~FreePlanOnFailure() {
-    if (status_ < 0 && slot_ != nullptr && *slot_ != nullptr) DftiFreeDescriptor(slot_);
+int32_t Plan::Backward(const void *input, void *output) const {
+    return DftiComputeBackward(*slot_, const_cast<void *>(input), output) == 0 ? STATUS_OK
+                                                                              : STATUS_DFTI_COMPUTE_FAILED;
 }
 
-int32_t FreeDftiPlan(FDPlanHandle *plan) {
-    DFTI_DESCRIPTOR_HANDLE *slot = PlanSlot(plan);
-    if (slot == nullptr || *slot == nullptr) return STATUS_OK;
-    return DftiFreeDescriptor(slot) == 0 ? STATUS_OK : STATUS_DFTI_FREE_FAILED;
+int32_t Plan::BackwardUnscaled(const void *input, void *output) const {
+    return engine::ComputeBackwardUnscaled(*slot_, const_cast<void *>(input), output) == 0
+               ? STATUS_OK
+               : STATUS_DFTI_COMPUTE_FAILED;
 }
+
+int32_t Plan::Release() const {
+    if (slot_ == nullptr || *slot_ == nullptr) return STATUS_OK;
+    return DftiFreeDescriptor(slot_) == 0 ? STATUS_OK : STATUS_DFTI_FREE_FAILED;
+}
+
+namespace {
+int32_t ReleaseSlot(void *slot) { return Plan(static_cast<DFTI_DESCRIPTOR_HANDLE *>(slot)).Release(); }
+}  // namespace
+
+Plan Plan::Of(CallFrame &frame, FDPlanHandle *plan) {
+    return plan != nullptr ? Plan(plan) : Plan(reinterpret_cast<FDPlanHandle *>(frame.LocalSlot(&ReleaseSlot)));
+}
+
+void Plan::ReleaseOnFailure(CallFrame &frame) const { frame.FreePlanOnFailure(slot_, &ReleaseSlot); }
+
+bool Plan::HasExtensions() { return engine::HasExtensions(); }
+
+int Plan::ThreadsFor(ptrdiff_t points) { return engine::HasExtensions() ? engine::ThreadsFor(points) : 1; }
+
+void *Plan::Attachment(uint32_t key) const { return engine::Attachment(*slot_, key); }
+
+bool Plan::Attach(uint32_t key, void *object, void (*release)(void *object)) const {
+    return engine::Attach(*slot_, key, object, release);
+}
+
+int32_t FreeDftiPlan(FDPlanHandle *plan) { return Plan(plan).Release(); }
 
 int32_t FreeTrigPlan(FDPlanHandle *plan) {
     if (plan == nullptr || *plan == nullptr) return STATUS_OK;

@@ -1,19 +1,36 @@
-// Transform plan handles: reuse-or-rebuild of the committed descriptor in a
-// caller's slot, the compute step, and the guard that frees the plan when a
-// computing routine fails.
+// The plan layer: the only way the families reach the transform engine.
+// A Plan is a view of a caller's plan slot holding one committed descriptor:
+// it keeps the descriptor while the call's geometry (precision and domain
+// included) matches, rebuilds it otherwise, computes, keeps the family's own
+// objects attached to the descriptor, and registers the rule that a failing
+// call releases it.  A TrigPlan is the second kind of slot: the record of the
+// two-dimensional DCT and DST with two descriptors.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "dft/engine/dfti.h"
 #include "fennel_dsp.h"
+#include "frame/call_frame.h"
+#include "frame/types.h"
 
 namespace fennel {
+
+// The engine's precision and domain of an element type.
+template <class T>
+inline constexpr DFTI_CONFIG_VALUE kPrecisionOf =
+    sizeof(typename Traits<T>::Real) == 4 ? DFTI_SINGLE : DFTI_DOUBLE;
+template <class T>
+inline constexpr DFTI_CONFIG_VALUE kDomainOf = Traits<T>::kComplex ? DFTI_COMPLEX : DFTI_REAL;
 
 // What a worker needs from its descriptor.
 struct PlanGeometry {
     DFTI_CONFIG_VALUE precision = DFTI_DOUBLE;
     DFTI_CONFIG_VALUE domain = DFTI_COMPLEX;
+    // A kept descriptor of the other domain is kept (the inverse 1D DCT,
+    // whose domain follows the parity of its length).
+    bool any_domain = false;
     int rank = 1;
     MKL_LONG lengths[3] = {1, 1, 1};
     // Explicit strides ([0] offset, then one per dimension), for rank > 1 or
@@ -30,15 +47,15 @@ struct PlanGeometry {
     // Inverse transforms set the backward scale 1 / (product of lengths).
     bool inverse = false;
     // The backward direction's own strides and its input as scratch (an
-    // engine extension, only where engine::kHasBackwardLayout); compared on
-    // reuse.
+    // engine extension, only where Plan::HasExtensions); compared on reuse.
     bool backward_layout = false;
     MKL_LONG backward_input_strides[4] = {};
     MKL_LONG backward_output_strides[4] = {};
 };
 
-inline PlanGeometry Geometry1D(DFTI_CONFIG_VALUE precision, DFTI_CONFIG_VALUE domain,
-                               MKL_LONG length, bool inverse) {
+// One-dimensional geometry.
+inline PlanGeometry Geometry1D(DFTI_CONFIG_VALUE precision, DFTI_CONFIG_VALUE domain, MKL_LONG length,
+                               bool inverse) {
     PlanGeometry g;
     g.precision = precision;
     g.domain = domain;
@@ -46,66 +63,110 @@ inline PlanGeometry Geometry1D(DFTI_CONFIG_VALUE precision, DFTI_CONFIG_VALUE do
     g.inverse = inverse;
     return g;
 }
+template <class T>
+PlanGeometry Geometry1D(MKL_LONG length, bool inverse) {
+    return Geometry1D(kPrecisionOf<T>, kDomainOf<T>, length, inverse);
+}
 
-// Keeps the descriptor in *slot when its geometry matches g, otherwise frees
-// it and builds and commits a new one.  -359502 (setup) or -359503 (free of
-// the outdated descriptor) on failure.
-int32_t AcquirePlan(DFTI_DESCRIPTOR_HANDLE *slot, const PlanGeometry &g);
+// A caller's DFTI plan slot.
+class Plan {
+   public:
+    explicit Plan(DFTI_DESCRIPTOR_HANDLE *slot) : slot_(slot) {}
+    explicit Plan(FDPlanHandle *plan) : slot_(reinterpret_cast<DFTI_DESCRIPTOR_HANDLE *>(plan)) {}
+    // The caller's slot, or for a null plan address a slot of this call only.
+    static Plan Of(CallFrame &frame, FDPlanHandle *plan);
 
-// Runs the transform; -359501 when the engine reports failure.
-int32_t ComputePlan(DFTI_DESCRIPTOR_HANDLE plan, bool forward, const void *input, void *output);
+    // Keeps the descriptor in the slot when its geometry matches g, otherwise
+    // frees it and builds and commits a new one.  -359502 (setup) or -359503
+    // (free of the outdated descriptor) on failure.
+    int32_t Acquire(const PlanGeometry &g) const;
+    // The transform of the kept descriptor; -359501 when the engine fails.
+    int32_t Forward(const void *input, void *output) const;
+    int32_t Backward(const void *input, void *output) const;
+    // The backward transform without its scale, for a caller that applies
+    // it while copying out (extension).
+    int32_t BackwardUnscaled(const void *input, void *output) const;
+    // Frees the descriptor, leaving the slot null; -359503 on failure.
+    int32_t Release() const;
+    // Releases the descriptor when the call of the frame fails.
+    void ReleaseOnFailure(CallFrame &frame) const;
 
-// The plan handle as the engine's descriptor slot.
+    DFTI_DESCRIPTOR_HANDLE descriptor() const { return *slot_; }
+    DFTI_DESCRIPTOR_HANDLE *slot() const { return slot_; }
+
+    // ---- engine extensions (the FFTW engine; the engine bound on Windows
+    // is a foreign one without them) ----
+    static bool HasExtensions();
+    // The threads the engine runs a transform of `points` on (1 without the
+    // extensions: the foreign engine sets its own).
+    static int ThreadsFor(ptrdiff_t points);
+    // The family's object kept with the descriptor under `key`, or null.
+    void *Attachment(uint32_t key) const;
+    // Keeps `object` with the descriptor under `key` (releasing the object
+    // kept before under that key); release(object) runs when the descriptor
+    // is reconfigured, committed again or freed.  False, with release(object)
+    // run, when nothing can be kept.
+    bool Attach(uint32_t key, void *object, void (*release)(void *object)) const;
+
+   private:
+    DFTI_DESCRIPTOR_HANDLE *slot_;
+};
+
+// The plan slot of this call: the caller's, or for a null plan address a
+// slot of this call only, released at scope exit.
+class TransientPlan {
+   public:
+    explicit TransientPlan(FDPlanHandle *plan) : plan_(plan != nullptr ? plan : &local_) {}
+    ~TransientPlan() {
+        if (plan_ == &local_) Plan(&local_).Release();
+    }
+    TransientPlan(const TransientPlan &) = delete;
+    TransientPlan &operator=(const TransientPlan &) = delete;
+    Plan plan() const { return Plan(plan_); }
+    DFTI_DESCRIPTOR_HANDLE *get() const { return reinterpret_cast<DFTI_DESCRIPTOR_HANDLE *>(plan_); }
+
+   private:
+    FDPlanHandle local_ = nullptr;
+    FDPlanHandle *plan_;
+};
+
+// The plan record of the two-dimensional DCT and DST: two descriptors, then
+// what they were built for; 32 bytes from DSNewPtr.
+struct TrigPlanRecord {
+    DFTI_DESCRIPTOR_HANDLE first;   // the row pass
+    DFTI_DESCRIPTOR_HANDLE second;  // the column pass
+    int64_t tag;                    // kind, precision and row count of the row pass
+    int64_t sizes;                  // the output sizes
+};
+static_assert(sizeof(TrigPlanRecord) == 32);
+
+// The two plan-handle releases.
+int32_t FreeDftiPlan(FDPlanHandle *plan);
+int32_t FreeTrigPlan(FDPlanHandle *plan);
+
+// ---- the interface before the Plan object, kept while families move over --
 inline DFTI_DESCRIPTOR_HANDLE *PlanSlot(FDPlanHandle *plan) {
     return reinterpret_cast<DFTI_DESCRIPTOR_HANDLE *>(plan);
 }
-
-// Frees the descriptor in the slot at scope exit when the watched status is
-// negative, leaving the slot null (a failed free leaves it set).
+inline int32_t AcquirePlan(DFTI_DESCRIPTOR_HANDLE *slot, const PlanGeometry &g) {
+    return Plan(slot).Acquire(g);
+}
+inline int32_t ComputePlan(DFTI_DESCRIPTOR_HANDLE plan, bool forward, const void *input, void *output) {
+    DFTI_DESCRIPTOR_HANDLE slot = plan;
+    return forward ? Plan(&slot).Forward(input, output) : Plan(&slot).Backward(input, output);
+}
 class FreePlanOnFailure {
    public:
-    FreePlanOnFailure(DFTI_DESCRIPTOR_HANDLE *slot, const int32_t &status)
-        : slot_(slot), status_(status) {}
-    ~FreePlanOnFailure();
+    FreePlanOnFailure(DFTI_DESCRIPTOR_HANDLE *slot, const int32_t &status) : slot_(slot), status_(status) {}
+    ~FreePlanOnFailure() {
+        if (status_ < 0 && slot_ != nullptr && *slot_ != nullptr) Plan(slot_).Release();
+    }
     FreePlanOnFailure(const FreePlanOnFailure &) = delete;
     FreePlanOnFailure &operator=(const FreePlanOnFailure &) = delete;
 
    private:
     DFTI_DESCRIPTOR_HANDLE *slot_;
     const int32_t &status_;
-};
-
-// The plan record of the two-dimensional DCT and DST: two descriptors, then
-// fields of the family's own; 32 bytes from DSNewPtr.
-struct TrigPlanRecord {
-    DFTI_DESCRIPTOR_HANDLE first;
-    DFTI_DESCRIPTOR_HANDLE second;
-    int64_t reserved[2];
-};
-
-// The two plan-handle releases.
-int32_t FreeDftiPlan(FDPlanHandle *plan);
-int32_t FreeTrigPlan(FDPlanHandle *plan);
-
-}  // namespace fennel
-
-namespace fennel {
-
-// The caller's slot, or for a null plan address a slot of this call only,
-// released at scope exit.
-class TransientPlan {
-   public:
-    explicit TransientPlan(FDPlanHandle *plan) : plan_(plan != nullptr ? plan : &local_) {}
-    ~TransientPlan() {
-        if (plan_ == &local_) FreeDftiPlan(&local_);
-    }
-    TransientPlan(const TransientPlan &) = delete;
-    TransientPlan &operator=(const TransientPlan &) = delete;
-    DFTI_DESCRIPTOR_HANDLE *get() const { return PlanSlot(plan_); }
-
-   private:
-    FDPlanHandle local_ = nullptr;
-    FDPlanHandle *plan_;
 };
 
 }  // namespace fennel

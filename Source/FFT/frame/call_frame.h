@@ -41,6 +41,13 @@ class CallFrame {
         if (slot != nullptr && plan_count_ < kMaxPlans) plans_[plan_count_++] = {slot, release};
     }
 
+    // A plan slot of this call only, for a caller that passed no plan
+    // address: release(slot) runs when the call ends.
+    void **LocalSlot(int32_t (*release)(void *slot)) {
+        local_release_ = release;
+        return &local_slot_;
+    }
+
     // Records the call's status; cleanup runs once, when the frame ends.
     int32_t Return(int32_t status) {
         status_ = status;
@@ -74,6 +81,7 @@ class CallFrame {
         for (int i = count_ - 1; i >= 0; --i)
             if (failed || entries_[i].kind == Entry::kWorkspace)
                 EmptyArray(entries_[i].handle, entries_[i].type_code, entries_[i].rank);
+        if (local_release_ != nullptr) local_release_(&local_slot_);
     }
 
     int32_t status_ = STATUS_OK;
@@ -81,7 +89,16 @@ class CallFrame {
     PlanEntry plans_[kMaxPlans];
     int count_ = 0;
     int plan_count_ = 0;
+    void *local_slot_ = nullptr;
+    int32_t (*local_release_)(void *slot) = nullptr;
 };
+
+// Returns the status of a step when it failed: the steps of a routine read
+// FENNEL_TRY(out.Resize(L)); and the frame cleans up.
+#define FENNEL_TRY(step)                                   \
+    do {                                                   \
+        if (const int32_t fennel_status_ = (step); fennel_status_ < 0) return fennel_status_; \
+    } while (0)
 
 // Runs routine(frame, args...) in a frame of its own and returns its status;
 // the frame's cleanup has run by then.  Routines not yet written over a frame

@@ -35,6 +35,16 @@ bool PassesSizeGuard(const int32_t (&dims)[Rank]) {
     return bits < 31;
 }
 
+// Resizes the array of a handle to 0 elements (result ignored) and stores 0
+// in each of its `rank` sizes.
+inline void EmptyArray(FDArrayHandle handle, int32_t typeCode, int rank) {
+    if (handle == nullptr) return;
+    HostNumericArrayResize(typeCode, rank, &handle, 0);
+    if (*handle == nullptr) return;
+    auto *header = static_cast<int32_t *>(*handle);
+    for (int i = 0; i < rank; ++i) header[i] = 0;
+}
+
 template <class T, int Rank>
 class HostArray {
    public:
@@ -81,13 +91,7 @@ class HostArray {
     }
 
     // Resizes to 0 elements (result ignored) and stores 0 in every size.
-    void Empty(int32_t typeCode = Traits<T>::kTypeCode) {
-        if (handle_ == nullptr) return;
-        HostNumericArrayResize(typeCode, Rank, &handle_, 0);
-        if (*handle_ == nullptr) return;
-        auto *header = static_cast<int32_t *>(*handle_);
-        for (int i = 0; i < Rank; ++i) header[i] = 0;
-    }
+    void Empty(int32_t typeCode = Traits<T>::kTypeCode) { EmptyArray(handle_, typeCode, Rank); }
 
    private:
     FDArrayHandle handle_;

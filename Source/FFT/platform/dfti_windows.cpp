@@ -176,8 +176,22 @@ double dlapy2_(const double *x, const double *y) {
 
 }  // extern "C"
 
-// The foreign engine has no backward layout of its own.
+// The foreign engine offers none of the FFTW engine's extensions: the
+// families take their portable path.
 namespace fennel::engine {
+bool HasExtensions() { return false; }
+void *Attachment(DFTI_DESCRIPTOR_HANDLE, uint32_t) { return nullptr; }
+bool Attach(DFTI_DESCRIPTOR_HANDLE, uint32_t, void *object, void (*release)(void *)) {
+    release(object);
+    return false;
+}
+RawPlan *MakeRawPlan(const RawSpec &) { return nullptr; }
+void ExecuteRawPlan(const RawPlan *, void *, void *) {}
+void FreeRawPlan(RawPlan *) {}
+void *AllocateAligned(size_t) { return nullptr; }
+void FreeAligned(void *) {}
+int AlignmentClass(DFTI_CONFIG_VALUE, const void *) { return 0; }
+int ThreadsFor(ptrdiff_t) { return 1; }
 MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, const MKL_LONG *, const MKL_LONG *, bool) {
     return DFTI_UNIMPLEMENTED;
 }

@@ -147,7 +147,7 @@ int32_t CrossPowerCore(const T *x, int32_t nx, const T *y, int32_t ny,
     // The output holds the padded signal until its transform is done.
     T *padded = reinterpret_cast<T *>(out);
     CopyPadded(padded, p.shorter, p.short_length, L);
-    status = AcquirePlan(slot, Geometry1D(Traits<T>::kPrecision, Traits<T>::kDomain, L, false));
+    status = AcquirePlan(slot, Geometry1D(kPrecisionOf<T>, kDomainOf<T>, L, false));
     if (status < 0) return status;
     if ((status = ComputePlan(*slot, true, padded, ws.data())) < 0) return status;
     if ((status = ComputePlan(*slot, true, p.longer, out)) < 0) return status;
@@ -177,7 +177,7 @@ int32_t CrossPowerSpectrumCore(const T *x, int32_t nx, const T *y, int32_t ny,
     T *first = ws.data();
     T *second = first + (L + 2);
     CopyPadded(second, p.shorter, p.short_length, L);
-    status = AcquirePlan(slot, Geometry1D(Traits<T>::kPrecision, Traits<T>::kDomain, L, false));
+    status = AcquirePlan(slot, Geometry1D(kPrecisionOf<T>, kDomainOf<T>, L, false));
     if (status < 0) return status;
     if ((status = ComputePlan(*slot, true, second, first)) < 0) return status;
     if ((status = ComputePlan(*slot, true, p.longer, second)) < 0) return status;

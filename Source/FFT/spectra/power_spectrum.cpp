@@ -75,7 +75,7 @@ int32_t PowerSpectrumCore(const T *x, int32_t n, typename Traits<T>::Real *out,
     // The workspace length n + 2 must fit its 32-bit size.
     if (n > INT32_MAX - 2) return status = STATUS_OUT_OF_MEMORY;
     if ((status = ws.Resize(n + 2)) < 0) return status;
-    status = AcquirePlan(slot, Geometry1D(Traits<T>::kPrecision, Traits<T>::kDomain, n, false));
+    status = AcquirePlan(slot, Geometry1D(kPrecisionOf<T>, kDomainOf<T>, n, false));
     if (status < 0) return status;
     if ((status = ComputePlan(*slot, true, x, ws.data())) < 0) return status;
     return status = PowerFromSpectrum<T>(out, n, ws.data(), spectrumType);

@@ -14,34 +14,16 @@ using trig::Batch;
 using trig::LineDft;
 using trig::Pass;
 
-// Reuse-or-rebuild by length alone, then a look at what a kept descriptor
-// is: one whose precision, rank, batch or strides differ can only come from
-// another function's slot, and running it over this routine's buffers would
-// overrun them, so it is rebuilt.  The domain is checked too unless
-// anyDomain; *domain receives the domain of the descriptor in the slot.
-int32_t AcquireLine(DFTI_DESCRIPTOR_HANDLE *slot, const PlanGeometry &g, bool anyDomain,
+// Reuse-or-rebuild; with anyDomain a kept descriptor of the other domain
+// stays (the inverse DCT's parity rule).  *domain receives the domain of the
+// descriptor in the slot.
+int32_t AcquireLine(DFTI_DESCRIPTOR_HANDLE *slot, PlanGeometry g, bool anyDomain,
                     DFTI_CONFIG_VALUE *domain) {
-    int32_t status = AcquirePlan(slot, g);
+    g.any_domain = anyDomain;
+    const int32_t status = AcquirePlan(slot, g);
     if (status < 0) return status;
-    DFTI_CONFIG_VALUE precision = g.precision, have = g.domain;
-    MKL_LONG rank = 1, count = 1, in_strides[2] = {0, 1}, out_strides[2] = {0, 1};
-    if (DftiGetValue(*slot, DFTI_PRECISION, &precision) != 0 ||
-        DftiGetValue(*slot, DFTI_FORWARD_DOMAIN, &have) != 0 ||
-        DftiGetValue(*slot, DFTI_DIMENSION, &rank) != 0)
-        return STATUS_DFTI_SETUP_FAILED;
-    if (rank == 1 && (DftiGetValue(*slot, DFTI_NUMBER_OF_TRANSFORMS, &count) != 0 ||
-                      DftiGetValue(*slot, DFTI_INPUT_STRIDES, in_strides) != 0 ||
-                      DftiGetValue(*slot, DFTI_OUTPUT_STRIDES, out_strides) != 0))
-        return STATUS_DFTI_SETUP_FAILED;
-    const bool fits = precision == g.precision && rank == 1 && count == 1 && in_strides[0] == 0 &&
-                      in_strides[1] == 1 && out_strides[0] == 0 && out_strides[1] == 1 &&
-                      (anyDomain || have == g.domain);
-    if (!fits) {
-        if (DftiFreeDescriptor(slot) != 0) return STATUS_DFTI_FREE_FAILED;
-        if ((status = AcquirePlan(slot, g)) < 0) return status;
-        have = g.domain;
-    }
-    *domain = have;
+    *domain = g.domain;
+    if (anyDomain && DftiGetValue(*slot, DFTI_FORWARD_DOMAIN, domain) != 0) return STATUS_DFTI_SETUP_FAILED;
     return STATUS_OK;
 }
 
@@ -75,7 +57,7 @@ int32_t DCTCore(const T *x, int32_t n, T *out, int32_t N, FDArrayHandle workspac
     const LineDft dft = trig::DftFor(trig::kDCT, N);
     if ((status = SizeWorkspace(ws, dft.work)) < 0) return status;
     DFTI_CONFIG_VALUE domain;
-    status = AcquireLine(slot, LineGeometry(Traits<T>::kPrecision, dft), false, &domain);
+    status = AcquireLine(slot, LineGeometry(kPrecisionOf<T>, dft), false, &domain);
     if (status < 0) return status;
     return status = trig::DCTPass(Line(x, n, out, N), ws.data(), *slot);
 }
@@ -93,7 +75,7 @@ int32_t DSTCore(const T *x, int32_t n, T *out, int32_t N, T factor, FDArrayHandl
     const LineDft dft = trig::DftFor(trig::kDST, N);
     if ((status = SizeWorkspace(ws, dft.work)) < 0) return status;
     DFTI_CONFIG_VALUE domain;
-    status = AcquireLine(slot, LineGeometry(Traits<T>::kPrecision, dft), false, &domain);
+    status = AcquireLine(slot, LineGeometry(kPrecisionOf<T>, dft), false, &domain);
     if (status < 0) return status;
     return status = trig::DSTPass(Line(x, n, out, N), factor, ws.data(), *slot);
 }
@@ -117,7 +99,7 @@ int32_t InvDCTCore(const T *X, int32_t n, T *out, FDArrayHandle workspace,
     const LineDft dft = trig::DftFor(trig::kInvDCT, n);
     if ((status = SizeWorkspace(ws, dft.work)) < 0) return status;
     DFTI_CONFIG_VALUE domain;
-    status = AcquireLine(slot, LineGeometry(Traits<T>::kPrecision, dft), true, &domain);
+    status = AcquireLine(slot, LineGeometry(kPrecisionOf<T>, dft), true, &domain);
     if (status < 0) return status;
     const Pass<T, true> line = Line(X, n, out, n);
     T *work = reinterpret_cast<T *>(ws.data());

@@ -116,23 +116,23 @@ int32_t Trig2DCore(const T *x, int32_t R, int32_t C, T *out, int32_t L0, int32_t
     const int32_t rowLines = std::min(R, L0);
     const LineDft rowDft = trig::DftFor(kind, L1), colDft = trig::DftFor(kind, L0);
     const ptrdiff_t rowLanes = Lanes<W>(rowLines, rowDft), colLanes = Lanes<W>(L1, colDft);
-    const int64_t tag = RecordTag(kind, Traits<T>::kPrecision, rowLines);
+    const int64_t tag = RecordTag(kind, kPrecisionOf<T>, rowLines);
     const int64_t sizes = RecordSizes(L0, L1);
     auto *record = static_cast<TrigPlanRecord *>(*plan);
     if (record == nullptr) {
         record = static_cast<TrigPlanRecord *>(HostNewPtr(sizeof(TrigPlanRecord)));
         if (record == nullptr) return status = STATUS_OUT_OF_MEMORY;
         record->first = record->second = nullptr;
-        record->reserved[0] = tag;
-        record->reserved[1] = sizes;
+        record->tag = tag;
+        record->sizes = sizes;
         *plan = record;
-    } else if (record->reserved[0] != tag || record->reserved[1] != sizes) {
+    } else if (record->tag != tag || record->sizes != sizes) {
         if (record->first != nullptr && DftiFreeDescriptor(&record->first) != 0)
             return status = STATUS_DFTI_FREE_FAILED;
         if (record->second != nullptr && DftiFreeDescriptor(&record->second) != 0)
             return status = STATUS_DFTI_FREE_FAILED;
-        record->reserved[0] = tag;
-        record->reserved[1] = sizes;
+        record->tag = tag;
+        record->sizes = sizes;
     }
 
     // Room to start both work areas on 64-byte boundaries.
@@ -141,7 +141,7 @@ int32_t Trig2DCore(const T *x, int32_t R, int32_t C, T *out, int32_t L0, int32_t
                                   static_cast<int64_t>(colLanes) * colDft.work) + slack;
     if (need > INT32_MAX) return status = STATUS_OUT_OF_MEMORY;
     if ((status = ws.Resize(static_cast<int32_t>(need))) < 0) return status;
-    constexpr DFTI_CONFIG_VALUE kPrecision = Traits<T>::kPrecision;
+    constexpr DFTI_CONFIG_VALUE kPrecision = kPrecisionOf<T>;
     if ((status = AcquirePlan(&record->first, PassGeometry(kPrecision, rowDft, rowLanes))) < 0)
         return status;
     if ((status = AcquirePlan(&record->second, PassGeometry(kPrecision, colDft, colLanes))) < 0)

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "frame/host_array.h"
 #include "dft/plan.h"
+#include "frame/host_array.h"
 #include "transforms/spectrum.h"
 
 namespace fennel {
@@ -13,98 +13,91 @@ namespace {
 // Forward computing routine: L bins of x (n samples, zero-padded through the
 // workspace when L > n, truncated when L < n) into out.
 template <class T>
-int32_t FFT1DCore(const T *x, int32_t n, typename Traits<T>::Complex *out, int32_t L, bool shift,
-                  FDArrayHandle workspace, DFTI_DESCRIPTOR_HANDLE *slot) {
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+int32_t FFT1DCore(CallFrame &frame, const T *x, int32_t n, typename Traits<T>::Complex *out,
+                  int32_t L, bool shift, FDArrayHandle workspace, Plan plan) {
+    plan.ReleaseOnFailure(frame);
     HostArray<T, 1> ws(workspace);
-    EmptyAtExit<T, 1> ws_guard(ws);
     const T *source = x;
     if (L > n) {
-        if (ws.is_null()) return status = STATUS_NO_WORKSPACE;
-        ws_guard.Arm();
-        if ((status = ws.Resize(L)) < 0) return status;
+        if (ws.is_null()) return STATUS_NO_WORKSPACE;
+        frame.EmptyAtExit(ws);
+        FENNEL_TRY(ws.Resize(L));
         T *w = ws.data();
         std::memcpy(w, x, sizeof(T) * static_cast<size_t>(n));
         std::fill(w + n, w + L, T(0));
         source = w;
     }
-    status = AcquirePlan(slot, Geometry1D(Traits<T>::kPrecision, Traits<T>::kDomain, L, false));
-    if (status < 0) return status;
-    if ((status = ComputePlan(*slot, true, source, out)) < 0) return status;
+    FENNEL_TRY(plan.Acquire(Geometry1D<T>(L, false)));
+    FENNEL_TRY(plan.Forward(source, out));
     if constexpr (Traits<T>::kComplex) {
         if (shift) Centre(out, 1, L);
     } else {
         CompleteAndCentre(out, 1, L, shift);
     }
-    return status;
+    return STATUS_OK;
 }
 
 // Inverse computing routine: N bins of X (natural order, or centred when
 // shift) into N samples scaled by 1/N.
 template <class T>
-int32_t InvFFT1DCore(const typename Traits<T>::Complex *X, int32_t N, T *out, bool shift,
-                     FDArrayHandle workspace, DFTI_DESCRIPTOR_HANDLE *slot) {
+int32_t InvFFT1DCore(CallFrame &frame, const typename Traits<T>::Complex *X, int32_t N, T *out,
+                     bool shift, FDArrayHandle workspace, Plan plan) {
     using C = typename Traits<T>::Complex;
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+    plan.ReleaseOnFailure(frame);
     HostArray<T, 1> ws(workspace);
-    EmptyAtExit<T, 1> ws_guard(ws, shift);
     const void *source = X;
     if (shift) {
-        if (ws.is_null()) return status = STATUS_NO_WORKSPACE;
+        frame.EmptyAtExit(ws);
+        if (ws.is_null()) return STATUS_NO_WORKSPACE;
         if constexpr (Traits<T>::kComplex) {
-            if ((status = ws.Resize(N)) < 0) return status;
+            FENNEL_TRY(ws.Resize(N));
             UncentreCopy(X, 1, ws.data(), 1, N);
         } else {
-            if ((status = ws.Resize(2 * (N / 2) + 2)) < 0) return status;
+            FENNEL_TRY(ws.Resize(2 * (N / 2) + 2));
             GatherHalfSpectrum(X, N, reinterpret_cast<C *>(ws.data()));
         }
         source = ws.data();
     }
-    status = AcquirePlan(slot, Geometry1D(Traits<T>::kPrecision, Traits<T>::kDomain, N, true));
-    if (status < 0) return status;
-    return status = ComputePlan(*slot, false, source, out);
+    FENNEL_TRY(plan.Acquire(Geometry1D<T>(N, true)));
+    return plan.Backward(source, out);
 }
 
 }  // namespace
 
 template <class T>
-int32_t FFT1D(FDArrayHandle input, FDArrayHandle output, int32_t fftSize, int32_t shift,
-              FDArrayHandle workspace, FDPlanHandle *plan) {
+int32_t FFT1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
+              int32_t shift, FDArrayHandle workspace, FDPlanHandle *plan) {
     using C = typename Traits<T>::Complex;
     HostArray<T, 1> in(input);
     HostArray<C, 1> out(output);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<C, 1> out_guard(out, status, Traits<T>::kComplexTypeCode);
+    frame.EmptyOnFailure(out, Traits<T>::kComplexTypeCode);
     const int32_t n = in.size();
-    if (n <= 0) return status = STATUS_EMPTY_ARRAY;
+    if (n <= 0) return STATUS_EMPTY_ARRAY;
     const int32_t L = fftSize > 0 ? fftSize : n;
-    if ((status = out.Resize(L)) < 0) return status;
-    TransientPlan slot(plan);
-    return status = FFT1DCore<T>(in.data(), n, out.data(), L, shift != 0, workspace, slot.get());
+    FENNEL_TRY(out.Resize(L));
+    return FFT1DCore<T>(frame, in.data(), n, out.data(), L, shift != 0, workspace,
+                        Plan::Of(frame, plan));
 }
 
 template <class T>
-int32_t InvFFT1D(FDArrayHandle input, FDArrayHandle output, int32_t shift, FDArrayHandle workspace,
-                 FDPlanHandle *plan) {
+int32_t InvFFT1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                 FDArrayHandle workspace, FDPlanHandle *plan) {
     using C = typename Traits<T>::Complex;
     HostArray<C, 1> in(input);
     HostArray<T, 1> out(output);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, 1> out_guard(out, status, Traits<T>::kTypeCode);
+    frame.EmptyOnFailure(out);
     const int32_t n = in.size();
-    if (n <= 0) return status = STATUS_EMPTY_ARRAY;
-    if ((status = out.Resize(n)) < 0) return status;
-    TransientPlan slot(plan);
-    return status = InvFFT1DCore<T>(in.data(), n, out.data(), shift != 0, workspace, slot.get());
+    if (n <= 0) return STATUS_EMPTY_ARRAY;
+    FENNEL_TRY(out.Resize(n));
+    return InvFFT1DCore<T>(frame, in.data(), n, out.data(), shift != 0, workspace,
+                           Plan::Of(frame, plan));
 }
 
 #define FENNEL_FFT1D_INSTANCES(T)                                                              \
-    template int32_t FFT1D<T>(FDArrayHandle, FDArrayHandle, int32_t, int32_t, FDArrayHandle,    \
-                              FDPlanHandle *);                                                  \
-    template int32_t InvFFT1D<T>(FDArrayHandle, FDArrayHandle, int32_t, FDArrayHandle,          \
-                                 FDPlanHandle *);
+    template int32_t FFT1D<T>(CallFrame &, FDArrayHandle, FDArrayHandle, int32_t, int32_t,      \
+                              FDArrayHandle, FDPlanHandle *);                                   \
+    template int32_t InvFFT1D<T>(CallFrame &, FDArrayHandle, FDArrayHandle, int32_t,            \
+                                 FDArrayHandle, FDPlanHandle *);
 FENNEL_FFT1D_INSTANCES(float)
 FENNEL_FFT1D_INSTANCES(double)
 FENNEL_FFT1D_INSTANCES(cfloat)

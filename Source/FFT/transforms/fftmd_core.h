@@ -39,8 +39,8 @@ template <class T, int Rank>
 PlanGeometry Geometry(const int32_t (&lengths)[Rank], const int32_t (&inputDims)[Rank],
                       bool inverse) {
     PlanGeometry g;
-    g.precision = Traits<T>::kPrecision;
-    g.domain = Traits<T>::kDomain;
+    g.precision = kPrecisionOf<T>;
+    g.domain = kDomainOf<T>;
     g.rank = Rank;
     for (int a = 0; a < Rank; ++a) g.lengths[a] = lengths[a];
     g.strides = true;

@@ -42,8 +42,8 @@ struct Channels {
 template <class T>
 PlanGeometry BatchGeometry(const Channels &in, const Channels &out, bool inverse) {
     PlanGeometry g;
-    g.precision = Traits<T>::kPrecision;
-    g.domain = Traits<T>::kDomain;
+    g.precision = kPrecisionOf<T>;
+    g.domain = kDomainOf<T>;
     g.lengths[0] = out.length;
     g.strides = true;
     g.input_strides[1] = in.stride;

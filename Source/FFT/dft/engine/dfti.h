@@ -83,18 +83,6 @@ MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE handle, void *input, ...);
 MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle);
 }
 
-namespace fennel::engine {
-
-// Memory a descriptor keeps for its caller, for data derived from the
-// transform's geometry alone (twiddle tables): `bytes` under `key`, owned by
-// the descriptor and released when it is reconfigured, committed again or
-// freed.  *fresh is true when the block is new (content undefined; the caller
-// fills it) and false when it is the block of an earlier call with the same
-// key and size.  Null when the engine keeps no such memory (the foreign
-// engine on Windows) or the allocation fails: callers then compute without.
-void *DescriptorCache(DFTI_DESCRIPTOR_HANDLE handle, uint64_t key, size_t bytes, bool *fresh);
-
-}  // namespace fennel::engine
 
 // The dispatching form used by the library.
 inline MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
@@ -107,47 +95,79 @@ inline MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG
                                     : DftiCreateDescriptor_d_md(handle, domain, dimension, lengths);
 }
 
-// An extension of the FFTW engine (not part of the DFTI interface): a
-// backward transform with a layout of its own, so that a real transform can
+// ---- extensions of the FFTW engine (not part of the DFTI interface) --------
+// The engine bound on Windows is a foreign one: there HasExtensions() is
+// false, every extension call fails (DFTI_UNIMPLEMENTED, null or false) and
+// the families take their portable path.
+namespace fennel::engine {
+
+bool HasExtensions();
+
+// Objects a family keeps with a descriptor (sub-plans, tables, blocks), one
+// per key: release(object) runs when the descriptor is reconfigured,
+// committed again or freed, or when another object is attached under the
+// same key.  Attach returns false (having released the object) when the
+// descriptor cannot keep it.
+void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key);
+bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *object));
+
+// FFTW plans of a family's own geometry, made (under the planner lock, with
+// the engine's planner effort) for 16-byte aligned arrays of the engine's
+// allocator.  Dimensions and one loop in FFTW's guru terms (element strides).
+struct Dim {
+    ptrdiff_t n, is, os;
+};
+enum class RawKind { kForward, kBackward, kRealForward, kRealBackward };
+struct RawSpec {
+    DFTI_CONFIG_VALUE precision = DFTI_DOUBLE;
+    RawKind kind = RawKind::kForward;
+    int rank = 1;
+    Dim dims[3] = {};
+    bool loop = false;
+    Dim loop_dim = {};
+    size_t in_bytes = 0, out_bytes = 0;  // the arrays the plan spans
+    bool in_place = false;
+    bool any_alignment = false;  // later arrays may sit in another alignment class
+    ptrdiff_t points = 0;        // the transform size the effort and threads follow
+    bool one_thread = false;
+};
+struct RawPlan;
+RawPlan *MakeRawPlan(const RawSpec &spec);
+void ExecuteRawPlan(const RawPlan *plan, void *input, void *output);
+void FreeRawPlan(RawPlan *plan);
+// The engine's aligned memory, FFTW's alignment class of an address (0:
+// aligned) and the threads FFTW runs a transform of `points` on.
+void *AllocateAligned(size_t bytes);
+void FreeAligned(void *p);
+int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p);
+int ThreadsFor(ptrdiff_t points);
+
+// A backward transform with a layout of its own, so that a real transform can
 // read and write its packed half spectrum where FFTW prefers it in both
 // directions.  `input` and `output` are the backward direction's strides
 // ({offset, one per dimension}); with `input_is_scratch` the backward
 // transform may overwrite its input (a multi-dimensional real backward
 // transform otherwise runs on a copy).  Set before the commit; any
-// DftiSetValue clears it.  The engine bound on Windows is a foreign one
-// without it: kHasBackwardLayout is false there and the calls fail.
+// DftiSetValue clears it.
+MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, const MKL_LONG *output,
+                           bool input_is_scratch);
+// True, with the strides, when the descriptor has a backward layout of its own.
+bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, MKL_LONG *input, MKL_LONG *output);
+// The backward transform without the backward scale, for a caller that
+// applies it while it copies the result out (the same products, one pass
+// less).
+MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
+
+}  // namespace fennel::engine
+
+// Being moved to the families that use them.
 namespace fennel::engine {
 #if defined(_WIN32)
 inline constexpr bool kHasBackwardLayout = false;
 #else
 inline constexpr bool kHasBackwardLayout = true;
 #endif
-MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, const MKL_LONG *output,
-                           bool input_is_scratch);
-// True, with the strides, when the descriptor has a backward layout of its own.
-bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, MKL_LONG *input, MKL_LONG *output);
-
-// Two more computations of the FFTW engine (kHasBackwardLayout tells where
-// they exist).  ComputeForwardTopRows: the forward transform of a 2D real
-// descriptor with row-major data (strides {0, lc, 1}) and packed spectra
-// (strides {0, lc / 2 + 1, 1}) whose data rows from `rows` on are zero and
-// are not read; only the leading rows are transformed along the rows, then
-// every column.  Both arrays 16-byte aligned.  ComputeBackwardUnscaled: the
-// backward transform without the backward scale, for a caller that applies
-// it while it copies the result out (the same products, one pass less).
+void *DescriptorCache(DFTI_DESCRIPTOR_HANDLE handle, uint64_t key, size_t bytes, bool *fresh);
 MKL_LONG ComputeForwardTopRows(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output, MKL_LONG rows);
-MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
-// ComputeForwardFull: the forward transform of a 3D real descriptor (sizes
-// P x R x C) with row-major data (strides {0, R * C, C, 1}) and packed
-// spectra (strides {0, R * h, h, 1}, h = C / 2 + 1), written as the full
-// spectrum: P x R x C bins row-major in `output` (room for all of them), bin
-// (p, r, k > C / 2) the conjugate of ((P - p) mod P, (R - r) mod R, C - k).
-// Taken apart: the 2D r2c of every page into a packed block kept with the
-// descriptor, then the transforms along the pages of rows r and R - r
-// together, written out with each other's mirrors while in the cache (on the
-// helper thread too when the transform runs on two threads).  Results do not
-// depend on the thread count of that pass.  DFTI_UNIMPLEMENTED when it does
-// not apply (another layout, fewer than 8 pages, a kept block over 64 MB):
-// the caller then computes the packed spectrum and expands it.
 MKL_LONG ComputeForwardFull(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
 }  // namespace fennel::engine

@@ -14,6 +14,7 @@
 // not thread-safe: every planner call and plan destruction holds one lock.
 #include <fftw3.h>
 
+#include <algorithm>
 #include <atomic>
 #include <complex>
 #include <cstdarg>
@@ -172,6 +173,12 @@ struct DFTI_DESCRIPTOR {
     size_t in_buffer_bytes;
     void *out_buffer;
     size_t out_buffer_bytes;
+    // The families' objects (Attach).
+    struct {
+        uint32_t key;
+        void *object;
+        void (*release)(void *);
+    } attachments[4];
     // The caller's cache (DescriptorCache).
     void *cache;
     size_t cache_bytes;
@@ -205,6 +212,10 @@ void DestroyPlans(DFTI_DESCRIPTOR *d) {
 }
 
 void ReleaseBuffers(DFTI_DESCRIPTOR *d) {
+    for (auto &a : d->attachments) {
+        if (a.object != nullptr) a.release(a.object);
+        a = {};
+    }
     fftw_free(d->in_buffer);
     fftw_free(d->out_buffer);
     fftw_free(d->full_buffer);
@@ -968,6 +979,125 @@ MKL_LONG ComputeForwardFull(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output)
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output) {
     if (d != nullptr && d->precision == DFTI_SINGLE) return Compute<float>(d, false, input, output, false);
     return Compute<double>(d, false, input, output, false);
+}
+
+bool HasExtensions() { return true; }
+
+void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key) {
+    if (d == nullptr) return nullptr;
+    for (const auto &a : d->attachments)
+        if (a.object != nullptr && a.key == key) return a.object;
+    return nullptr;
+}
+
+bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *)) {
+    if (d == nullptr || !d->committed) {
+        release(object);
+        return false;
+    }
+    for (auto &a : d->attachments)
+        if (a.object != nullptr && a.key == key) {
+            a.release(a.object);
+            a = {key, object, release};
+            return true;
+        }
+    for (auto &a : d->attachments)
+        if (a.object == nullptr) {
+            a = {key, object, release};
+            return true;
+        }
+    release(object);
+    return false;
+}
+
+struct RawPlan {
+    void *plan;
+    DFTI_CONFIG_VALUE precision;
+    RawKind kind;
+};
+
+RawPlan *MakeRawPlan(const RawSpec &s) {
+    auto *raw = static_cast<RawPlan *>(fftw_malloc(sizeof(RawPlan)));
+    if (raw == nullptr) return nullptr;
+    raw->precision = s.precision;
+    raw->kind = s.kind;
+    fftw_iodim64 dims[3];
+    for (int i = 0; i < s.rank; ++i) dims[i] = {s.dims[i].n, s.dims[i].is, s.dims[i].os};
+    const fftw_iodim64 loop{s.loop_dim.n, s.loop_dim.is, s.loop_dim.os};
+    const int loops = s.loop ? 1 : 0;
+    // Planning may overwrite its arrays: plan on aligned buffers of our own.
+    std::lock_guard<std::mutex> lock(g_planner_mutex);
+    ApplyThreadCount(s.one_thread ? 1 : s.points);
+    fftw_set_timelimit(PlannerTimeLimit());
+    fftwf_set_timelimit(PlannerTimeLimit());
+    unsigned flags = PlannerFlags(s.points) | (s.any_alignment ? FFTW_UNALIGNED : 0);
+    char *in = static_cast<char *>(fftw_malloc(std::max<size_t>(s.in_bytes, 1)));
+    char *out = s.in_place ? in : static_cast<char *>(fftw_malloc(std::max<size_t>(s.out_bytes, 1)));
+    raw->plan = nullptr;
+    if (in != nullptr && out != nullptr) {
+        std::memset(in, 0, s.in_bytes);
+        const bool single = s.precision == DFTI_SINGLE;
+        switch (s.kind) {
+            case RawKind::kForward:
+            case RawKind::kBackward: {
+                const int sign = s.kind == RawKind::kForward ? FFTW_FORWARD : FFTW_BACKWARD;
+                raw->plan = single ? static_cast<void *>(Fftw<float>::Dft(s.rank, dims, loops, &loop, in, out, sign, flags))
+                                   : static_cast<void *>(Fftw<double>::Dft(s.rank, dims, loops, &loop, in, out, sign, flags));
+                break;
+            }
+            case RawKind::kRealForward:
+                raw->plan = single ? static_cast<void *>(Fftw<float>::R2C(s.rank, dims, loops, &loop, in, out, flags))
+                                   : static_cast<void *>(Fftw<double>::R2C(s.rank, dims, loops, &loop, in, out, flags));
+                break;
+            case RawKind::kRealBackward:
+                raw->plan = single ? static_cast<void *>(Fftw<float>::C2R(s.rank, dims, loops, &loop, in, out, flags))
+                                   : static_cast<void *>(Fftw<double>::C2R(s.rank, dims, loops, &loop, in, out, flags));
+                break;
+        }
+    }
+    if (out != in) fftw_free(out);
+    fftw_free(in);
+    if (raw->plan == nullptr) {
+        fftw_free(raw);
+        return nullptr;
+    }
+    return raw;
+}
+
+void ExecuteRawPlan(const RawPlan *raw, void *input, void *output) {
+    const bool single = raw->precision == DFTI_SINGLE;
+    switch (raw->kind) {
+        case RawKind::kForward:
+        case RawKind::kBackward:
+            if (single) Fftw<float>::ExecDft(static_cast<fftwf_plan>(raw->plan), input, output);
+            else Fftw<double>::ExecDft(static_cast<fftw_plan>(raw->plan), input, output);
+            break;
+        case RawKind::kRealForward:
+            if (single) Fftw<float>::ExecR2C(static_cast<fftwf_plan>(raw->plan), input, output);
+            else Fftw<double>::ExecR2C(static_cast<fftw_plan>(raw->plan), input, output);
+            break;
+        case RawKind::kRealBackward:
+            if (single) Fftw<float>::ExecC2R(static_cast<fftwf_plan>(raw->plan), input, output);
+            else Fftw<double>::ExecC2R(static_cast<fftw_plan>(raw->plan), input, output);
+            break;
+    }
+}
+
+void FreeRawPlan(RawPlan *raw) {
+    if (raw == nullptr) return;
+    {
+        std::lock_guard<std::mutex> lock(g_planner_mutex);
+        if (raw->precision == DFTI_SINGLE) Fftw<float>::Destroy(static_cast<fftwf_plan>(raw->plan));
+        else Fftw<double>::Destroy(static_cast<fftw_plan>(raw->plan));
+    }
+    fftw_free(raw);
+}
+
+void *AllocateAligned(size_t bytes) { return fftw_malloc(bytes); }
+void FreeAligned(void *p) { fftw_free(p); }
+int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p) {
+    return precision == DFTI_SINGLE ? Fftw<float>::AlignmentOf(const_cast<void *>(p))
+                                    : Fftw<double>::AlignmentOf(const_cast<void *>(p));
 }
 
 void *DescriptorCache(DFTI_DESCRIPTOR_HANDLE d, uint64_t key, size_t bytes, bool *fresh) {

@@ -10,7 +10,6 @@
 // the in-place expansion of a real transform's packed half spectrum (complex
 // double) the same way: `ratio` = two threads / one thread.
 #include <benchmark/benchmark.h>
-#include <dlfcn.h>
 #include <fftw3.h>
 #include <unistd.h>
 
@@ -29,14 +28,12 @@ namespace {
 constexpr long kThreadsFrom = 1L << 18;  // the library's thread crossover
 constexpr double kPlanSeconds = 1.0;     // the library's planning limit
 
-// FFTW's thread calls, from the copy of libfftw3_threads that the library
-// loads (the benchmarks link FFTW itself without it).
+// The yardstick's FFTW thread count (thread support initialised once first).
 void PlanThreads(int n) {
-    using Fn = void (*)(int);
-    static const Fn d = reinterpret_cast<Fn>(dlsym(RTLD_DEFAULT, "fftw_plan_with_nthreads"));
-    static const Fn f = reinterpret_cast<Fn>(dlsym(RTLD_DEFAULT, "fftwf_plan_with_nthreads"));
-    if (d != nullptr) d(n);
-    if (f != nullptr) f(n);
+    static const bool ready = (fftw_init_threads(), fftwf_init_threads(), true);
+    (void)ready;
+    fftw_plan_with_nthreads(n);
+    fftwf_plan_with_nthreads(n);
 }
 
 int LibraryThreads(long points) {

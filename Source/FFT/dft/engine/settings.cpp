@@ -34,12 +34,20 @@ int EffortOverride() {
 // core costs as much as it saves or more.
 constexpr std::ptrdiff_t kThreadsFrom = std::ptrdiff_t{1} << 18;
 
-// The machine's cores (FENNEL_DSP_THREADS overrides), after FFTW's thread
-// support is initialised once.
-int Cores() {
-    static const int cores = [] {
+// FFTW's thread support, initialised once before any planner setting: the
+// threads library resets the planner when a thread count is set first.
+void InitThreads() {
+    static const bool done = [] {
         fftw_init_threads();
         fftwf_init_threads();
+        return true;
+    }();
+    (void)done;
+}
+
+// The machine's cores (FENNEL_DSP_THREADS overrides).
+int Cores() {
+    static const int cores = [] {
         long n = sysconf(_SC_NPROCESSORS_ONLN);
         if (const char *v = std::getenv("FENNEL_DSP_THREADS")) n = std::strtol(v, nullptr, 10);
         return n < 1 ? 1 : static_cast<int>(n > 64 ? 64 : n);
@@ -60,9 +68,17 @@ double PlannerTimeLimit() { return -1.0; }
 int ThreadsFor(std::ptrdiff_t total) { return total >= kThreadsFrom ? Cores() : 1; }
 
 void ApplyThreadCount(std::ptrdiff_t total) {
+    InitThreads();
     const int threads = ThreadsFor(total);
     fftw_plan_with_nthreads(threads);
     fftwf_plan_with_nthreads(threads);
+}
+
+// The FFTW linked into the library is the library's own: at unload its
+// worker threads end and its planner's memory is freed.
+__attribute__((destructor)) void ReleaseFftw() {
+    fftw_cleanup_threads();
+    fftwf_cleanup_threads();
 }
 
 }  // namespace fennel::engine

@@ -29,9 +29,10 @@ struct Helper {
     pthread_t thread;
 };
 
-// Never destroyed: the thread waits on it until the library unloads.
+// Made at the first use and destroyed at unload, once the thread has ended.
+Helper *g_helper = nullptr;
 Helper &Instance() {
-    static Helper *helper = new Helper;
+    static Helper *helper = g_helper = new Helper;
     return *helper;
 }
 
@@ -84,16 +85,18 @@ bool RunWithHelper(void (*task)(void *), void *context) {
 }
 
 void StopHelper() {
-    Helper &h = Instance();
+    if (g_helper == nullptr) return;
+    Helper &h = *g_helper;
     std::unique_lock<std::mutex> lock(h.m);
-    if (!h.started || h.quit) {
-        h.quit = true;
-        return;
-    }
+    const bool running = h.started && !h.quit;
     h.quit = true;
     lock.unlock();
-    h.cv.notify_all();
-    pthread_join(h.thread, nullptr);
+    if (running) {
+        h.cv.notify_all();
+        pthread_join(h.thread, nullptr);
+    }
+    delete g_helper;
+    g_helper = nullptr;
 }
 
 }  // namespace fennel

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <cwchar>
 
+#include "dft/engine/dfti.h"
 #include "platform/helper_thread.h"
 #include "host/library_load.h"
 #include "platform/platform.h"
@@ -82,7 +83,10 @@ const PlatformApi kLinux = {GetEnv,          SetEnv,     FindLoadedModule, Modul
                             CloseRegistryKey, TlsGet,    MainModule,       FindSymbol,
                             MessageBox,      ExitProcess};
 
-__attribute__((constructor)) void OnLoad() { AttachEnvironment(GetLoadState()); }
+__attribute__((constructor)) void OnLoad() {
+    AttachEnvironment(GetLoadState());
+    engine::SetWorkSharing(&RunWithHelper);
+}
 __attribute__((destructor)) void OnUnload() {
     StopHelper();
     DetachEnvironment(GetLoadState());

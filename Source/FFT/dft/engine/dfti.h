@@ -142,6 +142,12 @@ void FreeAligned(void *p);
 int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p);
 int ThreadsFor(ptrdiff_t points);
 
+// FFTW's parallel loops run through `share`, which runs task(context) on the
+// caller and on a second thread the library owns (and ends at unload) and
+// returns false, having run nothing, when no second thread is free: FFTW
+// then starts no threads of its own.  Set once at load (Linux).
+void SetWorkSharing(bool (*share)(void (*task)(void *), void *context));
+
 // A backward transform with a layout of its own, so that a real transform can
 // read and write its packed half spectrum where FFTW prefers it in both
 // directions.  `input` and `output` are the backward direction's strides

@@ -2,10 +2,14 @@
 
 #include <fftw3.h>
 
+#include <malloc.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
+
+#include "dft/engine/dfti.h"
 
 namespace fennel::engine {
 namespace {
@@ -34,12 +38,38 @@ int EffortOverride() {
 // core costs as much as it saves or more.
 constexpr std::ptrdiff_t kThreadsFrom = std::ptrdiff_t{1} << 18;
 
-// FFTW's thread support, initialised once before any planner setting: the
-// threads library resets the planner when a thread count is set first.
+bool (*g_share)(void (*)(void *), void *) = nullptr;
+
+// One parallel loop of FFTW: the jobs, claimed in turn by the caller and,
+// when it is free, the library's second thread.
+struct Loop {
+    void *(*work)(char *);
+    char *jobs;
+    size_t size;
+    int count;
+    std::atomic<int> next{0};
+
+    static void Run(void *context) {
+        Loop &loop = *static_cast<Loop *>(context);
+        for (int i; (i = loop.next.fetch_add(1, std::memory_order_relaxed)) < loop.count;)
+            loop.work(loop.jobs + loop.size * static_cast<size_t>(i));
+    }
+};
+
+void ParallelLoop(void *(*work)(char *), char *jobs, size_t size, int count, void *) {
+    Loop loop{work, jobs, size, count};
+    if (count < 2 || g_share == nullptr || !g_share(&Loop::Run, &loop)) Loop::Run(&loop);
+}
+
+// FFTW's thread support, initialised once before any planner setting (the
+// threads library resets the planner when a thread count is set first),
+// with its loops on the library's own threads.
 void InitThreads() {
     static const bool done = [] {
         fftw_init_threads();
         fftwf_init_threads();
+        fftw_threads_set_callback(&ParallelLoop, nullptr);
+        fftwf_threads_set_callback(&ParallelLoop, nullptr);
         return true;
     }();
     (void)done;
@@ -74,11 +104,17 @@ void ApplyThreadCount(std::ptrdiff_t total) {
     fftwf_plan_with_nthreads(threads);
 }
 
+void SetWorkSharing(bool (*share)(void (*)(void *), void *)) { g_share = share; }
+
 // The FFTW linked into the library is the library's own: at unload its
-// worker threads end and its planner's memory is freed.
+// planner's memory is freed, and the free memory that large transforms left
+// in the C heap goes back to the system (the heap keeps freed blocks above
+// its dynamic mapping threshold otherwise, which grows with every block of
+// a large transform it has seen).
 __attribute__((destructor)) void ReleaseFftw() {
     fftw_cleanup_threads();
     fftwf_cleanup_threads();
+    malloc_trim(0);
 }
 
 }  // namespace fennel::engine

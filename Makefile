@@ -3,10 +3,11 @@
 PY        := /usr/bin/python3
 BUILD     := build
 ASAN      := build-asan
+TSAN      := build-tsan
 WIN64     := build-win64
 JOBS      := $(shell nproc)
 
-.PHONY: all deps build build-asan windows demo test bench clean
+.PHONY: all deps build build-asan build-tsan windows demo test bench clean
 
 all: build
 
@@ -21,6 +22,11 @@ build-asan: deps
 	@cmake -S . -B $(ASAN) -DCMAKE_BUILD_TYPE=Debug -DFENNEL_SANITIZE=ON -DFENNEL_BENCH=OFF >/dev/null
 	@cmake --build $(ASAN) -j$(JOBS)
 
+# The concurrency tests under ThreadSanitizer.
+build-tsan: deps
+	@cmake -S . -B $(TSAN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFENNEL_TSAN=ON -DFENNEL_BENCH=OFF >/dev/null
+	@cmake --build $(TSAN) -j$(JOBS) --target fennel_tests
+
 # fennel_dsp.dll for 64-bit Windows, cross-built with MinGW-w64, with the
 # stand-in engine modules and the test program its tests run under Wine.
 windows: deps
@@ -34,9 +40,10 @@ demo: build
 # The suites plan with FFTW_ESTIMATE: they make hundreds of distinct
 # transforms, and results do not depend on the planner's effort (one test
 # target runs the engine and 1D FFT tests with the default effort).
-test: build build-asan windows
+test: build build-asan build-tsan windows
 	@cd $(BUILD) && FENNEL_DSP_PLANNER=estimate ctest --output-on-failure -j$(JOBS)
 	@cd $(ASAN) && FENNEL_DSP_PLANNER=estimate ASAN_OPTIONS=detect_leaks=1 ctest --output-on-failure -j$(JOBS) -E 'no_host|default_effort'
+	@FENNEL_DSP_PLANNER=estimate TSAN_OPTIONS=halt_on_error=1 $(TSAN)/bin/fennel_tests --gtest_filter='*Concurrent*' --gtest_brief=1
 	@FENNEL_DSP_PLANNER=estimate FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) -m pytest -q -p no:cacheprovider tests/python
 	@tests/windows/run_wine_tests.sh $(BUILD) $(WIN64)
 
@@ -45,4 +52,4 @@ bench: build
 	@for p in bench/py_*.py; do FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) $$p; done
 
 clean:
-	rm -rf $(BUILD) $(ASAN) $(WIN64)
+	rm -rf $(BUILD) $(ASAN) $(TSAN) $(WIN64)

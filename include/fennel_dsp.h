@@ -28,6 +28,12 @@
 
 #include <stdint.h>
 
+/* The library's version; the shared object's SONAME carries the major
+   version (libfennel_dsp.so.1), which changes only when the interface does. */
+#define FENNEL_DSP_VERSION_MAJOR 1
+#define FENNEL_DSP_VERSION_MINOR 0
+#define FENNEL_DSP_VERSION_PATCH 0
+
 #if defined(_WIN32)
 #  if defined(FENNEL_DSP_BUILD)
 #    define FENNEL_DSP_API __declspec(dllexport)
@@ -79,6 +85,118 @@ enum {
     STATUS_DFTI_SETUP_FAILED = -359502,
     STATUS_DFTI_FREE_FAILED = -359503
 };
+
+/* The constant's name and a short description of a status code, for
+   messages; "unknown status" for a code the library never returns.  Inline,
+   so the library's exported symbols stay exactly the functions below. */
+static inline const char *FDStatusText(int32_t status) {
+    switch (status) {
+    case STATUS_OK: return "STATUS_OK: success";
+    case STATUS_OUT_OF_MEMORY:
+        return "STATUS_OUT_OF_MEMORY: the host refused to resize an output or workspace, "
+               "scratch memory was refused, or the sizes are too large";
+    case STATUS_EMPTY_ARRAY: return "STATUS_EMPTY_ARRAY: an input array is empty";
+    case STATUS_EMPTY_OPERAND:
+        return "STATUS_EMPTY_OPERAND: a required operand or coefficient array is empty";
+    case STATUS_BAD_RESAMPLE_RATIO:
+        return "STATUS_BAD_RESAMPLE_RATIO: the resampling ratio or interpolation factor is out of range";
+    case STATUS_BAND_EDGE_ABOVE_NYQUIST:
+        return "STATUS_BAND_EDGE_ABOVE_NYQUIST: a band edge lies above half the sampling rate";
+    case STATUS_BAD_TAP_COUNT: return "STATUS_BAD_TAP_COUNT: the number of taps is below 1";
+    case STATUS_BAD_DECIMATION_FACTOR:
+        return "STATUS_BAD_DECIMATION_FACTOR: the decimation factor is below 1 or above the input length";
+    case STATUS_BAD_FREQUENCY:
+        return "STATUS_BAD_FREQUENCY: the sampling rate or a band edge is not positive, "
+               "or the lower edge is not below the upper edge";
+    case STATUS_EVEN_TAPS:
+        return "STATUS_EVEN_TAPS: a highpass or bandstop filter needs an odd number of taps";
+    case STATUS_BAD_PHASE: return "STATUS_BAD_PHASE: the phase is negative or not below the factor";
+    case STATUS_OUTPUT_TOO_LARGE: return "STATUS_OUTPUT_TOO_LARGE: the output would be too large";
+    case STATUS_BAD_START_OFFSET:
+        return "STATUS_BAD_START_OFFSET: the start offset or the stream position is out of range";
+    case STATUS_BAD_SELECTOR: return "STATUS_BAD_SELECTOR: a selector argument is outside its list";
+    case STATUS_TOO_MANY_TAPS:
+        return "STATUS_TOO_MANY_TAPS: an output needs more taps than the stream state holds, "
+               "or the histories no longer match the state";
+    case STATUS_BAD_SAMPLING_INTERVAL:
+        return "STATUS_BAD_SAMPLING_INTERVAL: the sampling interval or factor is not positive";
+    case STATUS_NO_WORKSPACE: return "STATUS_NO_WORKSPACE: a needed workspace handle is NULL";
+    case STATUS_DFTI_COMPUTE_FAILED: return "STATUS_DFTI_COMPUTE_FAILED: the transform failed";
+    case STATUS_DFTI_SETUP_FAILED:
+        return "STATUS_DFTI_SETUP_FAILED: the transform could not be created or committed";
+    case STATUS_DFTI_FREE_FAILED: return "STATUS_DFTI_FREE_FAILED: a transform could not be released";
+    default: return "unknown status";
+    }
+}
+
+/* ---- Selectors ---------------------------------------------------------
+ * Named values of the int32_t selector arguments below (the functions take
+ * plain int32_t; these enumerations only name the values). */
+
+/* windowType of AllCosWin, SymmWin and FIRWindowedCoef (AllCosWin takes
+   only the cosine sums, 0 to 9 and 11). */
+typedef enum FDWindowType {
+    WINDOW_NONE = 0,
+    WINDOW_HANN = 1,
+    WINDOW_HAMMING = 2,
+    WINDOW_BLACKMAN_HARRIS_3 = 3,
+    WINDOW_EXACT_BLACKMAN = 4,
+    WINDOW_BLACKMAN = 5,
+    WINDOW_FLAT_TOP = 6,
+    WINDOW_BLACKMAN_HARRIS_4 = 7,
+    WINDOW_BLACKMAN_HARRIS_7 = 8,
+    WINDOW_LOW_SIDELOBE = 9,
+    WINDOW_BLACKMAN_NUTTALL = 11,
+    WINDOW_TRIANGLE = 30,
+    WINDOW_KAISER = 60,
+    WINDOW_GAUSSIAN = 62
+} FDWindowType;
+
+/* filterType of FIRWindowedCoef. */
+typedef enum FDFilterType {
+    FILTER_LOWPASS = 0,
+    FILTER_HIGHPASS = 1,
+    FILTER_BANDPASS = 2,
+    FILTER_BANDSTOP = 3
+} FDFilterType;
+
+/* outputMode of the 1D and 2D convolutions. */
+typedef enum FDOutputMode {
+    OUTPUT_FULL = 0,
+    OUTPUT_SAME = 1,
+    OUTPUT_VALID = 2
+} FDOutputMode;
+
+/* algorithm of the convolutions, correlations and autocorrelations. */
+typedef enum FDAlgorithm {
+    ALGORITHM_DIRECT = 0,
+    ALGORITHM_FREQUENCY_DOMAIN = 1
+} FDAlgorithm;
+
+/* normalization of the 1D correlation and autocorrelation. */
+typedef enum FDNormalization {
+    NORMALIZATION_NONE = 0,
+    NORMALIZATION_UNBIASED = 1,
+    NORMALIZATION_BIASED = 2
+} FDNormalization;
+
+/* orientation of the multichannel 2D FFT: which lines are channels. */
+typedef enum FDOrientation {
+    ORIENTATION_ROWS = 0,
+    ORIENTATION_COLUMNS = 1
+} FDOrientation;
+
+/* spectrumType of the auto power and cross power spectra. */
+typedef enum FDSpectrumType {
+    SPECTRUM_ONE_SIDED = 0,
+    SPECTRUM_TWO_SIDED = 1
+} FDSpectrumType;
+
+/* tapMode of FDResampleParams (any value but 1 interpolates linearly). */
+typedef enum FDTapMode {
+    TAP_MODE_LINEAR = 0,
+    TAP_MODE_NEAREST = 1
+} FDTapMode;
 
 /* ---- Plan handles ------------------------------------------------------ */
 

@@ -38,9 +38,11 @@ def _check_global_scope(host, path):
     except AttributeError:
         found = None
     if found != ours:
-        where = "not at all" if found is None else "in another module first"
-        raise ImportError(f"fennel_dsp: {path} was loaded, but its NumericArrayResize is found {where} "
-                          "in the process's global symbols; the library would not find its host")
+        if found is None:
+            why = "is not in the process's global symbols, so the library's first call would end the process"
+        else:
+            why = "is shadowed by another module's in the global symbols, so the library would use that host"
+        raise ImportError(f"fennel_dsp: loaded {path}, but its NumericArrayResize {why}")
 
 
 def _load():

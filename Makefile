@@ -14,7 +14,7 @@ LEAN      := -DFENNEL_DSP_BUILD_TESTS=OFF -DFENNEL_DSP_BUILD_BENCH=OFF -DFENNEL_
 
 # $(call logged,command,log file): runs the command with its output in the
 # log; on failure prints the log's last lines and fails.
-logged = $(1) >$(2) 2>&1 || { echo "failed: $(1)"; echo "--- last lines of $(2):"; tail -n 40 $(2); exit 1; }
+logged = env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL $(1) >$(2) 2>&1 || { echo "failed: $(1)"; echo "--- last lines of $(2):"; tail -n 40 $(2); exit 1; }
 
 .PHONY: all libs build build-asan windows demo install test bench clean
 

@@ -205,7 +205,8 @@ typedef enum FDTapMode {
 FENNEL_DSP_API int32_t FreeMKLDftiDescH(FDPlanHandle *plan);
 
 /* Releases a plan record of the two-dimensional DCT/DST (two transforms and
-   the record itself) and sets *plan to NULL. */
+   the record itself) and sets *plan to NULL.
+   Returns 0, or STATUS_DFTI_FREE_FAILED (the record is then kept). */
 FENNEL_DSP_API int32_t FreeMKLDCTDSTiDescH(FDPlanHandle *plan);
 
 /* ---- Host binding ------------------------------------------------------ */
@@ -234,6 +235,11 @@ FENNEL_DSP_API void SetFNRTTLSIndexHook(void);
  *              real inverses read only the non-negative half of the spectrum
  *   workspace  used only when shift is non-zero (float/double for s/d,
  *              complex for c/z); may be NULL otherwise
+ * Status (forward and inverse): STATUS_EMPTY_ARRAY (empty input),
+ *   STATUS_OUT_OF_MEMORY (an output, workspace or scratch allocation
+ *   refused), STATUS_NO_WORKSPACE (the workspace is needed and NULL),
+ *   STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s1DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
                                int32_t shift, FDArrayHandle workspace, FDPlanHandle *plan);
@@ -272,6 +278,11 @@ FENNEL_DSP_API int32_t z1DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *              real inverses read only columns 0 .. C/2 of every row
  *   workspace  complex 1D array (complex float for s/c, complex double for
  *              d/z), used only when shift is non-zero; may be NULL otherwise
+ * Status (forward and inverse): STATUS_EMPTY_ARRAY (a dimension of the input
+ *   is empty), STATUS_OUT_OF_MEMORY (the size guard above, or an output,
+ *   workspace or scratch allocation refused), STATUS_NO_WORKSPACE,
+ *   STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s2DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
                                int32_t columns, int32_t shift, FDArrayHandle workspace,
@@ -306,6 +317,10 @@ FENNEL_DSP_API int32_t z2DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *   output's size, up to 64 MB) with the plan between calls.
  * Inverse: (input, output, shift, workspace, plan)
  *   As the 2D inverse; the output is P x R x C scaled by 1/(P*R*C).
+ * Status (forward and inverse): as the 2D FFT: STATUS_EMPTY_ARRAY,
+ *   STATUS_OUT_OF_MEMORY (size guard over three dimensions, or an
+ *   allocation refused), STATUS_NO_WORKSPACE, STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s3DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
                                int32_t columns, int32_t pages, int32_t shift,
@@ -350,6 +365,10 @@ FENNEL_DSP_API int32_t z3DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *   output       R x C (real for s/d, complex for c/z), each channel scaled
  *                by 1/N; the real inverses read only bins 0 .. N/2
  *   workspace    complex 1D array, used only when shift is non-zero
+ * Status (forward and inverse): STATUS_EMPTY_ARRAY, STATUS_BAD_SELECTOR
+ *   (orientation), STATUS_OUT_OF_MEMORY (the 2D size guard, or an
+ *   allocation refused), STATUS_NO_WORKSPACE, STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s2DMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
                                       int32_t shift, int32_t orientation,
@@ -395,6 +414,11 @@ FENNEL_DSP_API int32_t z2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle outp
  *   output     n values
  * plan: a slot holding one transform, released with FreeMKLDftiDescH.  The
  * transform is kept while its length stays the same.
+ * Status (all eight): STATUS_EMPTY_ARRAY (empty input), STATUS_OUT_OF_MEMORY
+ *   (an output, workspace or scratch allocation refused, or a length whose
+ *   workspace would not fit 31 bits), STATUS_NO_WORKSPACE (NULL workspace),
+ *   STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s1DDCTH(FDArrayHandle input, FDArrayHandle output, int32_t length,
                                FDArrayHandle workspace, FDPlanHandle *plan);
@@ -429,6 +453,11 @@ FENNEL_DSP_API int32_t d1DInvDSTH(FDArrayHandle input, FDArrayHandle output,
  * plan: a slot holding a plan record of two transforms (rows, columns),
  *   released with FreeMKLDCTDSTiDescH; rebuilt when the sizes, the function
  *   or the precision change.
+ * Status (all eight): STATUS_EMPTY_ARRAY (a dimension of the input is
+ *   empty), STATUS_OUT_OF_MEMORY (the size guard, the plan record, or an
+ *   output, workspace or scratch allocation refused), STATUS_NO_WORKSPACE
+ *   (NULL workspace), STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s2DDCTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
                                int32_t columns, FDArrayHandle workspace, FDPlanHandle *plan);
@@ -477,6 +506,13 @@ FENNEL_DSP_API int32_t d2DInvDSTH(FDArrayHandle input, FDArrayHandle output,
  *              (type 1)
  *   df         1 / (L dt); NaN after a failure
  *   workspace  input type, 2L + 4 elements while in use; must not be NULL
+ * Status: all four functions STATUS_EMPTY_ARRAY (an empty input),
+ *   STATUS_OUT_OF_MEMORY (an output, workspace or scratch allocation refused,
+ *   or a length whose workspace would not fit 31 bits), STATUS_NO_WORKSPACE
+ *   (NULL workspace), STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED; the auto
+ *   power and cross power spectra also STATUS_BAD_SAMPLING_INTERVAL (dt)
+ *   and STATUS_BAD_SELECTOR (spectrumType).
  */
 FENNEL_DSP_API int32_t sPowerSpectrumH(FDArrayHandle input, FDArrayHandle output,
                                        FDArrayHandle workspace, FDPlanHandle *plan);
@@ -563,6 +599,15 @@ FENNEL_DSP_API int32_t zCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, do
  * Workspaces are 1D arrays, left empty after every call; the one the chosen
  * method needs must not be NULL (STATUS_NO_WORKSPACE).  Passing the same
  * array as x and y takes one forward transform instead of two.
+ * Status: every function STATUS_EMPTY_ARRAY (an empty operand or
+ *   dimension), STATUS_BAD_SELECTOR (algorithm; outputMode of the
+ *   convolutions; normalization of the 1D correlation and autocorrelation),
+ *   STATUS_OUT_OF_MEMORY (an output, workspace or scratch allocation
+ *   refused, or a result too large for 31 bits), STATUS_NO_WORKSPACE;
+ *   with algorithm 1 also STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED;
+ *   the convolutions also STATUS_EMPTY_OPERAND (valid mode with y larger
+ *   than x in a dimension).
  */
 FENNEL_DSP_API int32_t s1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
                                        int32_t outputMode, int32_t algorithm, int32_t blockSize,
@@ -703,6 +748,8 @@ FENNEL_DSP_API int32_t z2DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output
  *            precision (float: four partial sums over whole groups of four,
  *            joined as (p0 + p2) + (p1 + p3), then the remainder; double and
  *            complex: running sums in order), divided by factor
+ * Status: STATUS_EMPTY_ARRAY (empty x), STATUS_BAD_DECIMATION_FACTOR,
+ *   STATUS_OUT_OF_MEMORY (output resize refused).
  */
 FENNEL_DSP_API int32_t sDecimateH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
                                   int32_t average);
@@ -720,6 +767,9 @@ FENNEL_DSP_API int32_t zDecimateH(FDArrayHandle x, FDArrayHandle output, int32_t
  *   factor   >= 1, else STATUS_BAD_SAMPLING_INTERVAL; STATUS_OUTPUT_TOO_LARGE
  *            when ceil(log2 N) + ceil(log2 factor) >= 31
  *   phase    0 ... factor - 1, else STATUS_BAD_PHASE
+ * Status: STATUS_EMPTY_ARRAY (empty x), STATUS_BAD_SAMPLING_INTERVAL,
+ *   STATUS_BAD_PHASE, STATUS_OUTPUT_TOO_LARGE, STATUS_OUT_OF_MEMORY (output
+ *   resize refused).
  */
 FENNEL_DSP_API int32_t sUpsampleH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
                                   int32_t phase);
@@ -859,6 +909,10 @@ FENNEL_DSP_API int32_t zResampleMultiChC2CH(
  *   windowParameter is beta (60) or sigma (62); N < 3 leaves X unchanged;
  *   type 0 returns 0 even for an empty X; workspace as for AllCosWin.
  * TriangleWin: (X)       periodic triangle, w[n] = 2n/N up to N/2, w[0] = 0.
+ * Status: AllCosWin and SymmWin STATUS_EMPTY_ARRAY (empty X),
+ *   STATUS_BAD_SELECTOR (windowType), STATUS_NO_WORKSPACE (NULL workspace
+ *   for a cosine-sum type), STATUS_OUT_OF_MEMORY (workspace resize
+ *   refused); GaussWin, KaiserWin and TriangleWin only STATUS_EMPTY_ARRAY.
  */
 FENNEL_DSP_API int32_t sAllCosWinH(FDArrayHandle x, int32_t windowType, int32_t normalise,
                                    FDArrayHandle workspace);
@@ -901,6 +955,11 @@ FENNEL_DSP_API int32_t zTriangleWinH(FDArrayHandle x);
  *   normalise     non-zero: unit gain at 0 (lowpass, bandstop), at fs/2
  *                 (highpass) or at the band centre (bandpass)
  *   workspace     float64 array for the cosine-sum windows; emptied on return
+ * Status: STATUS_BAD_SELECTOR (filterType, windowType), STATUS_BAD_TAP_COUNT
+ *   (taps < 1), STATUS_BAD_FREQUENCY (fs, f1 or f2 not positive, f1 >= f2
+ *   for band filters), STATUS_BAND_EDGE_ABOVE_NYQUIST, STATUS_EVEN_TAPS,
+ *   STATUS_NO_WORKSPACE (NULL workspace for a cosine-sum window),
+ *   STATUS_OUT_OF_MEMORY (output or workspace resize refused).
  */
 FENNEL_DSP_API int32_t sFIRWindowedCoefH(FDArrayHandle coefficients, double fs, double f1,
                                          double f2, int32_t taps, int32_t filterType,
@@ -946,6 +1005,10 @@ FENNEL_DSP_API int32_t dFIRWindowedCoefH(FDArrayHandle coefficients, double fs, 
  *   Butterworth).
  *   Each call is deterministic: the same blocks give the same bits on every
  *   machine and instruction set.
+ * Status: 0 also for an empty X or two empty coefficient arrays (nothing
+ *   changes); STATUS_EMPTY_OPERAND (b empty, a not), STATUS_NO_WORKSPACE (a
+ *   needed workspace is NULL), STATUS_OUT_OF_MEMORY (a state or workspace
+ *   resize refused).
  */
 FENNEL_DSP_API int32_t ssIIRDirectFilterH(FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
                                           FDArrayHandle forwardState, FDArrayHandle reverseState,

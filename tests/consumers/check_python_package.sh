@@ -3,7 +3,7 @@
 # virtual environment (offline, Debian's numpy and setuptools), then, from
 # folders outside the repository and with no FENNEL_DSP_* or PYTHONPATH
 # variable: the import from /, the version, the README's Python snippet, and
-# the message of a failed load.
+# the example gallery, the message of a failed load, the host's scope.
 #   check_python_package.sh [build dir]   (the CMake build the package reuses)
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
@@ -34,6 +34,11 @@ awk '/^```python$/ {inside = 1; next} /^```$/ && inside {exit} inside' "$root/RE
 out=$(cd "$scratch" && "$py" snippet.py) || fail "README snippet failed"
 case "$out" in *"peak at 1000.0 Hz"*) ;; *) fail "README snippet printed: $out" ;; esac
 
+# The example gallery with the installed package, from a scratch folder.
+(cd "$scratch" && "$py" "$root/examples/gallery.py" "$scratch/gallery" >"$scratch/gallery.log" 2>&1) \
+  || { cat "$scratch/gallery.log"; fail "examples/gallery.py failed"; }
+[ "$(ls "$scratch"/gallery/*.png | wc -l)" -eq 4 ] || fail "the gallery did not write its 4 PNG files"
+
 # A failed load names the folder tried and the variable.
 msg=$(cd / && FENNEL_DSP_LIB_DIR="$scratch/nowhere" "$py" -c "import fennel_dsp" 2>&1) && fail "load from an empty folder succeeded"
 case "$msg" in *"$scratch/nowhere"*FENNEL_DSP_LIB_DIR*) ;; *) fail "load error does not name the folder and the variable: $msg" ;; esac
@@ -57,4 +62,4 @@ except ImportError as err:
     print(err)" 2>&1) || fail "a shadowing host ended the process: $msg"
 case "$msg" in *shadowed*) ;; *) fail "a shadowing host was not refused: $msg" ;; esac
 
-echo "check_python_package: pip install ., import from /, version $version, README snippet, load errors, host scope: ok"
+echo "check_python_package: pip install ., import from /, version $version, README snippet, gallery, load errors, host scope: ok"

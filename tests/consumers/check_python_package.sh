@@ -4,10 +4,12 @@
 # folders outside the repository and with no FENNEL_DSP_* or PYTHONPATH
 # variable: the import from /, the version, the README's Python snippet, and
 # the example gallery, the message of a failed load, the host's scope.
-#   check_python_package.sh [build dir]   (the CMake build the package reuses)
+#   check_python_package.sh <build dir>   (whose lib/ FENNEL_DSP_LIB_DIR names
+#   to check the override; pip itself builds in the source tree's build/)
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../.." && pwd)
+build=$(cd "$1" && pwd)
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/fennel-pip.XXXXXX")
 trap 'rm -rf "$scratch"' EXIT
 unset PYTHONPATH FENNEL_DSP_LIB_DIR LD_LIBRARY_PATH
@@ -38,6 +40,12 @@ case "$out" in *"peak at 1000.0 Hz"*) ;; *) fail "README snippet printed: $out" 
 (cd "$scratch" && "$py" "$root/examples/gallery.py" "$scratch/gallery" >"$scratch/gallery.log" 2>&1) \
   || { cat "$scratch/gallery.log"; fail "examples/gallery.py failed"; }
 [ "$(ls "$scratch"/gallery/*.png | wc -l)" -eq 4 ] || fail "the gallery did not write its 4 PNG files"
+
+# FENNEL_DSP_LIB_DIR overrides the package's own libraries.
+(cd / && FENNEL_DSP_LIB_DIR="$build/lib" "$py" -c "
+import pathlib, fennel_dsp as fd
+assert fd._native._lib_dir() == pathlib.Path('$build/lib'), fd._native._lib_dir()") \
+  || fail "FENNEL_DSP_LIB_DIR did not override"
 
 # A failed load names the folder tried and the variable.
 msg=$(cd / && FENNEL_DSP_LIB_DIR="$scratch/nowhere" "$py" -c "import fennel_dsp" 2>&1) && fail "load from an empty folder succeeded"

@@ -36,7 +36,11 @@ for f in lib/libfennel_dsp.so.1 lib/libfennel_host.so.1 include/fennel_dsp.h inc
          lib/pkgconfig/fennel_dsp.pc; do
   [ -e "$prefix/$f" ] || fail "not installed: $f"
 done
+version=$(sed -n 's/^#define FENNEL_DSP_VERSION_\(MAJOR\|MINOR\|PATCH\) \([0-9]*\)$/\2/p' \
+  "$root/include/fennel_dsp.h" | paste -sd.)
 for lib in fennel_dsp fennel_host; do
+  [ "$(readlink -f "$prefix/lib/lib$lib.so")" = "$prefix/lib/lib$lib.so.$version" ] \
+    || fail "lib$lib.so does not lead to lib$lib.so.$version"
   soname=$(readelf -d "$prefix/lib/lib$lib.so" | sed -n 's/.*Library soname: \[\(.*\)\]/\1/p')
   [ "$soname" = "lib$lib.so.1" ] || fail "lib$lib.so has SONAME '$soname'"
 done

@@ -236,8 +236,8 @@ FENNEL_DSP_API void SetFNRTTLSIndexHook(void);
  *   workspace  used only when shift is non-zero (float/double for s/d,
  *              complex for c/z); may be NULL otherwise
  * Status (forward and inverse): STATUS_EMPTY_ARRAY (empty input),
- *   STATUS_OUT_OF_MEMORY (an output, workspace or scratch allocation
- *   refused), STATUS_NO_WORKSPACE (the workspace is needed and NULL),
+ *   STATUS_OUT_OF_MEMORY (an output or workspace resize refused),
+ *   STATUS_NO_WORKSPACE (the workspace is needed and NULL),
  *   STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
@@ -279,8 +279,8 @@ FENNEL_DSP_API int32_t z1DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *   workspace  complex 1D array (complex float for s/c, complex double for
  *              d/z), used only when shift is non-zero; may be NULL otherwise
  * Status (forward and inverse): STATUS_EMPTY_ARRAY (a dimension of the input
- *   is empty), STATUS_OUT_OF_MEMORY (the size guard above, or an output,
- *   workspace or scratch allocation refused), STATUS_NO_WORKSPACE,
+ *   is empty), STATUS_OUT_OF_MEMORY (the size guard above, or an output
+ *   or workspace resize refused), STATUS_NO_WORKSPACE,
  *   STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
@@ -318,8 +318,8 @@ FENNEL_DSP_API int32_t z2DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  * Inverse: (input, output, shift, workspace, plan)
  *   As the 2D inverse; the output is P x R x C scaled by 1/(P*R*C).
  * Status (forward and inverse): as the 2D FFT: STATUS_EMPTY_ARRAY,
- *   STATUS_OUT_OF_MEMORY (size guard over three dimensions, or an
- *   allocation refused), STATUS_NO_WORKSPACE, STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   STATUS_OUT_OF_MEMORY (size guard over three dimensions, or a resize
+ *   refused), STATUS_NO_WORKSPACE, STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s3DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
@@ -366,8 +366,8 @@ FENNEL_DSP_API int32_t z3DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *                by 1/N; the real inverses read only bins 0 .. N/2
  *   workspace    complex 1D array, used only when shift is non-zero
  * Status (forward and inverse): STATUS_EMPTY_ARRAY, STATUS_BAD_SELECTOR
- *   (orientation), STATUS_OUT_OF_MEMORY (the 2D size guard, or an
- *   allocation refused), STATUS_NO_WORKSPACE, STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   (orientation), STATUS_OUT_OF_MEMORY (the 2D size guard, or a resize
+ *   refused), STATUS_NO_WORKSPACE, STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s2DMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
@@ -507,8 +507,8 @@ FENNEL_DSP_API int32_t d2DInvDSTH(FDArrayHandle input, FDArrayHandle output,
  *   df         1 / (L dt); NaN after a failure
  *   workspace  input type, 2L + 4 elements while in use; must not be NULL
  * Status: all four functions STATUS_EMPTY_ARRAY (an empty input),
- *   STATUS_OUT_OF_MEMORY (an output, workspace or scratch allocation refused,
- *   or a length whose workspace would not fit 31 bits), STATUS_NO_WORKSPACE
+ *   STATUS_OUT_OF_MEMORY (an output or workspace resize refused, or a
+ *   length whose workspace would not fit 31 bits), STATUS_NO_WORKSPACE
  *   (NULL workspace), STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED; the auto
  *   power and cross power spectra also STATUS_BAD_SAMPLING_INTERVAL (dt)
@@ -602,8 +602,8 @@ FENNEL_DSP_API int32_t zCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, do
  * Status: every function STATUS_EMPTY_ARRAY (an empty operand or
  *   dimension), STATUS_BAD_SELECTOR (algorithm; outputMode of the
  *   convolutions; normalization of the 1D correlation and autocorrelation),
- *   STATUS_OUT_OF_MEMORY (an output, workspace or scratch allocation
- *   refused, or a result too large for 31 bits), STATUS_NO_WORKSPACE;
+ *   STATUS_OUT_OF_MEMORY (an output or workspace resize refused, or a
+ *   result too large for 31 bits), STATUS_NO_WORKSPACE;
  *   with algorithm 1 also STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED;
  *   the convolutions also STATUS_EMPTY_OPERAND (valid mode with y larger

@@ -1,55 +1,96 @@
-# Entry points: `make demo` and `make test`.  Each installs the Debian
-# packages it needs, configures and builds first.
+# Entry points: `make demo`, `make test`, `make install PREFIX=...`.  Each
+# installs the Debian packages it needs (scripts/install-deps), configures and
+# builds first.  Build output goes to log files in the build folder; a failed
+# step shows the end of its log.
 PY        := /usr/bin/python3
 BUILD     := build
 ASAN      := build-asan
 TSAN      := build-tsan
 WIN64     := build-win64
 JOBS      := $(shell nproc)
+PREFIX    ?= /usr/local
 
-.PHONY: all deps build build-asan build-tsan windows demo test bench clean
+# The parts of the tree a first configuration leaves out unless asked for.
+LEAN      := -DFENNEL_DSP_BUILD_TESTS=OFF -DFENNEL_DSP_BUILD_BENCH=OFF -DFENNEL_DSP_BUILD_WINDOWS_TESTS=OFF
 
-all: build
+# $(call logged,command,log file): runs the command with its output in the
+# log; on failure prints the log's last lines and fails.
+logged = env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL $(1) >$(2) 2>&1 || { echo "failed: $(1)"; echo "--- last lines of $(2):"; tail -n 40 $(2); exit 1; }
 
-deps:
-	@scripts/install-deps
+.PHONY: all libs build build-asan build-tsan windows demo install test bench clean
 
-build: deps
-	@cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=Release >/dev/null
-	@cmake --build $(BUILD) -j$(JOBS)
+all: libs
 
-build-asan: deps
-	@cmake -S . -B $(ASAN) -DCMAKE_BUILD_TYPE=Debug -DFENNEL_SANITIZE=ON -DFENNEL_BENCH=OFF >/dev/null
-	@cmake --build $(ASAN) -j$(JOBS)
+# The two libraries only (what install, the Python package and the demo use).
+# A build folder configured before keeps its settings.
+libs:
+	@scripts/install-deps demo
+	@mkdir -p $(BUILD)
+	@[ -f $(BUILD)/CMakeCache.txt ] || $(call logged,cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=Release $(LEAN),$(BUILD)/configure.log)
+	@$(call logged,cmake --build $(BUILD) -j$(JOBS) --target fennel_dsp fennel_host,$(BUILD)/build.log)
+
+# Everything the tests need, in the release build.
+build:
+	@scripts/install-deps test
+	@mkdir -p $(BUILD)
+	@$(call logged,cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=Release -DFENNEL_DSP_BUILD_TESTS=ON -DFENNEL_DSP_BUILD_EXAMPLES=ON,$(BUILD)/configure.log)
+	@$(call logged,cmake --build $(BUILD) -j$(JOBS),$(BUILD)/build.log)
+
+build-asan:
+	@scripts/install-deps test
+	@mkdir -p $(ASAN)
+	@$(call logged,cmake -S . -B $(ASAN) -DCMAKE_BUILD_TYPE=Debug -DFENNEL_SANITIZE=ON -DFENNEL_DSP_BUILD_TESTS=ON -DFENNEL_DSP_BUILD_BENCH=OFF -DFENNEL_DSP_BUILD_EXAMPLES=OFF,$(ASAN)/configure.log)
+	@$(call logged,cmake --build $(ASAN) -j$(JOBS),$(ASAN)/build.log)
 
 # The concurrency tests under ThreadSanitizer.
-build-tsan: deps
-	@cmake -S . -B $(TSAN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFENNEL_TSAN=ON -DFENNEL_BENCH=OFF >/dev/null
-	@cmake --build $(TSAN) -j$(JOBS) --target fennel_tests
+build-tsan:
+	@scripts/install-deps test
+	@mkdir -p $(TSAN)
+	@$(call logged,cmake -S . -B $(TSAN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFENNEL_TSAN=ON -DFENNEL_DSP_BUILD_TESTS=ON -DFENNEL_DSP_BUILD_BENCH=OFF -DFENNEL_DSP_BUILD_EXAMPLES=OFF -DFENNEL_DSP_BUILD_WINDOWS_TESTS=OFF,$(TSAN)/configure.log)
+	@$(call logged,cmake --build $(TSAN) -j$(JOBS) --target fennel_tests,$(TSAN)/build.log)
 
 # fennel_dsp.dll for 64-bit Windows, cross-built with MinGW-w64, with the
 # stand-in engine modules and the test program its tests run under Wine.
-windows: deps
-	@cmake -S . -B $(WIN64) -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake -DCMAKE_BUILD_TYPE=Release >/dev/null
-	@cmake --build $(WIN64) -j$(JOBS)
+windows:
+	@scripts/install-deps test
+	@mkdir -p $(WIN64)
+	@$(call logged,cmake -S . -B $(WIN64) -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake -DCMAKE_BUILD_TYPE=Release,$(WIN64)/configure.log)
+	@$(call logged,cmake --build $(WIN64) -j$(JOBS),$(WIN64)/build.log)
 
-demo: build
+# The C demo and the Python gallery (PNG files in examples/gallery/).
+demo: libs
+	@grep -q '^FENNEL_DSP_BUILD_EXAMPLES:BOOL=ON' $(BUILD)/CMakeCache.txt || $(call logged,cmake -S . -B $(BUILD) -DFENNEL_DSP_BUILD_EXAMPLES=ON,$(BUILD)/configure.log)
+	@$(call logged,cmake --build $(BUILD) -j$(JOBS) --target fennel_demo,$(BUILD)/build.log)
 	@$(BUILD)/bin/fennel_demo
-	@FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) examples/tour.py
+	@PYTHONPATH=python $(PY) examples/gallery.py
+
+# Libraries, headers, the CMake package and the pkg-config file.
+install: libs
+	@$(call logged,cmake --install $(BUILD) --prefix $(PREFIX),$(BUILD)/install.log)
+	@echo "installed into $(PREFIX)"
 
 # The suites plan with FFTW_ESTIMATE: they make hundreds of distinct
 # transforms, and results do not depend on the planner's effort (one test
-# target runs the engine and 1D FFT tests with the default effort).
+# target runs the engine and 1D FFT tests with the default effort).  The
+# concurrency tests run again under ThreadSanitizer.  Then the packages as
+# users consume them: an installed prefix from CMake, pkg-config and the
+# README's C program, and `pip install .` in a fresh virtual environment.
 test: build build-asan build-tsan windows
 	@cd $(BUILD) && FENNEL_DSP_PLANNER=estimate ctest --output-on-failure -j$(JOBS)
 	@cd $(ASAN) && FENNEL_DSP_PLANNER=estimate ASAN_OPTIONS=detect_leaks=1 ctest --output-on-failure -j$(JOBS) -E 'no_host|default_effort'
 	@FENNEL_DSP_PLANNER=estimate TSAN_OPTIONS=halt_on_error=1 $(TSAN)/bin/fennel_tests --gtest_filter='*Concurrent*' --gtest_brief=1
-	@FENNEL_DSP_PLANNER=estimate FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) -m pytest -q -p no:cacheprovider tests/python
+	@FENNEL_DSP_PLANNER=estimate PYTHONPATH=python $(PY) -m pytest -q -p no:cacheprovider tests/python
 	@tests/windows/run_wine_tests.sh $(BUILD) $(WIN64)
+	@tests/consumers/check_install.sh $(BUILD)
+	@tests/consumers/check_python_package.sh $(BUILD)
 
-bench: build
+bench:
+	@scripts/install-deps bench
+	@mkdir -p $(BUILD)
+	@$(call logged,cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=Release -DFENNEL_DSP_BUILD_BENCH=ON,$(BUILD)/configure.log)
+	@$(call logged,cmake --build $(BUILD) -j$(JOBS),$(BUILD)/build.log)
 	@for b in $(BUILD)/bin/bench_*; do $$b --benchmark_min_time=0.2; done
-	@for p in bench/py_*.py; do FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) $$p; done
+	@for p in bench/py_*.py; do PYTHONPATH=python $(PY) $$p; done
 
 clean:
-	rm -rf $(BUILD) $(ASAN) $(TSAN) $(WIN64)
+	rm -rf $(BUILD) $(ASAN) $(TSAN) $(WIN64) build-python

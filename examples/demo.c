@@ -30,13 +30,15 @@ int main(void) {
     void **workspace = NewArray1D(TYPE_CODE_DOUBLE, 0);
     FDPlanHandle forward = NULL, inverse = NULL;
 
+    const double f1 = 440.0, a1 = 1.0, f2 = 1000.0, a2 = 0.25, offset = 0.1;
     double *x = FennelHostArrayData(signal, TYPE_CODE_DOUBLE, 1);
     for (int i = 0; i < N; ++i) {
         const double t = i / RATE;
-        x[i] = 1.0 * sin(2 * pi * 440.0 * t) + 0.25 * cos(2 * pi * 1000.0 * t) + 0.1;
+        x[i] = a1 * sin(2 * pi * f1 * t) + a2 * cos(2 * pi * f2 * t) + offset;
     }
-    printf("fennel-dsp demo: %d samples at %.0f Hz: 440 Hz (amplitude 1), 1000 Hz (0.25), offset 0.1\n",
-           N, RATE);
+    printf("fennel-dsp %d.%d.%d demo: %d samples at %.0f Hz: %.0f Hz (amplitude %g), %.0f Hz (%g), "
+           "offset %g\n", FENNEL_DSP_VERSION_MAJOR, FENNEL_DSP_VERSION_MINOR, FENNEL_DSP_VERSION_PATCH,
+           N, RATE, f1, a1, f2, a2, offset);
 
     int32_t status = d1DFFTH(signal, spectrum, 0, 0, workspace, &forward);
     printf("d1DFFTH: status %d, %d bins\n", (int)status, (int)Length(spectrum));
@@ -60,9 +62,8 @@ int main(void) {
     printf("d1DInvFFTH: status %d, largest round-trip error %.3g\n", (int)status, worst);
 
     status = d1DFFTH(signal, spectrum, 2 * N, 0, NULL, &forward);
-    printf("zero padding without a workspace array: status %d (STATUS_NO_WORKSPACE is %d), "
-           "output length %d\n",
-           (int)status, STATUS_NO_WORKSPACE, (int)Length(spectrum));
+    printf("zero padding without a workspace array: status %d (%s), output length %d\n",
+           (int)status, FDStatusText(status), (int)Length(spectrum));
 
     FreeMKLDftiDescH(&forward);
     FreeMKLDftiDescH(&inverse);

@@ -28,6 +28,12 @@
 
 #include <stdint.h>
 
+/* The library's version; the shared object's SONAME carries the major
+   version (libfennel_dsp.so.1), which changes only when the interface does. */
+#define FENNEL_DSP_VERSION_MAJOR 1
+#define FENNEL_DSP_VERSION_MINOR 0
+#define FENNEL_DSP_VERSION_PATCH 0
+
 #if defined(_WIN32)
 #  if defined(FENNEL_DSP_BUILD)
 #    define FENNEL_DSP_API __declspec(dllexport)
@@ -80,6 +86,118 @@ enum {
     STATUS_DFTI_FREE_FAILED = -359503
 };
 
+/* The constant's name and a short description of a status code, for
+   messages; "unknown status" for a code the library never returns.  Inline,
+   so the library's exported symbols stay exactly the functions below. */
+static inline const char *FDStatusText(int32_t status) {
+    switch (status) {
+    case STATUS_OK: return "STATUS_OK: success";
+    case STATUS_OUT_OF_MEMORY:
+        return "STATUS_OUT_OF_MEMORY: the host refused to resize an output or workspace, "
+               "scratch memory was refused, or the sizes are too large";
+    case STATUS_EMPTY_ARRAY: return "STATUS_EMPTY_ARRAY: an input array is empty";
+    case STATUS_EMPTY_OPERAND:
+        return "STATUS_EMPTY_OPERAND: a required operand or coefficient array is empty";
+    case STATUS_BAD_RESAMPLE_RATIO:
+        return "STATUS_BAD_RESAMPLE_RATIO: the resampling ratio or interpolation factor is out of range";
+    case STATUS_BAND_EDGE_ABOVE_NYQUIST:
+        return "STATUS_BAND_EDGE_ABOVE_NYQUIST: a band edge lies above half the sampling rate";
+    case STATUS_BAD_TAP_COUNT: return "STATUS_BAD_TAP_COUNT: the number of taps is below 1";
+    case STATUS_BAD_DECIMATION_FACTOR:
+        return "STATUS_BAD_DECIMATION_FACTOR: the decimation factor is below 1 or above the input length";
+    case STATUS_BAD_FREQUENCY:
+        return "STATUS_BAD_FREQUENCY: the sampling rate or a band edge is not positive, "
+               "or the lower edge is not below the upper edge";
+    case STATUS_EVEN_TAPS:
+        return "STATUS_EVEN_TAPS: a highpass or bandstop filter needs an odd number of taps";
+    case STATUS_BAD_PHASE: return "STATUS_BAD_PHASE: the phase is negative or not below the factor";
+    case STATUS_OUTPUT_TOO_LARGE: return "STATUS_OUTPUT_TOO_LARGE: the output would be too large";
+    case STATUS_BAD_START_OFFSET:
+        return "STATUS_BAD_START_OFFSET: the start offset or the stream position is out of range";
+    case STATUS_BAD_SELECTOR: return "STATUS_BAD_SELECTOR: a selector argument is outside its list";
+    case STATUS_TOO_MANY_TAPS:
+        return "STATUS_TOO_MANY_TAPS: an output needs more taps than the stream state holds, "
+               "or the histories no longer match the state";
+    case STATUS_BAD_SAMPLING_INTERVAL:
+        return "STATUS_BAD_SAMPLING_INTERVAL: the sampling interval or factor is not positive";
+    case STATUS_NO_WORKSPACE: return "STATUS_NO_WORKSPACE: a needed workspace handle is NULL";
+    case STATUS_DFTI_COMPUTE_FAILED: return "STATUS_DFTI_COMPUTE_FAILED: the transform failed";
+    case STATUS_DFTI_SETUP_FAILED:
+        return "STATUS_DFTI_SETUP_FAILED: the transform could not be created or committed";
+    case STATUS_DFTI_FREE_FAILED: return "STATUS_DFTI_FREE_FAILED: a transform could not be released";
+    default: return "unknown status";
+    }
+}
+
+/* ---- Selectors ---------------------------------------------------------
+ * Named values of the int32_t selector arguments below (the functions take
+ * plain int32_t; these enumerations only name the values). */
+
+/* windowType of AllCosWin, SymmWin and FIRWindowedCoef (AllCosWin takes
+   only the cosine sums, 0 to 9 and 11). */
+typedef enum FDWindowType {
+    WINDOW_NONE = 0,
+    WINDOW_HANN = 1,
+    WINDOW_HAMMING = 2,
+    WINDOW_BLACKMAN_HARRIS_3 = 3,
+    WINDOW_EXACT_BLACKMAN = 4,
+    WINDOW_BLACKMAN = 5,
+    WINDOW_FLAT_TOP = 6,
+    WINDOW_BLACKMAN_HARRIS_4 = 7,
+    WINDOW_BLACKMAN_HARRIS_7 = 8,
+    WINDOW_LOW_SIDELOBE = 9,
+    WINDOW_BLACKMAN_NUTTALL = 11,
+    WINDOW_TRIANGLE = 30,
+    WINDOW_KAISER = 60,
+    WINDOW_GAUSSIAN = 62
+} FDWindowType;
+
+/* filterType of FIRWindowedCoef. */
+typedef enum FDFilterType {
+    FILTER_LOWPASS = 0,
+    FILTER_HIGHPASS = 1,
+    FILTER_BANDPASS = 2,
+    FILTER_BANDSTOP = 3
+} FDFilterType;
+
+/* outputMode of the 1D and 2D convolutions. */
+typedef enum FDOutputMode {
+    OUTPUT_FULL = 0,
+    OUTPUT_SAME = 1,
+    OUTPUT_VALID = 2
+} FDOutputMode;
+
+/* algorithm of the convolutions, correlations and autocorrelations. */
+typedef enum FDAlgorithm {
+    ALGORITHM_DIRECT = 0,
+    ALGORITHM_FREQUENCY_DOMAIN = 1
+} FDAlgorithm;
+
+/* normalization of the 1D correlation and autocorrelation. */
+typedef enum FDNormalization {
+    NORMALIZATION_NONE = 0,
+    NORMALIZATION_UNBIASED = 1,
+    NORMALIZATION_BIASED = 2
+} FDNormalization;
+
+/* orientation of the multichannel 2D FFT: which lines are channels. */
+typedef enum FDOrientation {
+    ORIENTATION_ROWS = 0,
+    ORIENTATION_COLUMNS = 1
+} FDOrientation;
+
+/* spectrumType of the auto power and cross power spectra. */
+typedef enum FDSpectrumType {
+    SPECTRUM_ONE_SIDED = 0,
+    SPECTRUM_TWO_SIDED = 1
+} FDSpectrumType;
+
+/* tapMode of FDResampleParams (any value but 1 interpolates linearly). */
+typedef enum FDTapMode {
+    TAP_MODE_LINEAR = 0,
+    TAP_MODE_NEAREST = 1
+} FDTapMode;
+
 /* ---- Plan handles ------------------------------------------------------ */
 
 /* Releases the transform held in *plan (if any) and sets *plan to NULL.
@@ -87,7 +205,8 @@ enum {
 FENNEL_DSP_API int32_t FreeMKLDftiDescH(FDPlanHandle *plan);
 
 /* Releases a plan record of the two-dimensional DCT/DST (two transforms and
-   the record itself) and sets *plan to NULL. */
+   the record itself) and sets *plan to NULL.
+   Returns 0, or STATUS_DFTI_FREE_FAILED (the record is then kept). */
 FENNEL_DSP_API int32_t FreeMKLDCTDSTiDescH(FDPlanHandle *plan);
 
 /* ---- Host binding ------------------------------------------------------ */
@@ -116,6 +235,11 @@ FENNEL_DSP_API void SetFNRTTLSIndexHook(void);
  *              real inverses read only the non-negative half of the spectrum
  *   workspace  used only when shift is non-zero (float/double for s/d,
  *              complex for c/z); may be NULL otherwise
+ * Status (forward and inverse): STATUS_EMPTY_ARRAY (empty input),
+ *   STATUS_OUT_OF_MEMORY (an output or workspace resize refused),
+ *   STATUS_NO_WORKSPACE (the workspace is needed and NULL),
+ *   STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s1DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
                                int32_t shift, FDArrayHandle workspace, FDPlanHandle *plan);
@@ -154,6 +278,11 @@ FENNEL_DSP_API int32_t z1DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *              real inverses read only columns 0 .. C/2 of every row
  *   workspace  complex 1D array (complex float for s/c, complex double for
  *              d/z), used only when shift is non-zero; may be NULL otherwise
+ * Status (forward and inverse): STATUS_EMPTY_ARRAY (a dimension of the input
+ *   is empty), STATUS_OUT_OF_MEMORY (the size guard above, or an output
+ *   or workspace resize refused), STATUS_NO_WORKSPACE,
+ *   STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s2DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
                                int32_t columns, int32_t shift, FDArrayHandle workspace,
@@ -188,6 +317,10 @@ FENNEL_DSP_API int32_t z2DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *   output's size, up to 64 MB) with the plan between calls.
  * Inverse: (input, output, shift, workspace, plan)
  *   As the 2D inverse; the output is P x R x C scaled by 1/(P*R*C).
+ * Status (forward and inverse): as the 2D FFT: STATUS_EMPTY_ARRAY,
+ *   STATUS_OUT_OF_MEMORY (size guard over three dimensions, or a resize
+ *   refused), STATUS_NO_WORKSPACE, STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s3DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
                                int32_t columns, int32_t pages, int32_t shift,
@@ -232,6 +365,10 @@ FENNEL_DSP_API int32_t z3DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *   output       R x C (real for s/d, complex for c/z), each channel scaled
  *                by 1/N; the real inverses read only bins 0 .. N/2
  *   workspace    complex 1D array, used only when shift is non-zero
+ * Status (forward and inverse): STATUS_EMPTY_ARRAY, STATUS_BAD_SELECTOR
+ *   (orientation), STATUS_OUT_OF_MEMORY (the 2D size guard, or a resize
+ *   refused), STATUS_NO_WORKSPACE, STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s2DMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
                                       int32_t shift, int32_t orientation,
@@ -277,6 +414,11 @@ FENNEL_DSP_API int32_t z2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle outp
  *   output     n values
  * plan: a slot holding one transform, released with FreeMKLDftiDescH.  The
  * transform is kept while its length stays the same.
+ * Status (all eight): STATUS_EMPTY_ARRAY (empty input), STATUS_OUT_OF_MEMORY
+ *   (an output, workspace or scratch allocation refused, or a length whose
+ *   workspace would not fit 31 bits), STATUS_NO_WORKSPACE (NULL workspace),
+ *   STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s1DDCTH(FDArrayHandle input, FDArrayHandle output, int32_t length,
                                FDArrayHandle workspace, FDPlanHandle *plan);
@@ -311,6 +453,11 @@ FENNEL_DSP_API int32_t d1DInvDSTH(FDArrayHandle input, FDArrayHandle output,
  * plan: a slot holding a plan record of two transforms (rows, columns),
  *   released with FreeMKLDCTDSTiDescH; rebuilt when the sizes, the function
  *   or the precision change.
+ * Status (all eight): STATUS_EMPTY_ARRAY (a dimension of the input is
+ *   empty), STATUS_OUT_OF_MEMORY (the size guard, the plan record, or an
+ *   output, workspace or scratch allocation refused), STATUS_NO_WORKSPACE
+ *   (NULL workspace), STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
  */
 FENNEL_DSP_API int32_t s2DDCTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
                                int32_t columns, FDArrayHandle workspace, FDPlanHandle *plan);
@@ -359,6 +506,13 @@ FENNEL_DSP_API int32_t d2DInvDSTH(FDArrayHandle input, FDArrayHandle output,
  *              (type 1)
  *   df         1 / (L dt); NaN after a failure
  *   workspace  input type, 2L + 4 elements while in use; must not be NULL
+ * Status: all four functions STATUS_EMPTY_ARRAY (an empty input),
+ *   STATUS_OUT_OF_MEMORY (an output or workspace resize refused, or a
+ *   length whose workspace would not fit 31 bits), STATUS_NO_WORKSPACE
+ *   (NULL workspace), STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED; the auto
+ *   power and cross power spectra also STATUS_BAD_SAMPLING_INTERVAL (dt)
+ *   and STATUS_BAD_SELECTOR (spectrumType).
  */
 FENNEL_DSP_API int32_t sPowerSpectrumH(FDArrayHandle input, FDArrayHandle output,
                                        FDArrayHandle workspace, FDPlanHandle *plan);
@@ -445,6 +599,15 @@ FENNEL_DSP_API int32_t zCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, do
  * Workspaces are 1D arrays, left empty after every call; the one the chosen
  * method needs must not be NULL (STATUS_NO_WORKSPACE).  Passing the same
  * array as x and y takes one forward transform instead of two.
+ * Status: every function STATUS_EMPTY_ARRAY (an empty operand or
+ *   dimension), STATUS_BAD_SELECTOR (algorithm; outputMode of the
+ *   convolutions; normalization of the 1D correlation and autocorrelation),
+ *   STATUS_OUT_OF_MEMORY (an output or workspace resize refused, or a
+ *   result too large for 31 bits), STATUS_NO_WORKSPACE;
+ *   with algorithm 1 also STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
+ *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED;
+ *   the convolutions also STATUS_EMPTY_OPERAND (valid mode with y larger
+ *   than x in a dimension).
  */
 FENNEL_DSP_API int32_t s1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
                                        int32_t outputMode, int32_t algorithm, int32_t blockSize,
@@ -585,6 +748,8 @@ FENNEL_DSP_API int32_t z2DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output
  *            precision (float: four partial sums over whole groups of four,
  *            joined as (p0 + p2) + (p1 + p3), then the remainder; double and
  *            complex: running sums in order), divided by factor
+ * Status: STATUS_EMPTY_ARRAY (empty x), STATUS_BAD_DECIMATION_FACTOR,
+ *   STATUS_OUT_OF_MEMORY (output resize refused).
  */
 FENNEL_DSP_API int32_t sDecimateH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
                                   int32_t average);
@@ -602,6 +767,9 @@ FENNEL_DSP_API int32_t zDecimateH(FDArrayHandle x, FDArrayHandle output, int32_t
  *   factor   >= 1, else STATUS_BAD_SAMPLING_INTERVAL; STATUS_OUTPUT_TOO_LARGE
  *            when ceil(log2 N) + ceil(log2 factor) >= 31
  *   phase    0 ... factor - 1, else STATUS_BAD_PHASE
+ * Status: STATUS_EMPTY_ARRAY (empty x), STATUS_BAD_SAMPLING_INTERVAL,
+ *   STATUS_BAD_PHASE, STATUS_OUTPUT_TOO_LARGE, STATUS_OUT_OF_MEMORY (output
+ *   resize refused).
  */
 FENNEL_DSP_API int32_t sUpsampleH(FDArrayHandle x, FDArrayHandle output, int32_t factor,
                                   int32_t phase);
@@ -741,6 +909,10 @@ FENNEL_DSP_API int32_t zResampleMultiChC2CH(
  *   windowParameter is beta (60) or sigma (62); N < 3 leaves X unchanged;
  *   type 0 returns 0 even for an empty X; workspace as for AllCosWin.
  * TriangleWin: (X)       periodic triangle, w[n] = 2n/N up to N/2, w[0] = 0.
+ * Status: AllCosWin and SymmWin STATUS_EMPTY_ARRAY (empty X),
+ *   STATUS_BAD_SELECTOR (windowType), STATUS_NO_WORKSPACE (NULL workspace
+ *   for a cosine-sum type), STATUS_OUT_OF_MEMORY (workspace resize
+ *   refused); GaussWin, KaiserWin and TriangleWin only STATUS_EMPTY_ARRAY.
  */
 FENNEL_DSP_API int32_t sAllCosWinH(FDArrayHandle x, int32_t windowType, int32_t normalise,
                                    FDArrayHandle workspace);
@@ -783,6 +955,11 @@ FENNEL_DSP_API int32_t zTriangleWinH(FDArrayHandle x);
  *   normalise     non-zero: unit gain at 0 (lowpass, bandstop), at fs/2
  *                 (highpass) or at the band centre (bandpass)
  *   workspace     float64 array for the cosine-sum windows; emptied on return
+ * Status: STATUS_BAD_SELECTOR (filterType, windowType), STATUS_BAD_TAP_COUNT
+ *   (taps < 1), STATUS_BAD_FREQUENCY (fs, f1 or f2 not positive, f1 >= f2
+ *   for band filters), STATUS_BAND_EDGE_ABOVE_NYQUIST, STATUS_EVEN_TAPS,
+ *   STATUS_NO_WORKSPACE (NULL workspace for a cosine-sum window),
+ *   STATUS_OUT_OF_MEMORY (output or workspace resize refused).
  */
 FENNEL_DSP_API int32_t sFIRWindowedCoefH(FDArrayHandle coefficients, double fs, double f1,
                                          double f2, int32_t taps, int32_t filterType,
@@ -828,6 +1005,10 @@ FENNEL_DSP_API int32_t dFIRWindowedCoefH(FDArrayHandle coefficients, double fs, 
  *   Butterworth).
  *   Each call is deterministic: the same blocks give the same bits on every
  *   machine and instruction set.
+ * Status: 0 also for an empty X or two empty coefficient arrays (nothing
+ *   changes); STATUS_EMPTY_OPERAND (b empty, a not), STATUS_NO_WORKSPACE (a
+ *   needed workspace is NULL), STATUS_OUT_OF_MEMORY (a state or workspace
+ *   resize refused).
  */
 FENNEL_DSP_API int32_t ssIIRDirectFilterH(FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
                                           FDArrayHandle forwardState, FDArrayHandle reverseState,

@@ -6,6 +6,9 @@ arrays, and raises FennelError with the library's status code on failure.
 Transform functions accept plan=Plan() to keep the committed transform
 between calls.
 """
+# The library's version (FENNEL_DSP_VERSION_* in fennel_dsp.h).
+__version__ = "1.0.0"
+
 from ._native import FennelError, Plan, TrigPlan, host, lib
 from .fft import fft, ifft
 from . import fftmd, trig, spectra, correlation, resampling, windows

@@ -2,8 +2,12 @@
 
 The host (libfennel_host.so) is loaded with global visibility first: the
 library finds NumericArrayResize, DSNewPtr and DSDisposePtr in the process's
-global symbols.  Libraries are looked up in $FENNEL_DSP_LIB_DIR, then in the
-build/lib folder of the source tree.
+global symbols, and ends the process when they are missing, so the loader
+checks that they resolve there to this host before it loads the library.
+
+Libraries are looked up in $FENNEL_DSP_LIB_DIR when it is set (and only
+there), else in this package's folder (an installed package carries both),
+else in the build/lib folder of the source tree.
 """
 import ctypes
 import os
@@ -13,17 +17,60 @@ import threading
 import numpy as np
 
 _HERE = pathlib.Path(__file__).resolve().parent
+LIB_DIR_VARIABLE = "FENNEL_DSP_LIB_DIR"
+_NAMES = ("libfennel_host.so", "libfennel_dsp.so")
+
+
+def _candidate_dirs():
+    env = os.environ.get(LIB_DIR_VARIABLE)
+    if env:
+        return [pathlib.Path(env)]
+    return [_HERE, _HERE.parent.parent / "build" / "lib"]
+
+
+def _check_global_scope(host, path):
+    """Raises ImportError unless the host's services are what a lookup in the
+    process's global symbols finds (the library's own lookup)."""
+    scope = ctypes.CDLL(None)
+    ours = ctypes.cast(host.NumericArrayResize, ctypes.c_void_p).value
+    try:
+        found = ctypes.cast(scope.NumericArrayResize, ctypes.c_void_p).value
+    except AttributeError:
+        found = None
+    if found != ours:
+        if found is None:
+            why = "is not in the process's global symbols, so the library's first call would end the process"
+        else:
+            why = "is shadowed by another module's in the global symbols, so the library would use that host"
+        raise ImportError(f"fennel_dsp: loaded {path}, but its NumericArrayResize {why}")
+
+
+def _load():
+    tried = []
+    for folder in _candidate_dirs():
+        host_path, lib_path = (folder / name for name in _NAMES)
+        if not (host_path.is_file() and lib_path.is_file()):
+            tried.append(str(folder))
+            continue
+        try:
+            host_lib = ctypes.CDLL(str(host_path), mode=ctypes.RTLD_GLOBAL)
+            _check_global_scope(host_lib, host_path)
+            return folder, host_lib, ctypes.CDLL(str(lib_path))
+        except OSError as err:
+            raise ImportError(f"fennel_dsp: cannot load the libraries in {folder}: {err} "
+                              f"(set {LIB_DIR_VARIABLE} to a folder of working libraries)") from err
+    raise ImportError(f"fennel_dsp: {' and '.join(_NAMES)} not found; tried {', '.join(tried)}. "
+                      f"Install the package (pip install .), build the libraries (make), or set "
+                      f"{LIB_DIR_VARIABLE} to the folder that holds them")
+
+
+_LOADED_FROM, host, lib = _load()
 
 
 def _lib_dir():
-    env = os.environ.get("FENNEL_DSP_LIB_DIR")
-    if env:
-        return pathlib.Path(env)
-    return _HERE.parent.parent / "build" / "lib"
+    """The folder the libraries were loaded from."""
+    return _LOADED_FROM
 
-
-host = ctypes.CDLL(str(_lib_dir() / "libfennel_host.so"), mode=ctypes.RTLD_GLOBAL)
-lib = ctypes.CDLL(str(_lib_dir() / "libfennel_dsp.so"))
 
 Handle = ctypes.c_void_p            # a host array handle (void **)
 PlanSlot = ctypes.c_void_p          # the content of a plan handle

@@ -105,7 +105,11 @@ int64_t ResizeThroughLibrary() {
 }
 
 TEST_F(HostTest, HostModuleComesFromTheSlotTheOverrideOrTheGlobalScope) {
-    void *host = dlopen("libfennel_host.so", RTLD_NOW | RTLD_NOLOAD);
+    // The host library as loaded (by the path it was loaded from: its file
+    // name carries the version).
+    Dl_info info{};
+    ASSERT_NE(dladdr(reinterpret_cast<void *>(&FennelHostNewArray), &info), 0);
+    void *host = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD);
     ASSERT_NE(host, nullptr);
     EXPECT_EQ(ResizeThroughLibrary(), 1);  // global scope
 

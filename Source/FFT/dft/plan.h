@@ -140,6 +140,31 @@ struct TrigPlanRecord {
 };
 static_assert(sizeof(TrigPlanRecord) == 32);
 
+// A caller's plan slot of the two-dimensional DCT and DST, holding a
+// TrigPlanRecord (or null until the first call).
+class TrigPlan {
+   public:
+    explicit TrigPlan(FDPlanHandle *plan) : slot_(plan) {}
+    // The caller's slot, or for a null plan address a slot of this call only.
+    static TrigPlan Of(CallFrame &frame, FDPlanHandle *plan);
+
+    // Keeps the record when it was built for tag and sizes, otherwise frees
+    // its descriptors (-359503 on failure) and records tag and sizes; makes
+    // the record through the host (STATUS_OUT_OF_MEMORY when refused) when
+    // the slot holds none.
+    int32_t Acquire(int64_t tag, int64_t sizes) const;
+    // The row and the column pass's descriptors (after Acquire).
+    Plan First() const { return Plan(&record()->first); }
+    Plan Second() const { return Plan(&record()->second); }
+    // Releases the whole record, leaving the slot null, when the call of the
+    // frame fails.
+    void ReleaseOnFailure(CallFrame &frame) const;
+
+   private:
+    TrigPlanRecord *record() const { return static_cast<TrigPlanRecord *>(*slot_); }
+    FDPlanHandle *slot_;
+};
+
 // The two plan-handle releases.
 int32_t FreeDftiPlan(FDPlanHandle *plan);
 int32_t FreeTrigPlan(FDPlanHandle *plan);

@@ -169,12 +169,12 @@ inline void FillTwiddles(ptrdiff_t bins, double amplitude, double theta, double 
 // depend only on the kind and the length, so the first call fills the table
 // and later calls only read it.  Null where the engine keeps nothing; the
 // passes then run the recurrence as they go.
-inline const double *CachedTwiddles(DFTI_DESCRIPTOR_HANDLE plan, Kind kind, ptrdiff_t bins,
+inline const double *CachedTwiddles(Plan plan, Kind kind, ptrdiff_t bins,
                                     double amplitude, double theta) {
     const uint64_t key = (static_cast<uint64_t>(kind) << 56) | static_cast<uint64_t>(bins);
     bool fresh = true;
     auto *table = static_cast<double *>(
-        engine::DescriptorCache(plan, key, 2 * static_cast<size_t>(bins) * sizeof(double), &fresh));
+        engine::DescriptorCache(plan.descriptor(), key, 2 * static_cast<size_t>(bins) * sizeof(double), &fresh));
     if (table != nullptr && fresh) FillTwiddles(bins, amplitude, theta, table);
     return table;
 }
@@ -232,7 +232,7 @@ struct Pass {
 // Forward DCT-II, orthonormal.  Even N: even samples forward, odd samples
 // backward from the end, N-point DFT.  Odd N: symmetric extension, 2N-point.
 template <class T, bool kRows>
-int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
+int32_t DCTPass(const Pass<T, kRows> &p, T *work, Plan plan) {
     const Batch<kRows> &b = p.b;
     const ptrdiff_t N = p.N, m = p.m;
     const bool even = N % 2 == 0;
@@ -272,7 +272,7 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
         });
         b.Sweep(m, 2 * N - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.W(i, j, L)] = T(0); });
     }
-    const int32_t status = ComputePlan(plan, true, w, spectrum);
+    const int32_t status = plan.Forward(w, spectrum);
     if (status < 0) return status;
     // Bins above L/2 (even N only) are the conjugates of bins L - k:
     // Re(V) c - Im(V) s with Im(V) = -Im(Y(L-k)).
@@ -312,7 +312,7 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
 // Im(Y(k+1)), factor -1/2 for the unscaled forward transform and
 // -1/(N+1) for the inverse.
 template <class T, bool kRows>
-int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
+int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, Plan plan) {
     const Batch<kRows> &b = p.b;
     const ptrdiff_t N = p.N, m = p.m, L = 2 * N + 2, slen = N + 2;
     T *w = work;
@@ -326,7 +326,7 @@ int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HAND
     });
     b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) { w[b.W(0, j, L)] = T(0); });
     b.Sweep(m + 1, L - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.W(i, j, L)] = T(0); });
-    const int32_t status = ComputePlan(plan, true, w, spectrum);
+    const int32_t status = plan.Forward(w, spectrum);
     if (status < 0) return status;
     T *out = p.out;
     b.Sweep(0, N, [&](ptrdiff_t k, ptrdiff_t j) {
@@ -341,7 +341,7 @@ int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HAND
 // backward DFT; even n feeds Z (Z0 scaled by 1/sqrt 2) to an n-point complex
 // backward DFT.
 template <class T, bool kRows>
-void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen, DFTI_DESCRIPTOR_HANDLE plan) {
+void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen, Plan plan) {
     const Batch<kRows> &b = p.b;
     const ptrdiff_t n = p.N;
     const T *x = p.x;
@@ -393,7 +393,7 @@ void UnpackInvDCTEven(const Pass<T, kRows> &p, const T *u, ptrdiff_t ulen, ptrdi
 
 // The inverse DCT on the DFT that the parity of n calls for.
 template <class T, bool kRows>
-int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
+int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, Plan plan) {
     const Batch<kRows> &b = p.b;
     const ptrdiff_t n = p.N;
     const LineDft dft = DftFor(kInvDCT, n);
@@ -401,7 +401,7 @@ int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan
     T *result = After(work, 2 * b.lanes * dft.in_len, b.lanes);
     b.ClearSpare(z, 2 * dft.in_len);
     PackInvDCT(p, z, dft.in_len, plan);
-    const int32_t status = ComputePlan(plan, false, z, result);
+    const int32_t status = plan.Backward(z, result);
     if (status < 0) return status;
     if (n % 2 != 0) {
         T *out = p.out;

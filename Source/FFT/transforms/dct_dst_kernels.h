@@ -272,8 +272,7 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, Plan plan) {
         });
         b.Sweep(m, 2 * N - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.W(i, j, L)] = T(0); });
     }
-    const int32_t status = plan.Forward(w, spectrum);
-    if (status < 0) return status;
+    FENNEL_TRY(plan.Forward(w, spectrum));
     // Bins above L/2 (even N only) are the conjugates of bins L - k:
     // Re(V) c - Im(V) s with Im(V) = -Im(Y(L-k)).
     const ptrdiff_t half = L / 2, slen = L / 2 + 1;
@@ -290,7 +289,7 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, Plan plan) {
             TwiddleHigh(y + 2 * (L - split), table + split, table + N + split, o + split, N - split);
             o[0] *= Roots<T>::kInvSqrt2;
         }
-        return status;
+        return STATUS_OK;
     }
     b.Twiddled(
         N, half + 1, table, amplitude, theta,
@@ -305,7 +304,7 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, Plan plan) {
                 static_cast<T>(static_cast<double>(y[0]) * c + static_cast<double>(y[1]) * s);
         });
     b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) { out[b.At(0, j, p.olen)] *= Roots<T>::kInvSqrt2; });
-    return status;
+    return STATUS_OK;
 }
 
 // DST-I through the odd extension of length 2N + 2: out[k] = factor *
@@ -326,13 +325,12 @@ int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, Plan plan) {
     });
     b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) { w[b.W(0, j, L)] = T(0); });
     b.Sweep(m + 1, L - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.W(i, j, L)] = T(0); });
-    const int32_t status = plan.Forward(w, spectrum);
-    if (status < 0) return status;
+    FENNEL_TRY(plan.Forward(w, spectrum));
     T *out = p.out;
     b.Sweep(0, N, [&](ptrdiff_t k, ptrdiff_t j) {
         out[b.At(k, j, p.olen)] = factor * spectrum[2 * b.W(k + 1, j, slen) + 1];
     });
-    return status;
+    return STATUS_OK;
 }
 
 // Inverse DCT (DCT-III, orthonormal), first step: Zk = A X[k] (cos, sin) of
@@ -401,15 +399,14 @@ int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, Plan plan) {
     T *result = After(work, 2 * b.lanes * dft.in_len, b.lanes);
     b.ClearSpare(z, 2 * dft.in_len);
     PackInvDCT(p, z, dft.in_len, plan);
-    const int32_t status = plan.Backward(z, result);
-    if (status < 0) return status;
+    FENNEL_TRY(plan.Backward(z, result));
     if (n % 2 != 0) {
         T *out = p.out;
         b.Sweep(0, n, [&](ptrdiff_t i, ptrdiff_t j) { out[b.At(i, j, p.olen)] = result[b.W(i, j, 2 * n)]; });
     } else {
         UnpackInvDCTEven(p, result, n, 2);
     }
-    return status;
+    return STATUS_OK;
 }
 
 }  // namespace fennel::trig

@@ -14,6 +14,7 @@
 #include "frame/host_array.h"
 #include "transforms/sizes.h"
 #include "dft/plan.h"
+#include "transforms/full_spectrum_3d.h"
 #include "transforms/spectrum2d.h"
 
 namespace fennel::md {
@@ -122,15 +123,19 @@ int32_t ForwardCore(CallFrame &frame, const T *x, const int32_t (&n)[Rank],
         CopyBlock(x, n, ws.data(), L);
         source = ws.data();
     }
-    FENNEL_TRY(plan.Acquire(Geometry<T>(L, pad ? L : n, false)));
+    const PlanGeometry g = Geometry<T>(L, pad ? L : n, false);
+    FENNEL_TRY(plan.Acquire(g));
     if constexpr (!Traits<T>::kComplex && Rank == 3) {
-        // The engine writes the full spectrum itself where that pays.
-        const MKL_LONG full = engine::ComputeForwardFull(plan.descriptor(), const_cast<T *>(source), out);
-        if (full == DFTI_NO_ERROR) {
+        // The full spectrum straight from pages and rows where that pays.
+        bool done = false;
+        MKL_LONG rowMajor[4];
+        RowMajorStrides(L, rowMajor);
+        const bool sameLayout = std::equal(rowMajor, rowMajor + 4, g.input_strides);
+        FENNEL_TRY(ForwardFull(plan, sameLayout, source, out, L, &done));
+        if (done) {
             if (shift) CentreMd(out, L);
             return STATUS_OK;
         }
-        if (full != DFTI_UNIMPLEMENTED) return STATUS_DFTI_COMPUTE_FAILED;
     }
     FENNEL_TRY(plan.Forward(source, out));
     if constexpr (!Traits<T>::kComplex) Expand(out, L);

@@ -204,11 +204,4 @@ MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE, void *, void *) {
 }
 }  // namespace fennel::engine
 
-// The foreign engine's descriptors keep nothing of ours: callers compute
-// their tables on every call.
-void *fennel::engine::DescriptorCache(DFTI_DESCRIPTOR_HANDLE, uint64_t, size_t, bool *fresh) {
-    *fresh = true;
-    return nullptr;
-}
-
 #endif  // _WIN32

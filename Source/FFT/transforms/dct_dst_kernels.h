@@ -165,19 +165,15 @@ inline void FillTwiddles(ptrdiff_t bins, double amplitude, double theta, double 
     }
 }
 
-// The twiddle table of a transform, kept by its descriptor: the twiddles
-// depend only on the kind and the length, so the first call fills the table
-// and later calls only read it.  Null where the engine keeps nothing; the
-// passes then run the recurrence as they go.
-inline const double *CachedTwiddles(Plan plan, Kind kind, ptrdiff_t bins,
-                                    double amplitude, double theta) {
-    const uint64_t key = (static_cast<uint64_t>(kind) << 56) | static_cast<uint64_t>(bins);
-    bool fresh = true;
-    auto *table = static_cast<double *>(
-        engine::DescriptorCache(plan.descriptor(), key, 2 * static_cast<size_t>(bins) * sizeof(double), &fresh));
-    if (table != nullptr && fresh) FillTwiddles(bins, amplitude, theta, table);
-    return table;
-}
+// The twiddle table of a transform, kept with its descriptor as an
+// attachment (dct_dst_twiddle.cpp): the twiddles depend only on the kind and
+// the length, so the first call fills the table and later calls only read
+// it.  Null where the engine keeps nothing; the passes then run the
+// recurrence as they go, with the same values.
+const double *KeptTwiddles(Plan plan, Kind kind, ptrdiff_t bins, double amplitude, double theta);
+// Test control: with false no table is kept or read, as on the engine bound
+// on Windows, so that tests can compare both paths.
+void KeepTwiddleTables(bool keep);
 
 // One line over a kept table (dct_dst_twiddle.cpp), c and s its cosines and
 // sines from the first bin on:
@@ -279,7 +275,7 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, Plan plan) {
     const double amplitude = (even ? 2.0 : 1.0) / std::sqrt(2.0 * static_cast<double>(N));
     const double theta = -kPi / (2.0 * static_cast<double>(N));
     T *out = p.out;
-    const double *table = CachedTwiddles(plan, kDCT, N, amplitude, theta);
+    const double *table = KeptTwiddles(plan, kDCT, N, amplitude, theta);
     if (kRows && table != nullptr) {
         const ptrdiff_t split = std::min(half + 1, N);
         for (ptrdiff_t j = 0; j < b.count; ++j) {
@@ -351,7 +347,7 @@ void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen, Plan plan) {
         e[0] = static_cast<T>(v * c);
         e[1] = static_cast<T>(v * s);
     };
-    const double *table = CachedTwiddles(plan, kInvDCT, n, amplitude, theta);
+    const double *table = KeptTwiddles(plan, kInvDCT, n, amplitude, theta);
     if (kRows && table != nullptr)
         for (ptrdiff_t j = 0; j < b.count; ++j)
             TwiddleScale(x + b.At(0, j, p.xlen), table, table + n, z + 2 * b.W(0, j, zlen), n);

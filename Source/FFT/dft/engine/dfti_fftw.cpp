@@ -35,7 +35,6 @@ std::mutex g_planner_mutex;
 
 std::atomic<long> g_creates{0}, g_commits{0}, g_frees{0}, g_computes{0}, g_live{0};
 std::mutex g_fault_mutex;
-std::atomic<bool> g_cache_disabled{false};
 int g_fault_countdown[static_cast<int>(fennel::engine::Call::kCount)] = {};
 
 bool Fault(fennel::engine::Call call) {
@@ -170,10 +169,6 @@ struct DFTI_DESCRIPTOR {
         void *object;
         void (*release)(void *);
     } attachments[4];
-    // The caller's cache (DescriptorCache).
-    void *cache;
-    size_t cache_bytes;
-    uint64_t cache_key;
 };
 
 namespace {
@@ -209,10 +204,6 @@ void ReleaseBuffers(DFTI_DESCRIPTOR *d) {
     fftw_free(d->out_buffer);
     d->in_buffer = d->out_buffer = nullptr;
     d->in_buffer_bytes = d->out_buffer_bytes = 0;
-    fftw_free(d->cache);
-    d->cache = nullptr;
-    d->cache_bytes = 0;
-    d->cache_key = 0;
 }
 
 // Any change of configuration uncommits the descriptor.
@@ -897,20 +888,6 @@ int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p) {
                                     : Fftw<double>::AlignmentOf(const_cast<void *>(p));
 }
 
-void *DescriptorCache(DFTI_DESCRIPTOR_HANDLE d, uint64_t key, size_t bytes, bool *fresh) {
-    *fresh = true;
-    if (d == nullptr || !d->committed || bytes == 0 || g_cache_disabled) return nullptr;
-    if (d->cache != nullptr && d->cache_key == key && d->cache_bytes == bytes) {
-        *fresh = false;
-        return d->cache;
-    }
-    fftw_free(d->cache);
-    d->cache = fftw_malloc(bytes);
-    d->cache_bytes = d->cache != nullptr ? bytes : 0;
-    d->cache_key = key;
-    return d->cache;
-}
-
 Counters GetCounters() {
     return Counters{g_creates.load(), g_commits.load(), g_frees.load(), g_computes.load(),
                     g_live.load()};
@@ -922,8 +899,6 @@ void FailCall(Call call, int nth) {
     std::lock_guard<std::mutex> lock(g_fault_mutex);
     g_fault_countdown[static_cast<int>(call)] = nth;
 }
-
-void DisableDescriptorCache(bool disabled) { g_cache_disabled = disabled; }
 
 void ClearFaults() {
     std::lock_guard<std::mutex> lock(g_fault_mutex);

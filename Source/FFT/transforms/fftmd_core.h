@@ -8,12 +8,9 @@
 #include <algorithm>
 #include <cstring>
 
-#if !defined(_WIN32)
-#include "dft/engine/settings.h"
-#endif
+#include "dft/plan.h"
 #include "frame/host_array.h"
 #include "transforms/sizes.h"
-#include "dft/plan.h"
 #include "transforms/full_spectrum_3d.h"
 #include "transforms/spectrum2d.h"
 
@@ -75,21 +72,10 @@ void CopyBlock(const T *x, const int32_t (&n)[Rank], T *w, const int32_t (&L)[Ra
                         sizeof(T) * cols);
 }
 
-// Threads for the expansion after a transform of `total` points: as many as
-// the engine ran it on.  The foreign engine on Windows sets its own threads;
-// there the expansion stays on the calling thread.
-inline int ExpandThreads(ptrdiff_t total) {
-#if defined(_WIN32)
-    (void)total;
-    return 1;
-#else
-    return engine::ThreadsFor(total);
-#endif
-}
-
 // Full spectrum from the packed half spectrum of a real transform of sizes
 // L: element (p, r, k) from the conjugate of ((P - p) mod P, (R - r) mod R, k).
-// On as many threads as the engine gave the transform.
+// On as many threads as the engine gave the transform (one where the engine
+// sets its own threads, the one bound on Windows).
 template <class C, int Rank>
 void Expand(C *X, const int32_t (&L)[Rank]) {
     const ptrdiff_t pages = Rank == 3 ? L[0] : 1;
@@ -100,7 +86,7 @@ void Expand(C *X, const int32_t (&L)[Rank]) {
             const ptrdiff_t p = q / rows, r = q - p * rows;
             return (p == 0 ? 0 : pages - p) * rows + (r == 0 ? 0 : rows - r);
         },
-        ExpandThreads(pages * rows * L[Rank - 1]));
+        Plan::ThreadsFor(pages * rows * L[Rank - 1]));
 }
 
 // Forward computing routine: the L-sized transform of x (sizes n), padded

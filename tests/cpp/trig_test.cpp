@@ -7,6 +7,7 @@
 #include "dft/plan.h"
 #include "support.h"
 #include "transforms/dct_dst.h"
+#include "transforms/dct_dst_kernels.h"
 
 namespace fennel::test {
 namespace {
@@ -182,14 +183,14 @@ TYPED_TEST(TrigTest, KeptTwiddlesGiveTheRecurrenceBits) {
         FDPlanHandle plan = nullptr;
         std::vector<std::vector<T>> got;
         for (bool off : {true, false, false}) {
-            engine::DisableDescriptorCache(off);
+            trig::KeepTwiddleTables(!off);
             ASSERT_EQ(c.run(in.h(), out.h(), ws.h(), &plan), STATUS_OK) << c.name;
             got.push_back(out.values());
             if (c.mixed) {  // another length on the same descriptor, then this one again
                 ASSERT_EQ(RealFn<T>::dct(in.h(), out.h(), 3, ws.h(), &plan), STATUS_OK);
             }
         }
-        engine::DisableDescriptorCache(false);
+        trig::KeepTwiddleTables(true);
         for (size_t i = 1; i < got.size(); ++i)
             EXPECT_EQ(std::memcmp(got[0].data(), got[i].data(), got[0].size() * sizeof(T)), 0)
                 << c.name << " call " << i;
@@ -236,10 +237,10 @@ TEST_F(HostTest, TrigInverseDSTCoreRefusesOtherDirections) {
     const std::vector<double> x = {1, 2, 3};
     std::vector<double> y(3);
     FDPlanHandle plan = nullptr;
-    ASSERT_EQ(InvDSTCore<double>(x.data(), 3, y.data(), 2, ws.h(), PlanSlot(&plan)), STATUS_OK);
+    ASSERT_EQ(fennel::Call(InvDSTCore<double>, x.data(), 3, y.data(), 2, ws.h(), Plan(&plan)), STATUS_OK);
     ExpectNear(y, Reference(1, Wide(x), 3), 1e-14, "direction 2 is the forward DST");
     for (int direction : {0, 1, 4, -3}) {
-        EXPECT_EQ(InvDSTCore<double>(x.data(), 3, y.data(), direction, ws.h(), PlanSlot(&plan)),
+        EXPECT_EQ(fennel::Call(InvDSTCore<double>, x.data(), 3, y.data(), direction, ws.h(), Plan(&plan)),
                   STATUS_BAD_SELECTOR);
         EXPECT_EQ(plan, nullptr);
         EXPECT_TRUE(ws.empty());
@@ -319,8 +320,8 @@ TEST_F(HostTest, Trig2DFailuresLeaveCleanState) {
     ASSERT_EQ(s2DDCTH(x.h(), out.h(), 0, 0, ws.h(), &plan), STATUS_OK);
     const FDPlanHandle record = plan;
     EXPECT_EQ(s2DDCTH(empty.h(), out.h(), 0, 0, ws.h(), &plan), STATUS_EMPTY_ARRAY);
-    EXPECT_EQ(Trig2D<float>(x.h(), out.h(), 0, 0, 4, ws.h(), &plan), STATUS_BAD_SELECTOR);
-    EXPECT_EQ(Trig2D<float>(x.h(), out.h(), 0, 0, -1, ws.h(), &plan), STATUS_BAD_SELECTOR);
+    EXPECT_EQ(fennel::Call(Trig2D<float>, x.h(), out.h(), 0, 0, 4, ws.h(), &plan), STATUS_BAD_SELECTOR);
+    EXPECT_EQ(fennel::Call(Trig2D<float>, x.h(), out.h(), 0, 0, -1, ws.h(), &plan), STATUS_BAD_SELECTOR);
     EXPECT_EQ(out.dims(), (std::vector<int32_t>{0, 0}));
     const int64_t resizes = FennelHostResizeCalls();
     EXPECT_EQ(s2DDSTH(x.h(), out.h(), 65536, 32768, ws.h(), &plan), STATUS_OUT_OF_MEMORY);

@@ -156,6 +156,34 @@ bool Plan::Attach(uint32_t key, void *object, void (*release)(void *object)) con
     return engine::Attach(*slot_, key, object, release);
 }
 
+namespace {
+int32_t ReleaseTrigSlot(void *slot) { return FreeTrigPlan(static_cast<FDPlanHandle *>(slot)); }
+}  // namespace
+
+TrigPlan TrigPlan::Of(CallFrame &frame, FDPlanHandle *plan) {
+    return TrigPlan(plan != nullptr ? plan : frame.LocalSlot(&ReleaseTrigSlot));
+}
+
+void TrigPlan::ReleaseOnFailure(CallFrame &frame) const { frame.FreePlanOnFailure(slot_, &ReleaseTrigSlot); }
+
+int32_t TrigPlan::Acquire(int64_t tag, int64_t sizes) const {
+    TrigPlanRecord *r = record();
+    if (r == nullptr) {
+        r = static_cast<TrigPlanRecord *>(HostNewPtr(sizeof(TrigPlanRecord)));
+        if (r == nullptr) return STATUS_OUT_OF_MEMORY;
+        r->first = r->second = nullptr;
+        r->tag = tag;
+        r->sizes = sizes;
+        *slot_ = r;
+    } else if (r->tag != tag || r->sizes != sizes) {
+        if (r->first != nullptr && DftiFreeDescriptor(&r->first) != 0) return STATUS_DFTI_FREE_FAILED;
+        if (r->second != nullptr && DftiFreeDescriptor(&r->second) != 0) return STATUS_DFTI_FREE_FAILED;
+        r->tag = tag;
+        r->sizes = sizes;
+    }
+    return STATUS_OK;
+}
+
 int32_t FreeDftiPlan(FDPlanHandle *plan) { return Plan(plan).Release(); }
 
 int32_t FreeTrigPlan(FDPlanHandle *plan) {

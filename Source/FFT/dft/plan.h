@@ -112,6 +112,18 @@ class Plan {
     DFTI_DESCRIPTOR_HANDLE *slot_;
 };
 
+// Plans of a family's own geometry and the engine's aligned memory, kept as
+// attachments of a Plan (extensions: they fail without them).
+using engine::AlignmentClass;
+using engine::AllocateAligned;
+using engine::ExecuteRawPlan;
+using engine::FreeAligned;
+using engine::FreeRawPlan;
+using engine::MakeRawPlan;
+using engine::RawKind;
+using engine::RawPlan;
+using engine::RawSpec;
+
 // The plan slot of this call: the caller's, or for a null plan address a
 // slot of this call only, released at scope exit.
 class TransientPlan {
@@ -139,6 +151,31 @@ struct TrigPlanRecord {
     int64_t sizes;                  // the output sizes
 };
 static_assert(sizeof(TrigPlanRecord) == 32);
+
+// A caller's plan slot of the two-dimensional DCT and DST, holding a
+// TrigPlanRecord (or null until the first call).
+class TrigPlan {
+   public:
+    explicit TrigPlan(FDPlanHandle *plan) : slot_(plan) {}
+    // The caller's slot, or for a null plan address a slot of this call only.
+    static TrigPlan Of(CallFrame &frame, FDPlanHandle *plan);
+
+    // Keeps the record when it was built for tag and sizes, otherwise frees
+    // its descriptors (-359503 on failure) and records tag and sizes; makes
+    // the record through the host (STATUS_OUT_OF_MEMORY when refused) when
+    // the slot holds none.
+    int32_t Acquire(int64_t tag, int64_t sizes) const;
+    // The row and the column pass's descriptors (after Acquire).
+    Plan First() const { return Plan(&record()->first); }
+    Plan Second() const { return Plan(&record()->second); }
+    // Releases the whole record, leaving the slot null, when the call of the
+    // frame fails.
+    void ReleaseOnFailure(CallFrame &frame) const;
+
+   private:
+    TrigPlanRecord *record() const { return static_cast<TrigPlanRecord *>(*slot_); }
+    FDPlanHandle *slot_;
+};
 
 // The two plan-handle releases.
 int32_t FreeDftiPlan(FDPlanHandle *plan);

@@ -202,14 +202,6 @@ MKL_LONG ComputeForwardTopRows(DFTI_DESCRIPTOR_HANDLE, void *, void *, MKL_LONG)
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE, void *, void *) {
     return DFTI_UNIMPLEMENTED;
 }
-MKL_LONG ComputeForwardFull(DFTI_DESCRIPTOR_HANDLE, void *, void *) { return DFTI_UNIMPLEMENTED; }
 }  // namespace fennel::engine
-
-// The foreign engine's descriptors keep nothing of ours: callers compute
-// their tables on every call.
-void *fennel::engine::DescriptorCache(DFTI_DESCRIPTOR_HANDLE, uint64_t, size_t, bool *fresh) {
-    *fresh = true;
-    return nullptr;
-}
 
 #endif  // _WIN32

@@ -165,19 +165,15 @@ inline void FillTwiddles(ptrdiff_t bins, double amplitude, double theta, double 
     }
 }
 
-// The twiddle table of a transform, kept by its descriptor: the twiddles
-// depend only on the kind and the length, so the first call fills the table
-// and later calls only read it.  Null where the engine keeps nothing; the
-// passes then run the recurrence as they go.
-inline const double *CachedTwiddles(DFTI_DESCRIPTOR_HANDLE plan, Kind kind, ptrdiff_t bins,
-                                    double amplitude, double theta) {
-    const uint64_t key = (static_cast<uint64_t>(kind) << 56) | static_cast<uint64_t>(bins);
-    bool fresh = true;
-    auto *table = static_cast<double *>(
-        engine::DescriptorCache(plan, key, 2 * static_cast<size_t>(bins) * sizeof(double), &fresh));
-    if (table != nullptr && fresh) FillTwiddles(bins, amplitude, theta, table);
-    return table;
-}
+// The twiddle table of a transform, kept with its descriptor as an
+// attachment (dct_dst_twiddle.cpp): the twiddles depend only on the kind and
+// the length, so the first call fills the table and later calls only read
+// it.  Null where the engine keeps nothing; the passes then run the
+// recurrence as they go, with the same values.
+const double *KeptTwiddles(Plan plan, Kind kind, ptrdiff_t bins, double amplitude, double theta);
+// Test control: with false no table is kept or read, as on the engine bound
+// on Windows, so that tests can compare both paths.
+void KeepTwiddleTables(bool keep);
 
 // One line over a kept table (dct_dst_twiddle.cpp), c and s its cosines and
 // sines from the first bin on:
@@ -232,7 +228,7 @@ struct Pass {
 // Forward DCT-II, orthonormal.  Even N: even samples forward, odd samples
 // backward from the end, N-point DFT.  Odd N: symmetric extension, 2N-point.
 template <class T, bool kRows>
-int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
+int32_t DCTPass(const Pass<T, kRows> &p, T *work, Plan plan) {
     const Batch<kRows> &b = p.b;
     const ptrdiff_t N = p.N, m = p.m;
     const bool even = N % 2 == 0;
@@ -272,15 +268,14 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
         });
         b.Sweep(m, 2 * N - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.W(i, j, L)] = T(0); });
     }
-    const int32_t status = ComputePlan(plan, true, w, spectrum);
-    if (status < 0) return status;
+    FENNEL_TRY(plan.Forward(w, spectrum));
     // Bins above L/2 (even N only) are the conjugates of bins L - k:
     // Re(V) c - Im(V) s with Im(V) = -Im(Y(L-k)).
     const ptrdiff_t half = L / 2, slen = L / 2 + 1;
     const double amplitude = (even ? 2.0 : 1.0) / std::sqrt(2.0 * static_cast<double>(N));
     const double theta = -kPi / (2.0 * static_cast<double>(N));
     T *out = p.out;
-    const double *table = CachedTwiddles(plan, kDCT, N, amplitude, theta);
+    const double *table = KeptTwiddles(plan, kDCT, N, amplitude, theta);
     if (kRows && table != nullptr) {
         const ptrdiff_t split = std::min(half + 1, N);
         for (ptrdiff_t j = 0; j < b.count; ++j) {
@@ -290,7 +285,7 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
             TwiddleHigh(y + 2 * (L - split), table + split, table + N + split, o + split, N - split);
             o[0] *= Roots<T>::kInvSqrt2;
         }
-        return status;
+        return STATUS_OK;
     }
     b.Twiddled(
         N, half + 1, table, amplitude, theta,
@@ -305,14 +300,14 @@ int32_t DCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
                 static_cast<T>(static_cast<double>(y[0]) * c + static_cast<double>(y[1]) * s);
         });
     b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) { out[b.At(0, j, p.olen)] *= Roots<T>::kInvSqrt2; });
-    return status;
+    return STATUS_OK;
 }
 
 // DST-I through the odd extension of length 2N + 2: out[k] = factor *
 // Im(Y(k+1)), factor -1/2 for the unscaled forward transform and
 // -1/(N+1) for the inverse.
 template <class T, bool kRows>
-int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
+int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, Plan plan) {
     const Batch<kRows> &b = p.b;
     const ptrdiff_t N = p.N, m = p.m, L = 2 * N + 2, slen = N + 2;
     T *w = work;
@@ -326,13 +321,12 @@ int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HAND
     });
     b.Sweep(0, 1, [&](ptrdiff_t, ptrdiff_t j) { w[b.W(0, j, L)] = T(0); });
     b.Sweep(m + 1, L - m, [&](ptrdiff_t i, ptrdiff_t j) { w[b.W(i, j, L)] = T(0); });
-    const int32_t status = ComputePlan(plan, true, w, spectrum);
-    if (status < 0) return status;
+    FENNEL_TRY(plan.Forward(w, spectrum));
     T *out = p.out;
     b.Sweep(0, N, [&](ptrdiff_t k, ptrdiff_t j) {
         out[b.At(k, j, p.olen)] = factor * spectrum[2 * b.W(k + 1, j, slen) + 1];
     });
-    return status;
+    return STATUS_OK;
 }
 
 // Inverse DCT (DCT-III, orthonormal), first step: Zk = A X[k] (cos, sin) of
@@ -341,7 +335,7 @@ int32_t DSTPass(const Pass<T, kRows> &p, T factor, T *work, DFTI_DESCRIPTOR_HAND
 // backward DFT; even n feeds Z (Z0 scaled by 1/sqrt 2) to an n-point complex
 // backward DFT.
 template <class T, bool kRows>
-void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen, DFTI_DESCRIPTOR_HANDLE plan) {
+void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen, Plan plan) {
     const Batch<kRows> &b = p.b;
     const ptrdiff_t n = p.N;
     const T *x = p.x;
@@ -353,7 +347,7 @@ void PackInvDCT(const Pass<T, kRows> &p, T *z, ptrdiff_t zlen, DFTI_DESCRIPTOR_H
         e[0] = static_cast<T>(v * c);
         e[1] = static_cast<T>(v * s);
     };
-    const double *table = CachedTwiddles(plan, kInvDCT, n, amplitude, theta);
+    const double *table = KeptTwiddles(plan, kInvDCT, n, amplitude, theta);
     if (kRows && table != nullptr)
         for (ptrdiff_t j = 0; j < b.count; ++j)
             TwiddleScale(x + b.At(0, j, p.xlen), table, table + n, z + 2 * b.W(0, j, zlen), n);
@@ -393,7 +387,7 @@ void UnpackInvDCTEven(const Pass<T, kRows> &p, const T *u, ptrdiff_t ulen, ptrdi
 
 // The inverse DCT on the DFT that the parity of n calls for.
 template <class T, bool kRows>
-int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan) {
+int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, Plan plan) {
     const Batch<kRows> &b = p.b;
     const ptrdiff_t n = p.N;
     const LineDft dft = DftFor(kInvDCT, n);
@@ -401,15 +395,14 @@ int32_t InvDCTPass(const Pass<T, kRows> &p, T *work, DFTI_DESCRIPTOR_HANDLE plan
     T *result = After(work, 2 * b.lanes * dft.in_len, b.lanes);
     b.ClearSpare(z, 2 * dft.in_len);
     PackInvDCT(p, z, dft.in_len, plan);
-    const int32_t status = ComputePlan(plan, false, z, result);
-    if (status < 0) return status;
+    FENNEL_TRY(plan.Backward(z, result));
     if (n % 2 != 0) {
         T *out = p.out;
         b.Sweep(0, n, [&](ptrdiff_t i, ptrdiff_t j) { out[b.At(i, j, p.olen)] = result[b.W(i, j, 2 * n)]; });
     } else {
         UnpackInvDCTEven(p, result, n, 2);
     }
-    return status;
+    return STATUS_OK;
 }
 
 }  // namespace fennel::trig

@@ -1,12 +1,48 @@
 // The twiddle loops of a single line, over a kept twiddle table: one product
 // pair per bin, vectorised (each lane does the same double operations as the
 // scalar code, so every width gives the same values).
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 
 #include "numerics/vectorize.h"
 #include "transforms/dct_dst_kernels.h"
 
 namespace fennel::trig {
+
+namespace {
+
+std::atomic<bool> g_keep_tables{true};
+
+// A table kept with a descriptor: what it was filled for, then the table.
+struct KeptTable {
+    uint64_t key;
+    size_t bytes;
+    double *table() { return reinterpret_cast<double *>(this + 1); }
+};
+static_assert(sizeof(KeptTable) % 16 == 0);
+constexpr uint32_t kTableKey = 0x54574944;  // "TWID"
+
+void ReleaseTable(void *table) { FreeAligned(table); }
+
+}  // namespace
+
+const double *KeptTwiddles(Plan plan, Kind kind, ptrdiff_t bins, double amplitude, double theta) {
+    const uint64_t key = (static_cast<uint64_t>(kind) << 56) | static_cast<uint64_t>(bins);
+    const size_t bytes = 2 * static_cast<size_t>(bins) * sizeof(double);
+    if (bytes == 0 || !g_keep_tables.load(std::memory_order_relaxed)) return nullptr;
+    auto *kept = static_cast<KeptTable *>(plan.Attachment(kTableKey));
+    if (kept != nullptr && kept->key == key && kept->bytes == bytes) return kept->table();
+    kept = static_cast<KeptTable *>(AllocateAligned(sizeof(KeptTable) + bytes));
+    if (kept == nullptr) return nullptr;
+    kept->key = key;
+    kept->bytes = bytes;
+    if (!plan.Attach(kTableKey, kept, &ReleaseTable)) return nullptr;
+    FillTwiddles(bins, amplitude, theta, kept->table());
+    return kept->table();
+}
+
+void KeepTwiddleTables(bool keep) { g_keep_tables.store(keep, std::memory_order_relaxed); }
 
 // The family calls the clones through plain wrappers below.
 namespace {

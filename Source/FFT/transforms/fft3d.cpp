@@ -6,23 +6,24 @@
 namespace fennel {
 
 template <class T>
-int32_t FFT3D(FDArrayHandle input, FDArrayHandle output, int32_t rows, int32_t columns,
-              int32_t pages, int32_t shift, FDArrayHandle workspace, FDPlanHandle *plan) {
+int32_t FFT3D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32_t rows,
+              int32_t columns, int32_t pages, int32_t shift, FDArrayHandle workspace,
+              FDPlanHandle *plan) {
     const int32_t requested[3] = {pages, rows, columns};
-    return md::Forward<T, 3>(input, output, requested, shift, workspace, plan);
+    return md::Forward<T, 3>(frame, input, output, requested, shift, workspace, plan);
 }
 
 template <class T>
-int32_t InvFFT3D(FDArrayHandle input, FDArrayHandle output, int32_t shift, FDArrayHandle workspace,
-                 FDPlanHandle *plan) {
-    return md::Inverse<T, 3>(input, output, shift, workspace, plan);
+int32_t InvFFT3D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                 FDArrayHandle workspace, FDPlanHandle *plan) {
+    return md::Inverse<T, 3>(frame, input, output, shift, workspace, plan);
 }
 
-#define FENNEL_FFT3D_INSTANCES(T)                                                              \
-    template int32_t FFT3D<T>(FDArrayHandle, FDArrayHandle, int32_t, int32_t, int32_t, int32_t, \
-                              FDArrayHandle, FDPlanHandle *);                                   \
-    template int32_t InvFFT3D<T>(FDArrayHandle, FDArrayHandle, int32_t, FDArrayHandle,          \
-                                 FDPlanHandle *);
+#define FENNEL_FFT3D_INSTANCES(T)                                                          \
+    template int32_t FFT3D<T>(CallFrame &, FDArrayHandle, FDArrayHandle, int32_t, int32_t, \
+                              int32_t, int32_t, FDArrayHandle, FDPlanHandle *);            \
+    template int32_t InvFFT3D<T>(CallFrame &, FDArrayHandle, FDArrayHandle, int32_t,       \
+                                 FDArrayHandle, FDPlanHandle *);
 FENNEL_FFT3D_INSTANCES(float)
 FENNEL_FFT3D_INSTANCES(double)
 FENNEL_FFT3D_INSTANCES(cfloat)

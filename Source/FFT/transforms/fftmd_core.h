@@ -8,11 +8,10 @@
 #include <algorithm>
 #include <cstring>
 
-#if !defined(_WIN32)
-#include "dft/engine/settings.h"
-#endif
-#include "frame/host_array.h"
 #include "dft/plan.h"
+#include "frame/host_array.h"
+#include "transforms/sizes.h"
+#include "transforms/full_spectrum_3d.h"
 #include "transforms/spectrum2d.h"
 
 namespace fennel::md {
@@ -73,21 +72,10 @@ void CopyBlock(const T *x, const int32_t (&n)[Rank], T *w, const int32_t (&L)[Ra
                         sizeof(T) * cols);
 }
 
-// Threads for the expansion after a transform of `total` points: as many as
-// the engine ran it on.  The foreign engine on Windows sets its own threads;
-// there the expansion stays on the calling thread.
-inline int ExpandThreads(ptrdiff_t total) {
-#if defined(_WIN32)
-    (void)total;
-    return 1;
-#else
-    return engine::ThreadsFor(total);
-#endif
-}
-
 // Full spectrum from the packed half spectrum of a real transform of sizes
 // L: element (p, r, k) from the conjugate of ((P - p) mod P, (R - r) mod R, k).
-// On as many threads as the engine gave the transform.
+// On as many threads as the engine gave the transform (one where the engine
+// sets its own threads, the one bound on Windows).
 template <class C, int Rank>
 void Expand(C *X, const int32_t (&L)[Rank]) {
     const ptrdiff_t pages = Rank == 3 ? L[0] : 1;
@@ -98,105 +86,100 @@ void Expand(C *X, const int32_t (&L)[Rank]) {
             const ptrdiff_t p = q / rows, r = q - p * rows;
             return (p == 0 ? 0 : pages - p) * rows + (r == 0 ? 0 : rows - r);
         },
-        ExpandThreads(pages * rows * L[Rank - 1]));
+        Plan::ThreadsFor(pages * rows * L[Rank - 1]));
 }
 
 // Forward computing routine: the L-sized transform of x (sizes n), padded
 // with zeros through the workspace where L exceeds n, cropped otherwise.
 template <class T, int Rank>
-int32_t ForwardCore(const T *x, const int32_t (&n)[Rank], typename Traits<T>::Complex *out,
-                    const int32_t (&L)[Rank], bool shift, FDArrayHandle workspace,
-                    DFTI_DESCRIPTOR_HANDLE *slot) {
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+int32_t ForwardCore(CallFrame &frame, const T *x, const int32_t (&n)[Rank],
+                    typename Traits<T>::Complex *out, const int32_t (&L)[Rank], bool shift,
+                    FDArrayHandle workspace, Plan plan) {
+    plan.ReleaseOnFailure(frame);
     HostArray<T, 1> ws(workspace);
-    EmptyAtExit<T, 1> ws_guard(ws);
     bool pad = false;
     for (int a = 0; a < Rank; ++a) pad = pad || L[a] > n[a];
     const T *source = x;
     if (pad) {
-        if (ws.is_null()) return status = STATUS_NO_WORKSPACE;
-        ws_guard.Arm();
+        if (ws.is_null()) return STATUS_NO_WORKSPACE;
+        frame.EmptyAtExit(ws);
         const int32_t total = Product(L);
-        if ((status = ws.Resize(total)) < 0) return status;
+        FENNEL_TRY(ws.Resize(total));
         std::memset(static_cast<void *>(ws.data()), 0, sizeof(T) * static_cast<size_t>(total));
         CopyBlock(x, n, ws.data(), L);
         source = ws.data();
     }
     const PlanGeometry g = Geometry<T>(L, pad ? L : n, false);
-    if ((status = AcquirePlan(slot, g)) < 0) return status;
+    FENNEL_TRY(plan.Acquire(g));
     if constexpr (!Traits<T>::kComplex && Rank == 3) {
-        // The engine writes the full spectrum itself where that pays.
-        const MKL_LONG full = engine::ComputeForwardFull(*slot, const_cast<T *>(source), out);
-        if (full == DFTI_NO_ERROR) {
+        // The full spectrum straight from pages and rows where that pays.
+        bool done = false;
+        MKL_LONG rowMajor[4];
+        RowMajorStrides(L, rowMajor);
+        const bool sameLayout = std::equal(rowMajor, rowMajor + 4, g.input_strides);
+        FENNEL_TRY(ForwardFull(plan, sameLayout, source, out, L, &done));
+        if (done) {
             if (shift) CentreMd(out, L);
-            return status;
+            return STATUS_OK;
         }
-        if (full != DFTI_UNIMPLEMENTED) return status = STATUS_DFTI_COMPUTE_FAILED;
     }
-    if ((status = ComputePlan(*slot, true, source, out)) < 0) return status;
+    FENNEL_TRY(plan.Forward(source, out));
     if constexpr (!Traits<T>::kComplex) Expand(out, L);
     if (shift) CentreMd(out, L);
-    return status;
+    return STATUS_OK;
 }
 
 // Inverse computing routine: the spectrum X of sizes n (natural order, or
 // centred when shift) into n samples scaled by 1 / (product of n).
 template <class T, int Rank>
-int32_t InverseCore(const typename Traits<T>::Complex *X, const int32_t (&n)[Rank], T *out,
-                    bool shift, FDArrayHandle workspace, DFTI_DESCRIPTOR_HANDLE *slot) {
+int32_t InverseCore(CallFrame &frame, const typename Traits<T>::Complex *X, const int32_t (&n)[Rank],
+                    T *out, bool shift, FDArrayHandle workspace, Plan plan) {
     using C = typename Traits<T>::Complex;
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+    plan.ReleaseOnFailure(frame);
     HostArray<C, 1> ws(workspace);
-    EmptyAtExit<C, 1> ws_guard(ws, shift);
     const C *source = X;
     if (shift) {
-        if (ws.is_null()) return status = STATUS_NO_WORKSPACE;
-        if ((status = ws.Resize(Product(n))) < 0) return status;
+        frame.EmptyAtExit(ws);
+        if (ws.is_null()) return STATUS_NO_WORKSPACE;
+        FENNEL_TRY(ws.Resize(Product(n)));
         UncentreCopyMd(X, ws.data(), n, !Traits<T>::kComplex);
         source = ws.data();
     }
-    if ((status = AcquirePlan(slot, Geometry<T>(n, n, true))) < 0) return status;
-    return status = ComputePlan(*slot, false, source, out);
+    FENNEL_TRY(plan.Acquire(Geometry<T>(n, n, true)));
+    return plan.Backward(source, out);
 }
 
 // Handle level of the forward transform; requested[a] <= 0 keeps the
 // input's size in dimension a.
 template <class T, int Rank>
-int32_t Forward(FDArrayHandle input, FDArrayHandle output, const int32_t (&requested)[Rank],
-                int32_t shift, FDArrayHandle workspace, FDPlanHandle *plan) {
+int32_t Forward(CallFrame &frame, FDArrayHandle input, FDArrayHandle output,
+                const int32_t (&requested)[Rank], int32_t shift, FDArrayHandle workspace,
+                FDPlanHandle *plan) {
     using C = typename Traits<T>::Complex;
     HostArray<T, Rank> in(input);
     HostArray<C, Rank> out(output);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<C, Rank> out_guard(out, status, Traits<T>::kComplexTypeCode);
+    frame.EmptyOnFailure(out, Traits<T>::kComplexTypeCode);
     int32_t n[Rank], L[Rank];
-    for (int a = 0; a < Rank; ++a)
-        if ((n[a] = in.size(a)) <= 0) return status = STATUS_EMPTY_ARRAY;
+    FENNEL_TRY(ReadSizes(in, n));
     for (int a = 0; a < Rank; ++a) L[a] = requested[a] > 0 ? requested[a] : n[a];
-    if (!PassesSizeGuard(L)) return status = STATUS_OUT_OF_MEMORY;
-    if ((status = out.Resize(L, Traits<T>::kComplexTypeCode)) < 0) return status;
-    TransientPlan slot(plan);
-    return status = ForwardCore<T>(in.data(), n, out.data(), L, shift != 0, workspace, slot.get());
+    FENNEL_TRY(SizeOutput(out, L, Traits<T>::kComplexTypeCode));
+    return ForwardCore<T>(frame, in.data(), n, out.data(), L, shift != 0, workspace,
+                          Plan::Of(frame, plan));
 }
 
 // Handle level of the inverse transform: the output has the input's sizes.
 template <class T, int Rank>
-int32_t Inverse(FDArrayHandle input, FDArrayHandle output, int32_t shift, FDArrayHandle workspace,
-                FDPlanHandle *plan) {
+int32_t Inverse(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32_t shift,
+                FDArrayHandle workspace, FDPlanHandle *plan) {
     using C = typename Traits<T>::Complex;
     HostArray<C, Rank> in(input);
     HostArray<T, Rank> out(output);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, Rank> out_guard(out, status, Traits<T>::kTypeCode);
+    frame.EmptyOnFailure(out);
     int32_t n[Rank];
-    for (int a = 0; a < Rank; ++a)
-        if ((n[a] = in.size(a)) <= 0) return status = STATUS_EMPTY_ARRAY;
-    if (!PassesSizeGuard(n)) return status = STATUS_OUT_OF_MEMORY;
-    if ((status = out.Resize(n)) < 0) return status;
-    TransientPlan slot(plan);
-    return status = InverseCore<T>(in.data(), n, out.data(), shift != 0, workspace, slot.get());
+    FENNEL_TRY(ReadSizes(in, n));
+    FENNEL_TRY(SizeOutput(out, n));
+    return InverseCore<T>(frame, in.data(), n, out.data(), shift != 0, workspace,
+                          Plan::Of(frame, plan));
 }
 
 }  // namespace fennel::md

@@ -8,6 +8,7 @@
 #include "frame/host_array.h"
 #include "dft/plan.h"
 #include "transforms/fftmd.h"
+#include "transforms/sizes.h"
 #include "transforms/spectrum2d.h"
 
 namespace fennel {
@@ -58,20 +59,18 @@ PlanGeometry BatchGeometry(const Channels &in, const Channels &out, bool inverse
 
 // Forward computing routine: L bins of every channel of x into out.
 template <class T>
-int32_t MultiChCore(const T *x, const Channels &in, typename Traits<T>::Complex *out, int32_t L,
-                    bool shift, FDArrayHandle workspace, DFTI_DESCRIPTOR_HANDLE *slot) {
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+int32_t MultiChCore(CallFrame &frame, const T *x, const Channels &in, typename Traits<T>::Complex *out,
+                    int32_t L, bool shift, FDArrayHandle workspace, Plan plan) {
+    plan.ReleaseOnFailure(frame);
     HostArray<T, 1> ws(workspace);
-    EmptyAtExit<T, 1> ws_guard(ws);
     const Channels spectra = in.WithLength(L);
     Channels source_layout = in;
     const T *source = x;
     if (L > in.length) {
-        if (ws.is_null()) return status = STATUS_NO_WORKSPACE;
-        ws_guard.Arm();
+        if (ws.is_null()) return STATUS_NO_WORKSPACE;
+        frame.EmptyAtExit(ws);
         const int32_t total = L * in.count;
-        if ((status = ws.Resize(total)) < 0) return status;
+        FENNEL_TRY(ws.Resize(total));
         T *w = ws.data();
         std::memset(static_cast<void *>(w), 0, sizeof(T) * static_cast<size_t>(total));
         if (in.columns) {
@@ -84,9 +83,8 @@ int32_t MultiChCore(const T *x, const Channels &in, typename Traits<T>::Complex 
         source_layout = spectra;
         source = w;
     }
-    status = AcquirePlan(slot, BatchGeometry<T>(source_layout, spectra, false));
-    if (status < 0) return status;
-    if ((status = ComputePlan(*slot, true, source, out)) < 0) return status;
+    FENNEL_TRY(plan.Acquire(BatchGeometry<T>(source_layout, spectra, false)));
+    FENNEL_TRY(plan.Forward(source, out));
     if constexpr (Traits<T>::kComplex) {
         if (shift) {
             if (in.columns)
@@ -98,23 +96,22 @@ int32_t MultiChCore(const T *x, const Channels &in, typename Traits<T>::Complex 
         for (int32_t ch = 0; ch < in.count; ++ch)
             CompleteAndCentre(out + ch * spectra.distance, spectra.stride, L, shift);
     }
-    return status;
+    return STATUS_OK;
 }
 
 // Inverse computing routine: every channel of X (N bins, natural order or
 // centred when shift) into N samples scaled by 1/N.
 template <class T>
-int32_t InvMultiChCore(const typename Traits<T>::Complex *X, const Channels &ch, T *out,
-                       bool shift, FDArrayHandle workspace, DFTI_DESCRIPTOR_HANDLE *slot) {
+int32_t InvMultiChCore(CallFrame &frame, const typename Traits<T>::Complex *X, const Channels &ch,
+                       T *out, bool shift, FDArrayHandle workspace, Plan plan) {
     using C = typename Traits<T>::Complex;
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+    plan.ReleaseOnFailure(frame);
     HostArray<C, 1> ws(workspace);
-    EmptyAtExit<C, 1> ws_guard(ws, shift);
     const C *source = X;
     if (shift) {
-        if (ws.is_null()) return status = STATUS_NO_WORKSPACE;
-        if ((status = ws.Resize(ch.count * ch.length)) < 0) return status;
+        frame.EmptyAtExit(ws);
+        if (ws.is_null()) return STATUS_NO_WORKSPACE;
+        FENNEL_TRY(ws.Resize(ch.count * ch.length));
         C *w = ws.data();
         // A real inverse reads only bins 0 .. N/2 of each channel.
         const int32_t N = ch.length;
@@ -130,56 +127,61 @@ int32_t InvMultiChCore(const typename Traits<T>::Complex *X, const Channels &ch,
         }
         source = w;
     }
-    if ((status = AcquirePlan(slot, BatchGeometry<T>(ch, ch, true))) < 0) return status;
-    return status = ComputePlan(*slot, false, source, out);
+    FENNEL_TRY(plan.Acquire(BatchGeometry<T>(ch, ch, true)));
+    return plan.Backward(source, out);
+}
+
+// The prologue of both directions: the input's sizes (of a matrix), the
+// orientation, and the output sized to dims once `Output` gives them.
+template <class T, class O, class Dims>
+int32_t ChannelsOf(CallFrame &frame, const HostArray<T, 2> &in, HostArray<O, 2> &out, int32_t orientation,
+                   int32_t typeCode, Channels &channels, Dims &&outputDims) {
+    frame.EmptyOnFailure(out, typeCode);
+    int32_t n[2];
+    FENNEL_TRY(ReadSizes(in, n));
+    if (orientation != 0 && orientation != 1) return STATUS_BAD_SELECTOR;
+    channels = Channels::Of(n[0], n[1], orientation == 1);
+    int32_t dims[2];
+    outputDims(channels, dims);
+    return SizeOutput(out, dims, typeCode);
 }
 
 }  // namespace
 
 template <class T>
-int32_t MultiChFFT2D(FDArrayHandle input, FDArrayHandle output, int32_t fftSize, int32_t shift,
-                     int32_t orientation, FDArrayHandle workspace, FDPlanHandle *plan) {
+int32_t MultiChFFT2D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
+                     int32_t shift, int32_t orientation, FDArrayHandle workspace, FDPlanHandle *plan) {
     using C = typename Traits<T>::Complex;
     HostArray<T, 2> in(input);
     HostArray<C, 2> out(output);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<C, 2> out_guard(out, status, Traits<T>::kComplexTypeCode);
-    const int32_t R = in.size(0), Cols = in.size(1);
-    if (R <= 0 || Cols <= 0) return status = STATUS_EMPTY_ARRAY;
-    if (orientation != 0 && orientation != 1) return status = STATUS_BAD_SELECTOR;
-    const Channels channels = Channels::Of(R, Cols, orientation == 1);
-    const int32_t L = fftSize > 0 ? fftSize : channels.length;
-    int32_t dims[2];
-    channels.WithLength(L).Dims(dims);
-    if (!PassesSizeGuard(dims)) return status = STATUS_OUT_OF_MEMORY;
-    if ((status = out.Resize(dims, Traits<T>::kComplexTypeCode)) < 0) return status;
-    TransientPlan slot(plan);
-    return status = MultiChCore<T>(in.data(), channels, out.data(), L, shift != 0, workspace,
-                                   slot.get());
+    Channels channels;
+    int32_t L = 0;
+    FENNEL_TRY(ChannelsOf(frame, in, out, orientation, Traits<T>::kComplexTypeCode, channels,
+                          [&](const Channels &c, int32_t(&dims)[2]) {
+                              L = fftSize > 0 ? fftSize : c.length;
+                              c.WithLength(L).Dims(dims);
+                          }));
+    return MultiChCore<T>(frame, in.data(), channels, out.data(), L, shift != 0, workspace,
+                          Plan::Of(frame, plan));
 }
 
 template <class T>
-int32_t InvMultiChFFT2D(FDArrayHandle input, FDArrayHandle output, int32_t shift,
+int32_t InvMultiChFFT2D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32_t shift,
                         int32_t orientation, FDArrayHandle workspace, FDPlanHandle *plan) {
     using C = typename Traits<T>::Complex;
     HostArray<C, 2> in(input);
     HostArray<T, 2> out(output);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, 2> out_guard(out, status, Traits<T>::kTypeCode);
-    const int32_t dims[2] = {in.size(0), in.size(1)};
-    if (dims[0] <= 0 || dims[1] <= 0) return status = STATUS_EMPTY_ARRAY;
-    if (orientation != 0 && orientation != 1) return status = STATUS_BAD_SELECTOR;
-    if (!PassesSizeGuard(dims)) return status = STATUS_OUT_OF_MEMORY;
-    if ((status = out.Resize(dims)) < 0) return status;
-    TransientPlan slot(plan);
-    return status = InvMultiChCore<T>(in.data(), Channels::Of(dims[0], dims[1], orientation == 1),
-                                      out.data(), shift != 0, workspace, slot.get());
+    Channels channels;
+    FENNEL_TRY(ChannelsOf(frame, in, out, orientation, Traits<T>::kTypeCode, channels,
+                          [](const Channels &c, int32_t(&dims)[2]) { c.Dims(dims); }));
+    return InvMultiChCore<T>(frame, in.data(), channels, out.data(), shift != 0, workspace,
+                             Plan::Of(frame, plan));
 }
 
 #define FENNEL_MULTICH_INSTANCES(T)                                                            \
-    template int32_t MultiChFFT2D<T>(FDArrayHandle, FDArrayHandle, int32_t, int32_t, int32_t,   \
+    template int32_t MultiChFFT2D<T>(CallFrame &, FDArrayHandle, FDArrayHandle, int32_t, int32_t, int32_t,   \
                                      FDArrayHandle, FDPlanHandle *);                            \
-    template int32_t InvMultiChFFT2D<T>(FDArrayHandle, FDArrayHandle, int32_t, int32_t,         \
+    template int32_t InvMultiChFFT2D<T>(CallFrame &, FDArrayHandle, FDArrayHandle, int32_t, int32_t,         \
                                         FDArrayHandle, FDPlanHandle *);
 FENNEL_MULTICH_INSTANCES(float)
 FENNEL_MULTICH_INSTANCES(double)

@@ -8,14 +8,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <thread>
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
-#include "platform/helper_thread.h"
-
 #include "transforms/spectrum.h"
+#include "transforms/work_sharing.h"
 
 namespace fennel {
 
@@ -59,22 +57,6 @@ void PlaceDown(C *X, ptrdiff_t from, int32_t Cols, const Mirror &mirror) {
     }
 }
 
-inline void Pause() {
-#if defined(__x86_64__) || defined(__i386__)
-    __builtin_ia32_pause();
-#endif
-}
-
-// Waits until done reaches target: spins briefly, then gives the core away
-// (the other thread may be waiting for one).
-inline void WaitFor(const std::atomic<ptrdiff_t> &done, ptrdiff_t target) {
-    for (int spin = 0; done.load(std::memory_order_acquire) < target; ++spin)
-        if (spin < 2000)
-            Pause();
-        else
-            std::this_thread::yield();
-}
-
 // Asks for the cache lines of n elements from p, up to 1 KB: enough for the
 // hardware prefetcher to take over a long row.
 template <class C>
@@ -98,7 +80,7 @@ struct Job {
     ptrdiff_t first[kMaxStages + 1];  // its first chunk; first[stages]: the last rows
     ptrdiff_t rowsPerChunk;
     bool stream = false;  // place the staged rows with non-temporal stores
-    std::atomic<ptrdiff_t> next{0}, done{0};
+    SharedPass pass;  // the chunks claimed and done
 
     Job(C *x, ptrdiff_t Q, int32_t cols, Mirror mir, ptrdiff_t minElements, ptrdiff_t chunkElements)
         : X(x), Cols(cols), mirror(mir) {
@@ -121,7 +103,7 @@ struct Job {
     void Chunk(ptrdiff_t c) {
         int s = 0;
         while (s < stages && c >= first[s + 1]) ++s;
-        WaitFor(done, first[s]);
+        pass.WaitFor(first[s]);
         if (s == stages) {
             PlaceDown(X, bound[s], Cols, mirror);
             return;
@@ -152,12 +134,7 @@ struct Job {
 
     static void Run(void *context) {
         Job &job = *static_cast<Job *>(context);
-        const ptrdiff_t total = job.first[job.stages] + 1;
-        for (ptrdiff_t c; (c = job.next.fetch_add(1, std::memory_order_relaxed)) < total;) {
-            job.Chunk(c);
-            job.done.fetch_add(1, std::memory_order_acq_rel);
-        }
-        WaitFor(job.done, total);
+        job.pass.Run(job.first[job.stages] + 1, [&job](ptrdiff_t c) { job.Chunk(c); });
     }
 };
 
@@ -180,9 +157,7 @@ void ExpandPacked(C *X, ptrdiff_t Q, int32_t Cols, Mirror mirror, int threads = 
         expand::Job<C, Mirror> job(X, Q, Cols, mirror, kMinElements, kChunkElements);
         job.stream = sizeof(C) == 16 && bytes >= kStreamFrom &&
                      reinterpret_cast<uintptr_t>(X) % 16 == 0;
-        if (threads <= 1 || bytes < kShareFrom ||
-            !RunWithHelper(&expand::Job<C, Mirror>::Run, &job))
-            expand::Job<C, Mirror>::Run(&job);
+        RunShared(job, threads > 1 && bytes >= kShareFrom);
         return;
     }
     expand::PlaceDown(X, Q, Cols, mirror);

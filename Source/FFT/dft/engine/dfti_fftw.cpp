@@ -26,8 +26,6 @@
 #include "dft/engine/dfti.h"
 #include "dft/engine/settings.h"
 #include "dft/engine/testing.h"
-#include "platform/helper_thread.h"
-#include "transforms/spectrum2d.h"
 
 namespace {
 
@@ -37,7 +35,6 @@ std::mutex g_planner_mutex;
 
 std::atomic<long> g_creates{0}, g_commits{0}, g_frees{0}, g_computes{0}, g_live{0};
 std::mutex g_fault_mutex;
-std::atomic<bool> g_cache_disabled{false};
 int g_fault_countdown[static_cast<int>(fennel::engine::Call::kCount)] = {};
 
 bool Fault(fennel::engine::Call call) {
@@ -162,13 +159,6 @@ struct DFTI_DESCRIPTOR {
     MKL_LONG row_plan_rows[4];
     int next_row_plan;
     void *column_plan;
-    // The forward transform of a 3D real descriptor to its full spectrum
-    // (ComputeForwardFull): the r2c of every page, the transform along the
-    // pages (one thread), and the packed spectrum with two row-pair buffers.
-    void *page_plan;
-    void *along_plan;
-    void *full_buffer;
-    size_t full_buffer_bytes;
     void *in_buffer;
     size_t in_buffer_bytes;
     void *out_buffer;
@@ -179,10 +169,6 @@ struct DFTI_DESCRIPTOR {
         void *object;
         void (*release)(void *);
     } attachments[4];
-    // The caller's cache (DescriptorCache).
-    void *cache;
-    size_t cache_bytes;
-    uint64_t cache_key;
 };
 
 namespace {
@@ -197,7 +183,7 @@ void DestroyPlan(const DFTI_DESCRIPTOR *d, void *&plan) {
 }
 
 void DestroyPlans(DFTI_DESCRIPTOR *d) {
-    bool any = d->column_plan != nullptr || d->page_plan != nullptr || d->along_plan != nullptr;
+    bool any = d->column_plan != nullptr;
     for (void *plan : d->plans) any = any || plan != nullptr;
     for (void *plan : d->row_plans) any = any || plan != nullptr;
     if (!any) return;
@@ -205,8 +191,6 @@ void DestroyPlans(DFTI_DESCRIPTOR *d) {
     for (void *&plan : d->plans) DestroyPlan(d, plan);
     for (void *&plan : d->row_plans) DestroyPlan(d, plan);
     DestroyPlan(d, d->column_plan);
-    DestroyPlan(d, d->page_plan);
-    DestroyPlan(d, d->along_plan);
     for (MKL_LONG &rows : d->row_plan_rows) rows = 0;
     d->next_row_plan = 0;
 }
@@ -218,15 +202,8 @@ void ReleaseBuffers(DFTI_DESCRIPTOR *d) {
     }
     fftw_free(d->in_buffer);
     fftw_free(d->out_buffer);
-    fftw_free(d->full_buffer);
-    d->full_buffer = nullptr;
-    d->full_buffer_bytes = 0;
     d->in_buffer = d->out_buffer = nullptr;
     d->in_buffer_bytes = d->out_buffer_bytes = 0;
-    fftw_free(d->cache);
-    d->cache = nullptr;
-    d->cache_bytes = 0;
-    d->cache_key = 0;
 }
 
 // Any change of configuration uncommits the descriptor.
@@ -528,190 +505,6 @@ MKL_LONG ComputeTopRows(DFTI_DESCRIPTOR *d, void *input, void *output, MKL_LONG 
     return DFTI_NO_ERROR;
 }
 
-// ---- the full spectrum of a 3D real transform ------------------------------------
-
-// The packed spectrum and buffers kept with a descriptor for ComputeFull are
-// limited to this many bytes (larger transforms are expanded in place by the
-// caller), and the transform along the pages needs enough pages to be worth
-// taking apart.
-constexpr size_t kFullKeepLimit = size_t{64} << 20;
-constexpr MKL_LONG kFullMinPages = 8;
-// Outputs from this many bytes are written with stores that bypass the
-// cache: the full spectrum is written once and not read back here.
-constexpr size_t kFullStreamFrom = size_t{2} << 20;
-
-// Plans one part of ComputeFull, for one thread, on aligned buffers of our
-// own: the 2D r2c of one page into packed rows of C / 2 + 1 bins (`pitch`
-// apart), or the P-point transforms along the pages of the bins of one row,
-// out of place into [P][C / 2 + 1].  A plan runs on later pages and rows
-// (and on the second half of a pair buffer) only if they share its arrays'
-// alignment class: an even pitch in float keeps the rows in class; input
-// pages out of class get a page plan made for any alignment.
-template <class R>
-ptrdiff_t FullPitch(ptrdiff_t half) {
-    return sizeof(R) == 4 ? half + (half & 1) : half;
-}
-
-template <class R>
-void *MakeFullPlan(const DFTI_DESCRIPTOR *d, bool page) {
-    const ptrdiff_t P = d->lengths[0], rows = d->lengths[1], C = d->lengths[2], half = C / 2 + 1;
-    const ptrdiff_t pitch = FullPitch<R>(half);
-    const size_t complex_bytes = 2 * sizeof(R);
-    const size_t in_bytes = page ? sizeof(R) * static_cast<size_t>(rows * C)
-                                 : static_cast<size_t>(P * rows * pitch) * complex_bytes;
-    const size_t out_bytes = static_cast<size_t>(page ? rows * pitch : 2 * P * pitch) * complex_bytes;
-    std::lock_guard<std::mutex> lock(g_planner_mutex);
-    fennel::engine::ApplyThreadCount(1);
-    fftw_set_timelimit(fennel::engine::PlannerTimeLimit());
-    fftwf_set_timelimit(fennel::engine::PlannerTimeLimit());
-    unsigned flags = PlannerFlags(P * rows * C);
-    char *in = static_cast<char *>(fftw_malloc(in_bytes));
-    char *out = static_cast<char *>(fftw_malloc(out_bytes));
-    void *plan = nullptr;
-    if (in != nullptr && out != nullptr) {
-        std::memset(in, 0, in_bytes);
-        // The next page's input and output, or the next row and the mirror
-        // half of the pair buffer.
-        const size_t in_step = page ? sizeof(R) * rows * C : complex_bytes * pitch;
-        const size_t out_step = complex_bytes * (page ? rows : P) * pitch;
-        if (Fftw<R>::AlignmentOf(in + in_step) != 0 || Fftw<R>::AlignmentOf(out + out_step) != 0)
-            flags |= FFTW_UNALIGNED;
-        if (page) {
-            const fftw_iodim64 dims[2] = {{rows, C, pitch}, {C, 1, 1}};
-            plan = Fftw<R>::R2C(2, dims, 0, nullptr, in, out, flags);
-        } else {
-            const fftw_iodim64 dim{P, rows * pitch, half}, loop{half, 1, 1};
-            plan = Fftw<R>::Dft(1, &dim, 1, &loop, in, out, FFTW_FORWARD, flags);
-        }
-    }
-    fftw_free(in);
-    fftw_free(out);
-    return plan;
-}
-
-// One run of ComputeFull on one or two threads.  First the pages, claimed in
-// turn, each transformed into the packed spectrum; then, once every page is
-// done, the rows in pairs r and R - r, transformed along the pages together
-// into a buffer of the thread's own and written out with each other's
-// mirrors while they sit in the cache.  Every page and row goes through the
-// same plan whichever thread takes it, so results do not depend on the
-// thread count.
-template <class R>
-struct FullJob {
-    using Cx = std::complex<R>;
-    using P = typename Fftw<R>::Plan;
-    P page, along;
-    const R *input;  // P x rows x C
-    Cx *spectrum;    // packed, P x rows x half, rows `pitch` apart
-    Cx *out;         // full, P x rows x C
-    Cx *buffers[2];  // [P][half] for row r, then (pitch * P on) for its mirror row
-    ptrdiff_t pages, rows, C, half, pitch;
-    bool stream;
-    std::atomic<ptrdiff_t> next_page{0}, pages_done{0}, next_pair{0}, pairs_done{0};
-    std::atomic<int> participants{0};
-
-    void Pair(ptrdiff_t r, Cx *own) {
-        const ptrdiff_t mr = r == 0 ? 0 : rows - r;
-        Cx *other = own + pages * pitch;
-        Fftw<R>::ExecDft(along, spectrum + r * pitch, own);
-        if (mr != r) Fftw<R>::ExecDft(along, spectrum + mr * pitch, other);
-        const Cx *mirrorOfR = mr != r ? other : own;
-        const int32_t cols = static_cast<int32_t>(C);
-        for (ptrdiff_t p = 0; p < pages; ++p) {
-            const ptrdiff_t mp = p == 0 ? 0 : pages - p;
-            fennel::WriteFullRow(out + (p * rows + r) * C, own + p * half, mirrorOfR + mp * half,
-                                 cols, stream);
-            if (mr != r)
-                fennel::WriteFullRow(out + (p * rows + mr) * C, other + p * half, own + mp * half,
-                                     cols, stream);
-        }
-    }
-
-    static void Run(void *context) {
-        FullJob &job = *static_cast<FullJob *>(context);
-        Cx *own = job.buffers[job.participants.fetch_add(1, std::memory_order_relaxed) & 1];
-        for (ptrdiff_t p; (p = job.next_page.fetch_add(1, std::memory_order_relaxed)) < job.pages;) {
-            Fftw<R>::ExecR2C(job.page, const_cast<R *>(job.input + p * job.rows * job.C),
-                             job.spectrum + p * job.rows * job.pitch);
-            job.pages_done.fetch_add(1, std::memory_order_acq_rel);
-        }
-        fennel::expand::WaitFor(job.pages_done, job.pages);
-        const ptrdiff_t pairs = job.rows / 2 + 1;
-        for (ptrdiff_t r; (r = job.next_pair.fetch_add(1, std::memory_order_relaxed)) < pairs;) {
-            job.Pair(r, own);
-#if defined(__SSE2__)
-            // Streamed rows are visible to the caller once counted done.
-            if (job.stream) _mm_sfence();
-#endif
-            job.pairs_done.fetch_add(1, std::memory_order_acq_rel);
-        }
-        // The caller returns with every row written, without waiting on the
-        // helper's wake-up.
-        fennel::expand::WaitFor(job.pairs_done, pairs);
-    }
-};
-
-// The forward transform of a 3D real descriptor in row-major layout (see
-// ComputeForwardFull) to the full spectrum.
-template <class R>
-MKL_LONG ComputeFull(DFTI_DESCRIPTOR *d, void *input, void *output) {
-    if (d == nullptr || !d->committed) return DFTI_BAD_DESCRIPTOR;
-    if (d->domain != DFTI_REAL || d->rank != 3) return DFTI_UNIMPLEMENTED;
-    const MKL_LONG pages = d->lengths[0], rows = d->lengths[1], C = d->lengths[2], half = C / 2 + 1;
-    const Layout l = MakeLayout(d, true);
-    const bool row_major = d->howmany == 1 && d->ce_storage == DFTI_COMPLEX_COMPLEX &&
-                           d->forward_scale == 1.0 && l.is[0] == 0 && l.is[1] == rows * C &&
-                           l.is[2] == C && l.is[3] == 1 && l.os[0] == 0 && l.os[1] == rows * half &&
-                           l.os[2] == half && l.os[3] == 1;
-    using Cx = std::complex<R>;
-    const auto line = [](size_t b) { return (b + 63) / 64 * 64; };
-    const size_t pair_bytes = line(static_cast<size_t>(2 * pages * FullPitch<R>(half)) * sizeof(Cx));
-    const size_t spectrum_bytes =
-        line(static_cast<size_t>(pages * rows * FullPitch<R>(half)) * sizeof(Cx));
-    const size_t keep = spectrum_bytes + 2 * pair_bytes;
-    // On one thread FFTW's own 3D plan and the caller's expansion are faster.
-    const ptrdiff_t total = pages * rows * C;
-    if (!row_major || pages < kFullMinPages || C < 2 || keep > kFullKeepLimit ||
-        fennel::engine::ThreadsFor(total) <= 1)
-        return DFTI_UNIMPLEMENTED;
-    // Declining above leaves the fault countdown to the caller's own compute.
-    if (Fault(fennel::engine::Call::kCompute)) return DFTI_INCONSISTENT_CONFIGURATION;
-    if (input == nullptr || output == nullptr || input == output) return DFTI_INVALID_CONFIGURATION;
-
-    const void *src = input;
-    if (Fftw<R>::AlignmentOf(input) != 0) {
-        const size_t in_bytes = sizeof(R) * static_cast<size_t>(total);
-        if (!EnsureBuffer(d->in_buffer, d->in_buffer_bytes, in_bytes)) return DFTI_MEMORY_ERROR;
-        std::memcpy(d->in_buffer, input, in_bytes);
-        src = d->in_buffer;
-    }
-    if (!EnsureBuffer(d->full_buffer, d->full_buffer_bytes, keep)) return DFTI_MEMORY_ERROR;
-    for (void **plan : {&d->page_plan, &d->along_plan})
-        if (*plan == nullptr && (*plan = MakeFullPlan<R>(d, plan == &d->page_plan)) == nullptr)
-            return DFTI_UNIMPLEMENTED;
-
-    using P = typename Fftw<R>::Plan;
-    char *block = static_cast<char *>(d->full_buffer);
-    FullJob<R> job;
-    job.page = static_cast<P>(d->page_plan);
-    job.along = static_cast<P>(d->along_plan);
-    job.input = static_cast<const R *>(src);
-    job.spectrum = reinterpret_cast<Cx *>(block);
-    job.buffers[0] = reinterpret_cast<Cx *>(block + spectrum_bytes);
-    job.buffers[1] = reinterpret_cast<Cx *>(block + spectrum_bytes + pair_bytes);
-    job.out = static_cast<Cx *>(output);
-    job.pages = pages;
-    job.rows = rows;
-    job.C = C;
-    job.half = half;
-    job.pitch = FullPitch<R>(half);
-    job.stream = reinterpret_cast<uintptr_t>(output) % 16 == 0 && (sizeof(R) == 8 || C % 2 == 0) &&
-                 static_cast<size_t>(total) * sizeof(Cx) >= kFullStreamFrom;
-    if (!fennel::RunWithHelper(&FullJob<R>::Run, &job)) FullJob<R>::Run(&job);
-    ++g_computes;
-    return DFTI_NO_ERROR;
-}
-
 MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
                 DFTI_CONFIG_VALUE domain, MKL_LONG rank, const MKL_LONG *lengths) {
     if (handle == nullptr) return DFTI_INVALID_CONFIGURATION;
@@ -971,11 +764,6 @@ MKL_LONG ComputeForwardTopRows(DFTI_DESCRIPTOR_HANDLE d, void *input, void *outp
     return ComputeTopRows<double>(d, input, output, rows);
 }
 
-MKL_LONG ComputeForwardFull(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output) {
-    if (d != nullptr && d->precision == DFTI_SINGLE) return ComputeFull<float>(d, input, output);
-    return ComputeFull<double>(d, input, output);
-}
-
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output) {
     if (d != nullptr && d->precision == DFTI_SINGLE) return Compute<float>(d, false, input, output, false);
     return Compute<double>(d, false, input, output, false);
@@ -1100,20 +888,6 @@ int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p) {
                                     : Fftw<double>::AlignmentOf(const_cast<void *>(p));
 }
 
-void *DescriptorCache(DFTI_DESCRIPTOR_HANDLE d, uint64_t key, size_t bytes, bool *fresh) {
-    *fresh = true;
-    if (d == nullptr || !d->committed || bytes == 0 || g_cache_disabled) return nullptr;
-    if (d->cache != nullptr && d->cache_key == key && d->cache_bytes == bytes) {
-        *fresh = false;
-        return d->cache;
-    }
-    fftw_free(d->cache);
-    d->cache = fftw_malloc(bytes);
-    d->cache_bytes = d->cache != nullptr ? bytes : 0;
-    d->cache_key = key;
-    return d->cache;
-}
-
 Counters GetCounters() {
     return Counters{g_creates.load(), g_commits.load(), g_frees.load(), g_computes.load(),
                     g_live.load()};
@@ -1125,8 +899,6 @@ void FailCall(Call call, int nth) {
     std::lock_guard<std::mutex> lock(g_fault_mutex);
     g_fault_countdown[static_cast<int>(call)] = nth;
 }
-
-void DisableDescriptorCache(bool disabled) { g_cache_disabled = disabled; }
 
 void ClearFaults() {
     std::lock_guard<std::mutex> lock(g_fault_mutex);

@@ -22,8 +22,4 @@ void ResetCounters();  // zeroes all but live
 void FailCall(Call call, int nth = 1);
 void ClearFaults();
 
-// Makes DescriptorCache offer nothing, as the foreign engine does, so tests
-// can compare the cached and the uncached paths.
-void DisableDescriptorCache(bool disabled);
-
 }  // namespace fennel::engine

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "correlation/top_rows.h"
 #include "dft/plan.h"
 #include "numerics/vectorize.h"
 
@@ -197,7 +198,8 @@ int32_t FrequencyDomainCore(CallFrame &frame, const X *x, int32_t r1, int32_t c1
     // and the spectra are (lr / 2 + 1) packed rows of lc bins (rows of
     // lc / 2 + 1 bins at a pitch of lc, the other choice, run the transforms
     // about 1.5x slower and need twice the memory).
-    const bool packed_rows = kReal && rank > 1 && engine::kHasBackwardLayout;
+    const bool extensions = Plan::HasExtensions();
+    const bool packed_rows = kReal && rank > 1 && extensions;
     const bool half_rows = kReal && rank > 1 && !packed_rows;
     const int64_t half = lc / 2 + 1;
     const int64_t region = kReal && rank == 1 ? lc + 2 : lr * lc;
@@ -261,22 +263,19 @@ int32_t FrequencyDomainCore(CallFrame &frame, const X *x, int32_t r1, int32_t c1
 
     // Forward: with packed rows only the operand's own rows are transformed
     // along the rows (the padding rows are zero and are neither written nor
-    // read).  Backward: the FFTW engine leaves the scale to the copy out,
-    // which multiplies each element by it as the engine would.
+    // read).  Backward: with the extensions the scale is left to the copy
+    // out, which multiplies each element by it as the engine would.
     const auto load = [&](O *buf, const auto *src, int32_t r, int32_t c, bool reversed) {
         LoadPadded(buf, src, r, c, lc, packed_rows ? int64_t{r} * lc : region, reversed);
     };
     const auto forward = [&](O *in, int32_t r, O *out) -> int32_t {
-        if (!packed_rows) return plan.Forward(in, out);
-        return engine::ComputeForwardTopRows(plan.descriptor(), in, out, r) == 0
-                   ? STATUS_OK
-                   : STATUS_DFTI_COMPUTE_FAILED;
+        return packed_rows ? ForwardTopRows(plan, g, in, out, r) : plan.Forward(in, out);
     };
     using R = typename Traits<O>::Real;
-    constexpr bool kUnscaled = engine::kHasBackwardLayout;
-    const R scale = kUnscaled ? static_cast<R>(1.0 / (static_cast<double>(lr) * static_cast<double>(lc))) : R(1);
+    const R scale = extensions ? static_cast<R>(1.0 / (static_cast<double>(lr) * static_cast<double>(lc)))
+                               : R(1);
     const auto backward = [&](O *in, O *out) -> int32_t {
-        return kUnscaled ? plan.BackwardUnscaled(in, out) : plan.Backward(in, out);
+        return extensions ? plan.BackwardUnscaled(in, out) : plan.Backward(in, out);
     };
 
     if (!same) {

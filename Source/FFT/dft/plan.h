@@ -112,6 +112,18 @@ class Plan {
     DFTI_DESCRIPTOR_HANDLE *slot_;
 };
 
+// Plans of a family's own geometry and the engine's aligned memory, kept as
+// attachments of a Plan (extensions: they fail without them).
+using engine::AlignmentClass;
+using engine::AllocateAligned;
+using engine::ExecuteRawPlan;
+using engine::FreeAligned;
+using engine::FreeRawPlan;
+using engine::MakeRawPlan;
+using engine::RawKind;
+using engine::RawPlan;
+using engine::RawSpec;
+
 // The plan slot of this call: the caller's, or for a null plan address a
 // slot of this call only, released at scope exit.
 class TransientPlan {

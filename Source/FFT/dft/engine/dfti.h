@@ -162,12 +162,6 @@ MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *ou
 
 // Being moved to the families that use them.
 namespace fennel::engine {
-#if defined(_WIN32)
-inline constexpr bool kHasBackwardLayout = false;
-#else
-inline constexpr bool kHasBackwardLayout = true;
-#endif
 void *DescriptorCache(DFTI_DESCRIPTOR_HANDLE handle, uint64_t key, size_t bytes, bool *fresh);
-MKL_LONG ComputeForwardTopRows(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output, MKL_LONG rows);
 MKL_LONG ComputeForwardFull(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
 }  // namespace fennel::engine

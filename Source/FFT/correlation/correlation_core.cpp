@@ -1,12 +1,11 @@
 #include "correlation/correlation_core.h"
 
-#include "numerics/blas.h"
-
 #include <algorithm>
 #include <cstring>
 
 #include "correlation/top_rows.h"
 #include "dft/plan.h"
+#include "numerics/blas.h"
 #include "numerics/vectorize.h"
 
 namespace fennel::corr {
@@ -21,10 +20,6 @@ int64_t FastLength(int64_t L) {
     }
 }
 
-// The clones live in an anonymous namespace (the resolvers of cloned
-// functions with external linkage would be exported whatever their
-// visibility), without contraction into fused multiply-adds, so every build
-// rounds alike.
 namespace {
 template <class R>
 FENNEL_VECTORIZED void
@@ -46,13 +41,13 @@ void MultiplyBins(const double *p, const double *q, double *d, int64_t n) {
 
 namespace {
 
-template <class T>
-inline void ScaleOne(T &v, double f) {
-    const auto s = static_cast<typename Traits<T>::Real>(f);
-    if constexpr (Traits<T>::kComplex)
-        v = T(v.real() * s, v.imag() * s);
+// v * s, each part of a complex v.
+template <class O>
+inline O Scaled(const O &v, typename Traits<O>::Real s) {
+    if constexpr (Traits<O>::kComplex)
+        return O(v.real() * s, v.imag() * s);
     else
-        v = v * s;
+        return v * s;
 }
 
 // ---- frequency-domain helpers -----------------------------------------------
@@ -76,15 +71,6 @@ void LoadPadded(O *buf, const S *src, int32_t rows, int32_t cols, int64_t pitch,
         std::fill(row + cols, row + pitch, O(0));
     }
     std::fill(buf + rows * pitch, buf + region, O(0));
-}
-
-// v * s, each part of a complex v.
-template <class O>
-inline O Scaled(const O &v, typename Traits<O>::Real s) {
-    if constexpr (Traits<O>::kComplex)
-        return O(v.real() * s, v.imag() * s);
-    else
-        return v * s;
 }
 
 // dest[0 .. n) <- src[0 .. n) times s (a plain copy when s is 1).
@@ -311,9 +297,9 @@ void Normalize(T *out, int32_t n, int32_t m, int32_t normalization) {
         Scal(out, static_cast<int32_t>(length), static_cast<typename Traits<T>::Real>(1.0 / hi));
     } else if (normalization == 1) {
         for (int32_t i = 0; i + 1 < lo; ++i) {
-            const double f = 1.0 / (i + 1);
-            ScaleOne(out[i], f);
-            ScaleOne(out[length - 1 - i], f);
+            const auto f = static_cast<typename Traits<T>::Real>(1.0 / (i + 1));
+            out[i] = Scaled(out[i], f);
+            out[length - 1 - i] = Scaled(out[length - 1 - i], f);
         }
         Scal(out + (lo - 1), hi - lo + 1, static_cast<typename Traits<T>::Real>(1.0 / lo));
     }

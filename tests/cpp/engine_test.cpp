@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "correlation/top_rows.h"
 #include "dft/engine/dfti.h"
 #include "support.h"
 
@@ -237,6 +238,15 @@ TYPED_TEST(EngineTest, LeadingRowsForwardAndUnscaledBackward) {
     ASSERT_EQ(DftiSetValue(d, DFTI_BACKWARD_SCALE, 0.25), 0);
     ASSERT_EQ(engine::SetBackwardLayout(d, spectra, data, false), 0);
     ASSERT_EQ(DftiCommitDescriptor(d), 0);
+    PlanGeometry g;  // what the descriptor was made for
+    g.precision = TestFixture::kPrecision;
+    g.domain = DFTI_REAL;
+    g.rank = 2;
+    g.lengths[0] = lr;
+    g.lengths[1] = lc;
+    g.strides = g.complex_complex = true;
+    std::copy_n(data, 3, g.input_strides);
+    std::copy_n(spectra, 3, g.output_strides);
     Buffer in(sizeof(R) * lr * lc, 0), padded(sizeof(R) * lr * lc, 0), back(sizeof(R) * lr * lc, 0),
         scaled(sizeof(R) * lr * lc, 0), got(sizeof(C) * lr * half, 0), want(sizeof(C) * lr * half, 0);
     for (long rows : {1L, 5L, lr}) {
@@ -245,7 +255,7 @@ TYPED_TEST(EngineTest, LeadingRowsForwardAndUnscaledBackward) {
             in.as<R>()[i] = i < rows * lc ? x[i] : std::numeric_limits<R>::quiet_NaN();
             padded.as<R>()[i] = i < rows * lc ? x[i] : R(0);
         }
-        ASSERT_EQ(engine::ComputeForwardTopRows(d, in.as<R>(), got.as<C>(), rows), 0) << rows;
+        ASSERT_EQ(corr::ForwardTopRows(Plan(&d), g, in.as<R>(), got.as<C>(), rows), 0) << rows;
         ASSERT_EQ(DftiComputeForward(d, padded.as<R>(), want.as<C>()), 0);
         for (long k = 0; k < lr * half; ++k) {
             EXPECT_NEAR(got.as<C>()[k].real(), want.as<C>()[k].real(), 1e-4) << rows << " " << k;
@@ -257,9 +267,9 @@ TYPED_TEST(EngineTest, LeadingRowsForwardAndUnscaledBackward) {
     }
     // Misaligned arrays and row counts outside 1 .. lr are refused.
     Buffer odd(sizeof(R) * lr * lc + 8, sizeof(R) == 4 ? 4 : 8);
-    EXPECT_NE(engine::ComputeForwardTopRows(d, odd.as<R>(), got.as<C>(), 2), 0);
-    EXPECT_NE(engine::ComputeForwardTopRows(d, in.as<R>(), got.as<C>(), 0), 0);
-    EXPECT_NE(engine::ComputeForwardTopRows(d, in.as<R>(), got.as<C>(), lr + 1), 0);
+    EXPECT_NE(corr::ForwardTopRows(Plan(&d), g, odd.as<R>(), got.as<C>(), 2), 0);
+    EXPECT_NE(corr::ForwardTopRows(Plan(&d), g, in.as<R>(), got.as<C>(), 0), 0);
+    EXPECT_NE(corr::ForwardTopRows(Plan(&d), g, in.as<R>(), got.as<C>(), lr + 1), 0);
     EXPECT_EQ(DftiFreeDescriptor(&d), 0);
 }
 

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <pthread.h>
 
+#include "frame/call_frame.h"
 #include "frame/host_array.h"
 #include "support.h"
 
@@ -93,6 +94,19 @@ TEST_F(HostTest, GuardsEmptyAtScopeExitAsArmed) {
         Scratch<double> refused(16);
         EXPECT_FALSE(refused.ok());
     }
+}
+
+// A workspace left empty by the call costs no host call at its end.
+TEST_F(HostTest, FrameEmptiesOnlyWorkspacesThatHoldElements) {
+    Array<float> held({3}), empty;
+    const int64_t before = FennelHostResizeCalls();
+    {
+        CallFrame frame;
+        frame.EmptyAtExitIfHeld(HostArray<float, 1>(held.h()));
+        frame.EmptyAtExitIfHeld(HostArray<float, 1>(empty.h()));
+    }
+    EXPECT_TRUE(held.empty());
+    EXPECT_EQ(FennelHostResizeCalls() - before, 1);
 }
 
 // Calls that resolve the host services, for the binding tests.

@@ -2,7 +2,6 @@
 // frequency-domain method.
 #include "correlation/correlation.h"
 #include "correlation/correlation_core.h"
-#include "dft/plan.h"
 
 namespace fennel {
 namespace {
@@ -11,23 +10,21 @@ using corr::OutOf;
 
 // Full result into the output (mode 0) or into fullScratch and then cropped.
 template <class X, class Y>
-int32_t ConvolutionCore(const X *x, int32_t n, const Y *y, int32_t m, OutOf<X, Y> *out,
-                        int32_t outputMode, int32_t algorithm, int32_t blockSize,
-                        FDArrayHandle fullScratch, FDArrayHandle fftScratch,
-                        DFTI_DESCRIPTOR_HANDLE *slot) {
+int32_t ConvolutionCore(CallFrame &frame, const X *x, int32_t n, const Y *y, int32_t m,
+                        OutOf<X, Y> *out, int32_t outputMode, int32_t algorithm, int32_t blockSize,
+                        FDArrayHandle fullScratch, FDArrayHandle fftScratch, Plan plan) {
     using O = OutOf<X, Y>;
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+    plan.ReleaseOnFailure(frame);
     HostArray<O, 1> fs(fullScratch);
-    EmptyAtExit<O, 1> fs_guard(fs, outputMode != 0 && fullScratch != nullptr);
     O *full = out;
     if (outputMode != 0) {
-        if (fullScratch == nullptr) return status = STATUS_NO_WORKSPACE;
-        if ((status = corr::PrepareScratchArray(fs, int64_t{n} + m - 1, &full)) < 0) return status;
+        frame.EmptyAtExit(fs);
+        if (fs.is_null()) return STATUS_NO_WORKSPACE;
+        FENNEL_TRY(ResizeWorkspace(fs, int64_t{n} + m - 1));
+        full = fs.data();
     }
     if (algorithm == 1) {
-        if ((status = corr::FrequencyDomainCore<X, Y>(x, n, y, m, full, 0, fftScratch, slot)) < 0)
-            return status;
+        FENNEL_TRY((corr::FrequencyDomainCore<X, Y>(frame, x, n, y, m, full, 0, fftScratch, plan)));
     } else if constexpr (std::is_same_v<X, Y>) {
         // The shorter operand supplies the scalars (x on a tie).
         if (n > m)
@@ -41,28 +38,25 @@ int32_t ConvolutionCore(const X *x, int32_t n, const Y *y, int32_t m, OutOf<X, Y
     }
     if (outputMode == 1) corr::CropSame(out, full, 1, n, 1, m);
     if (outputMode == 2) corr::CropValid(out, full, 1, n, 1, m);
-    return status;
+    return STATUS_OK;
 }
 
 }  // namespace
 
 template <class X, class Y>
-int32_t Convolution1D(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output, int32_t outputMode,
-                      int32_t algorithm, int32_t blockSize, FDArrayHandle fullScratch,
-                      FDArrayHandle fftScratch, FDPlanHandle *plan) {
+int32_t Convolution1D(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+                      int32_t outputMode, int32_t algorithm, int32_t blockSize,
+                      FDArrayHandle fullScratch, FDArrayHandle fftScratch, FDPlanHandle *plan) {
     using O = OutOf<X, Y>;
     HostArray<X, 1> xa(x);
     HostArray<Y, 1> ya(y);
     HostArray<O, 1> out(output);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<O, 1> out_guard(out, status, Traits<O>::kTypeCode);
-    corr::WorkspacesEmptied workspaces;
-    workspaces.Add<O>(fullScratch);
-    workspaces.Add<O>(fftScratch);
+    frame.EmptyOnFailure(out);
+    corr::LeaveEmpty<O, O>(frame, fullScratch, fftScratch);
 
     const int32_t n = xa.size(), m = ya.size();
-    if (n < 1 || m < 1) return status = STATUS_EMPTY_ARRAY;
-    if (algorithm != 0 && algorithm != 1) return status = STATUS_BAD_SELECTOR;
+    if (n < 1 || m < 1) return STATUS_EMPTY_ARRAY;
+    if (algorithm != 0 && algorithm != 1) return STATUS_BAD_SELECTOR;
     const int64_t full = int64_t{n} + m - 1;
     int64_t length = 0;
     switch (outputMode) {
@@ -70,21 +64,21 @@ int32_t Convolution1D(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output, in
         case 1: length = n; break;
         case 2:
             length = int64_t{n} - m + 1;
-            if (length < 1) return status = STATUS_EMPTY_OPERAND;
+            if (length < 1) return STATUS_EMPTY_OPERAND;
             break;
-        default: return status = STATUS_BAD_SELECTOR;
+        default: return STATUS_BAD_SELECTOR;
     }
-    if (full > corr::kMaxElements) return status = STATUS_OUT_OF_MEMORY;
-    if ((status = out.Resize(static_cast<int32_t>(length))) < 0) return status;
-    TransientPlan slot(plan);
-    return status = ConvolutionCore<X, Y>(xa.data(), n, ya.data(), m, out.data(), outputMode,
-                                          algorithm, blockSize, fullScratch, fftScratch, slot.get());
+    if (full > corr::kMaxElements) return STATUS_OUT_OF_MEMORY;
+    FENNEL_TRY(out.Resize(static_cast<int32_t>(length)));
+    return ConvolutionCore<X, Y>(frame, xa.data(), n, ya.data(), m, out.data(), outputMode,
+                                 algorithm, blockSize, fullScratch, fftScratch,
+                                 Plan::Of(frame, plan));
 }
 
 #define FENNEL_CONVOLUTION1D(X, Y)                                                              \
-    template int32_t Convolution1D<X, Y>(FDArrayHandle, FDArrayHandle, FDArrayHandle, int32_t,  \
-                                         int32_t, int32_t, FDArrayHandle, FDArrayHandle,         \
-                                         FDPlanHandle *);
+    template int32_t Convolution1D<X, Y>(CallFrame &, FDArrayHandle, FDArrayHandle,            \
+                                         FDArrayHandle, int32_t, int32_t, int32_t,               \
+                                         FDArrayHandle, FDArrayHandle, FDPlanHandle *);
 FENNEL_CONVOLUTION1D(float, float)
 FENNEL_CONVOLUTION1D(double, double)
 FENNEL_CONVOLUTION1D(cfloat, cfloat)

@@ -1,11 +1,11 @@
 #include "correlation/correlation_core.h"
 
-#include "numerics/blas.h"
-
 #include <algorithm>
 #include <cstring>
 
+#include "correlation/top_rows.h"
 #include "dft/plan.h"
+#include "numerics/blas.h"
 #include "numerics/vectorize.h"
 
 namespace fennel::corr {
@@ -20,10 +20,6 @@ int64_t FastLength(int64_t L) {
     }
 }
 
-// The clones live in an anonymous namespace (the resolvers of cloned
-// functions with external linkage would be exported whatever their
-// visibility), without contraction into fused multiply-adds, so every build
-// rounds alike.
 namespace {
 template <class R>
 FENNEL_VECTORIZED void
@@ -43,25 +39,15 @@ void MultiplyBins(const double *p, const double *q, double *d, int64_t n) {
     MultiplyBinsClones(p, q, d, n);
 }
 
-WorkspacesEmptied::~WorkspacesEmptied() {
-    for (int i = 0; i < count_; ++i) {
-        FDArrayHandle h = entries_[i].handle;
-        if (*h == nullptr || *static_cast<const int32_t *>(*h) == 0) continue;
-        // Only the host call and the length word matter here; the element
-        // type is given by the type code.
-        HostArray<float, 1>(h).Empty(entries_[i].type_code);
-    }
-}
-
 namespace {
 
-template <class T>
-inline void ScaleOne(T &v, double f) {
-    const auto s = static_cast<typename Traits<T>::Real>(f);
-    if constexpr (Traits<T>::kComplex)
-        v = T(v.real() * s, v.imag() * s);
+// v * s, each part of a complex v.
+template <class O>
+inline O Scaled(const O &v, typename Traits<O>::Real s) {
+    if constexpr (Traits<O>::kComplex)
+        return O(v.real() * s, v.imag() * s);
     else
-        v = v * s;
+        return v * s;
 }
 
 // ---- frequency-domain helpers -----------------------------------------------
@@ -85,15 +71,6 @@ void LoadPadded(O *buf, const S *src, int32_t rows, int32_t cols, int64_t pitch,
         std::fill(row + cols, row + pitch, O(0));
     }
     std::fill(buf + rows * pitch, buf + region, O(0));
-}
-
-// v * s, each part of a complex v.
-template <class O>
-inline O Scaled(const O &v, typename Traits<O>::Real s) {
-    if constexpr (Traits<O>::kComplex)
-        return O(v.real() * s, v.imag() * s);
-    else
-        return v * s;
 }
 
 // dest[0 .. n) <- src[0 .. n) times s (a plain copy when s is 1).
@@ -182,9 +159,9 @@ void DirectConvolve2D(const T *x, int32_t r1, int32_t c1, const T *y, int32_t r2
 }
 
 template <class X, class Y>
-int32_t FrequencyDomainCore(const X *x, int32_t r1, int32_t c1, const Y *y, int32_t r2, int32_t c2,
-                            int rank, OutOf<X, Y> *dest, int32_t kind, FDArrayHandle fftScratch,
-                            DFTI_DESCRIPTOR_HANDLE *slot) {
+int32_t FrequencyDomainCore(CallFrame &frame, const X *x, int32_t r1, int32_t c1, const Y *y,
+                            int32_t r2, int32_t c2, int rank, OutOf<X, Y> *dest, int32_t kind,
+                            FDArrayHandle fftScratch, Plan plan) {
     using O = OutOf<X, Y>;
     using C = typename Traits<O>::Complex;
     constexpr bool kReal = !Traits<O>::kComplex;
@@ -192,10 +169,9 @@ int32_t FrequencyDomainCore(const X *x, int32_t r1, int32_t c1, const Y *y, int3
     const int64_t lr = rank == 1 ? 1 : FastLength(rows), lc = FastLength(cols);
     if (kind != 0 && kind != 1) return STATUS_BAD_SELECTOR;
 
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+    plan.ReleaseOnFailure(frame);
     HostArray<O, 1> ws(fftScratch);
-    EmptyAtExit<O, 1> ws_guard(ws, fftScratch != nullptr);
+    frame.EmptyAtExit(ws);
 
     // Layout of a work buffer.  Data: rows of lc elements (a 1D real buffer
     // is padded to lc + 2 reals).  Spectra: 1D real lc / 2 + 1 bins; complex
@@ -208,7 +184,8 @@ int32_t FrequencyDomainCore(const X *x, int32_t r1, int32_t c1, const Y *y, int3
     // and the spectra are (lr / 2 + 1) packed rows of lc bins (rows of
     // lc / 2 + 1 bins at a pitch of lc, the other choice, run the transforms
     // about 1.5x slower and need twice the memory).
-    const bool packed_rows = kReal && rank > 1 && engine::kHasBackwardLayout;
+    const bool extensions = Plan::HasExtensions();
+    const bool packed_rows = kReal && rank > 1 && extensions;
     const bool half_rows = kReal && rank > 1 && !packed_rows;
     const int64_t half = lc / 2 + 1;
     const int64_t region = kReal && rank == 1 ? lc + 2 : lr * lc;
@@ -260,12 +237,11 @@ int32_t FrequencyDomainCore(const X *x, int32_t r1, int32_t c1, const Y *y, int3
     constexpr int64_t kPad = 64 / sizeof(O);
     const int64_t stride = (w + kPad - 1) / kPad * kPad;
     const int64_t count = (same ? 2 : 3) * stride + kPad;
-    if (count > kMaxElements) return status = STATUS_OUT_OF_MEMORY;  // before any planning
-    if ((status = AcquirePlan(slot, g)) < 0) return status;
-    if (fftScratch == nullptr) return status = STATUS_NO_WORKSPACE;
-
-    O *block = nullptr;
-    if ((status = PrepareScratchArray(ws, count, &block)) < 0) return status;
+    if (count > kMaxElements) return STATUS_OUT_OF_MEMORY;  // before any planning
+    FENNEL_TRY(plan.Acquire(g));
+    if (ws.is_null()) return STATUS_NO_WORKSPACE;
+    FENNEL_TRY(ResizeWorkspace(ws, count));
+    O *block = ws.data();
     const auto address = reinterpret_cast<uintptr_t>(block);
     O *a = reinterpret_cast<O *>((address + 63) / 64 * 64);
     O *b = a + stride;
@@ -273,48 +249,44 @@ int32_t FrequencyDomainCore(const X *x, int32_t r1, int32_t c1, const Y *y, int3
 
     // Forward: with packed rows only the operand's own rows are transformed
     // along the rows (the padding rows are zero and are neither written nor
-    // read).  Backward: the FFTW engine leaves the scale to the copy out,
-    // which multiplies each element by it as the engine would.
+    // read).  Backward: with the extensions the scale is left to the copy
+    // out, which multiplies each element by it as the engine would.
     const auto load = [&](O *buf, const auto *src, int32_t r, int32_t c, bool reversed) {
         LoadPadded(buf, src, r, c, lc, packed_rows ? int64_t{r} * lc : region, reversed);
     };
     const auto forward = [&](O *in, int32_t r, O *out) -> int32_t {
-        if (!packed_rows) return ComputePlan(*slot, true, in, out);
-        return engine::ComputeForwardTopRows(*slot, in, out, r) == 0 ? STATUS_OK
-                                                                     : STATUS_DFTI_COMPUTE_FAILED;
+        return packed_rows ? ForwardTopRows(plan, g, in, out, r) : plan.Forward(in, out);
     };
     using R = typename Traits<O>::Real;
-    constexpr bool kUnscaled = engine::kHasBackwardLayout;
-    const R scale = kUnscaled ? static_cast<R>(1.0 / (static_cast<double>(lr) * static_cast<double>(lc))) : R(1);
+    const R scale = extensions ? static_cast<R>(1.0 / (static_cast<double>(lr) * static_cast<double>(lc)))
+                               : R(1);
     const auto backward = [&](O *in, O *out) -> int32_t {
-        if (!kUnscaled) return ComputePlan(*slot, false, in, out);
-        return engine::ComputeBackwardUnscaled(*slot, in, out) == 0 ? STATUS_OK
-                                                                    : STATUS_DFTI_COMPUTE_FAILED;
+        return extensions ? plan.BackwardUnscaled(in, out) : plan.Backward(in, out);
     };
 
     if (!same) {
         O *c = b + stride;
         load(a, x, r1, c1, kind == 1);
         load(b, y, r2, c2, false);
-        if ((status = forward(a, r1, c)) < 0) return status;
-        if ((status = forward(b, r2, a)) < 0) return status;
+        FENNEL_TRY(forward(a, r1, c));
+        FENNEL_TRY(forward(b, r2, a));
         multiply(spectrum(c), spectrum(a), spectrum(b));
-        if ((status = backward(b, a)) < 0) return status;
+        FENNEL_TRY(backward(b, a));
         Extract(dest, a, rows, cols, lc, scale);
-        return status;
+        return STATUS_OK;
     }
     load(a, x, r1, c1, false);
-    if ((status = forward(a, r1, b)) < 0) return status;
+    FENNEL_TRY(forward(a, r1, b));
     if (kind == 0)
         multiply(spectrum(b), spectrum(b), spectrum(a));
     else
         square(spectrum(b), spectrum(a));
-    if ((status = backward(a, b)) < 0) return status;
+    FENNEL_TRY(backward(a, b));
     if (kind == 0)
         Extract(dest, b, rows, cols, lc, scale);
     else
         ExtractRotated(dest, b, r1, c1, lr, lc, lc, scale);
-    return status;
+    return STATUS_OK;
 }
 
 template <class T>
@@ -325,30 +297,28 @@ void Normalize(T *out, int32_t n, int32_t m, int32_t normalization) {
         Scal(out, static_cast<int32_t>(length), static_cast<typename Traits<T>::Real>(1.0 / hi));
     } else if (normalization == 1) {
         for (int32_t i = 0; i + 1 < lo; ++i) {
-            const double f = 1.0 / (i + 1);
-            ScaleOne(out[i], f);
-            ScaleOne(out[length - 1 - i], f);
+            const auto f = static_cast<typename Traits<T>::Real>(1.0 / (i + 1));
+            out[i] = Scaled(out[i], f);
+            out[length - 1 - i] = Scaled(out[length - 1 - i], f);
         }
         Scal(out + (lo - 1), hi - lo + 1, static_cast<typename Traits<T>::Real>(1.0 / lo));
     }
 }
 
 template <class X, class Y>
-int32_t CorrelationCore(const X *x, int32_t n, const Y *y, int32_t m, OutOf<X, Y> *out,
-                        int32_t algorithm, int32_t normalization, int32_t blockSize,
-                        FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
-                        DFTI_DESCRIPTOR_HANDLE *slot) {
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+int32_t CorrelationCore(CallFrame &frame, const X *x, int32_t n, const Y *y, int32_t m,
+                        OutOf<X, Y> *out, int32_t algorithm, int32_t normalization,
+                        int32_t blockSize, FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                        Plan plan) {
+    plan.ReleaseOnFailure(frame);
     if (algorithm == 1) {
-        if ((status = FrequencyDomainCore<X, Y>(x, n, y, m, out, 1, fftScratch, slot)) < 0)
-            return status;
+        FENNEL_TRY((FrequencyDomainCore<X, Y>(frame, x, n, y, m, out, 1, fftScratch, plan)));
     } else {
-        if (reverseScratch == nullptr) return status = STATUS_NO_WORKSPACE;
+        if (reverseScratch == nullptr) return STATUS_NO_WORKSPACE;
         HostArray<X, 1> rs(reverseScratch);
-        EmptyAtExit<X, 1> rs_guard(rs, true);
-        X *reversed = nullptr;
-        if ((status = PrepareScratchArray(rs, int64_t{n} + m - 1, &reversed)) < 0) return status;
+        frame.EmptyAtExit(rs);
+        FENNEL_TRY(ResizeWorkspace(rs, int64_t{n} + m - 1));
+        X *reversed = rs.data();
         ReverseCopy(reversed, x, n);
         // The shorter operand supplies the scalars; of a mixed pair the real one.
         if constexpr (std::is_same_v<X, Y>) {
@@ -363,16 +333,16 @@ int32_t CorrelationCore(const X *x, int32_t n, const Y *y, int32_t m, OutOf<X, Y
         }
     }
     Normalize(out, n, m, normalization);
-    return status;
+    return STATUS_OK;
 }
 
 #define FENNEL_CORR_PAIR(X, Y)                                                                     \
-    template int32_t FrequencyDomainCore<X, Y>(const X *, int32_t, int32_t, const Y *, int32_t,    \
-                                               int32_t, int, OutOf<X, Y> *, int32_t, FDArrayHandle, \
-                                               DFTI_DESCRIPTOR_HANDLE *);                           \
-    template int32_t CorrelationCore<X, Y>(const X *, int32_t, const Y *, int32_t, OutOf<X, Y> *,  \
-                                           int32_t, int32_t, int32_t, FDArrayHandle,                \
-                                           FDArrayHandle, DFTI_DESCRIPTOR_HANDLE *);
+    template int32_t FrequencyDomainCore<X, Y>(CallFrame &, const X *, int32_t, int32_t,           \
+                                               const Y *, int32_t, int32_t, int, OutOf<X, Y> *,     \
+                                               int32_t, FDArrayHandle, Plan);                       \
+    template int32_t CorrelationCore<X, Y>(CallFrame &, const X *, int32_t, const Y *, int32_t,    \
+                                           OutOf<X, Y> *, int32_t, int32_t, int32_t, FDArrayHandle, \
+                                           FDArrayHandle, Plan);
 FENNEL_CORR_PAIR(float, float)
 FENNEL_CORR_PAIR(double, double)
 FENNEL_CORR_PAIR(cfloat, cfloat)

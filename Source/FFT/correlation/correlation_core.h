@@ -1,5 +1,5 @@
 // Shared pieces of convolution, correlation and autocorrelation in one and
-// two dimensions: scratch sizing, the transform length rule, the direct and
+// two dimensions: the workspace rule, the transform length rule, the direct and
 // frequency-domain methods, the spectrum kernels and the croppers.
 //
 // Operand pairs: X and Y are the element types of the two operands; the
@@ -11,8 +11,9 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "dft/engine/dfti.h"
+#include "dft/plan.h"
 #include "fennel_dsp.h"
+#include "frame/call_frame.h"
 #include "frame/host_array.h"
 #include "frame/types.h"
 
@@ -24,43 +25,16 @@ using OutOf = std::conditional_t<Traits<Y>::kComplex, Y, X>;
 // Largest element count a host array can hold (its sizes are int32).
 constexpr int64_t kMaxElements = INT32_MAX;
 
-// Sizes a 1D scratch array to n elements (no host call when it already holds
-// n) and returns its data in *data; -20001 and a null pointer on failure.
-template <class T>
-int32_t PrepareScratchArray(HostArray<T, 1> &scratch, int64_t n, T **data) {
-    *data = nullptr;
-    if (n > kMaxElements) return STATUS_OUT_OF_MEMORY;
-    const int32_t status = scratch.Resize(static_cast<int32_t>(n));
-    if (status < 0) return status;
-    *data = scratch.data();
-    return STATUS_OK;
-}
-
 // The smallest number >= L whose only prime factors are 2, 3, 5 and 7.
 int64_t FastLength(int64_t L);
 
-// Empties, at scope exit, every workspace array given to it that is not
-// already empty: workspaces are left at 0 elements after every call, on
-// success and failure alike.
-class WorkspacesEmptied {
-   public:
-    WorkspacesEmptied() = default;
-    ~WorkspacesEmptied();
-    template <class T>
-    void Add(FDArrayHandle handle) {
-        if (handle != nullptr && count_ < 3) entries_[count_++] = {handle, Traits<T>::kTypeCode};
-    }
-    WorkspacesEmptied(const WorkspacesEmptied &) = delete;
-    WorkspacesEmptied &operator=(const WorkspacesEmptied &) = delete;
-
-   private:
-    struct Entry {
-        FDArrayHandle handle;
-        int32_t type_code;
-    };
-    Entry entries_[3] = {};
-    int count_ = 0;
-};
+// Registers the two workspaces of a call (null ones are skipped): each is
+// left empty when the call ends, with no host call for one already empty.
+template <class A, class B>
+void LeaveEmpty(CallFrame &frame, FDArrayHandle first, FDArrayHandle second) {
+    frame.EmptyAtExitIfHeld(HostArray<A, 1>(first));
+    frame.EmptyAtExitIfHeld(HostArray<B, 1>(second));
+}
 
 // ---- element kernels ----------------------------------------------------
 
@@ -194,20 +168,20 @@ void DirectConvolve2D(const T *x, int32_t r1, int32_t c1, const T *y, int32_t r2
 // Full convolution (kind 0) or correlation (kind 1: x reversed in every
 // dimension and conjugated) of x (r1 x c1) and y (r2 x c2) into dest
 // ((r1 + r2 - 1) x (c1 + c2 - 1)) through transforms of FastLength sizes in
-// `rank` dimensions (1: r1 = r2 = 1).  The plan in *slot is reused or
-// rebuilt, and freed on failure; fftScratch holds the work buffers and is
+// `rank` dimensions (1: r1 = r2 = 1).  The plan is reused or rebuilt, and
+// released when the call fails; fftScratch holds the work buffers and is
 // emptied at the end.  When x and y are the same array only one forward
 // transform is made; kind 1 then writes the lags rotated into place.
 template <class X, class Y>
-int32_t FrequencyDomainCore(const X *x, int32_t r1, int32_t c1, const Y *y, int32_t r2, int32_t c2,
-                            int rank, OutOf<X, Y> *dest, int32_t kind, FDArrayHandle fftScratch,
-                            DFTI_DESCRIPTOR_HANDLE *slot);
+int32_t FrequencyDomainCore(CallFrame &frame, const X *x, int32_t r1, int32_t c1, const Y *y,
+                            int32_t r2, int32_t c2, int rank, OutOf<X, Y> *dest, int32_t kind,
+                            FDArrayHandle fftScratch, Plan plan);
 
 // The 1D form.
 template <class X, class Y>
-int32_t FrequencyDomainCore(const X *x, int32_t n, const Y *y, int32_t m, OutOf<X, Y> *dest,
-                            int32_t kind, FDArrayHandle fftScratch, DFTI_DESCRIPTOR_HANDLE *slot) {
-    return FrequencyDomainCore<X, Y>(x, 1, n, y, 1, m, 1, dest, kind, fftScratch, slot);
+int32_t FrequencyDomainCore(CallFrame &frame, const X *x, int32_t n, const Y *y, int32_t m,
+                            OutOf<X, Y> *dest, int32_t kind, FDArrayHandle fftScratch, Plan plan) {
+    return FrequencyDomainCore<X, Y>(frame, x, 1, n, y, 1, m, 1, dest, kind, fftScratch, plan);
 }
 
 // Correlation of x (n) and y (m) into out (n + m - 1 elements) by the direct
@@ -215,10 +189,10 @@ int32_t FrequencyDomainCore(const X *x, int32_t n, const Y *y, int32_t m, OutOf<
 // normalisation (0 none, 1 unbiased, 2 biased).  Shared by correlation and
 // autocorrelation.
 template <class X, class Y>
-int32_t CorrelationCore(const X *x, int32_t n, const Y *y, int32_t m, OutOf<X, Y> *out,
-                        int32_t algorithm, int32_t normalization, int32_t blockSize,
-                        FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
-                        DFTI_DESCRIPTOR_HANDLE *slot);
+int32_t CorrelationCore(CallFrame &frame, const X *x, int32_t n, const Y *y, int32_t m,
+                        OutOf<X, Y> *out, int32_t algorithm, int32_t normalization,
+                        int32_t blockSize, FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
+                        Plan plan);
 
 // Divides each lag of a full correlation of lengths n and m by its number of
 // products (unbiased, 1) or every lag by max(n, m) (biased, 2).

@@ -2,7 +2,8 @@
 // cleaned up when the call ends, so that a handle-level routine reads as the
 // algorithm's steps and any return, plain or early, cleans up the same way:
 // - outputs registered with EmptyOnFailure are emptied when the call fails;
-// - workspaces registered with EmptyAtExit are emptied when the call ends;
+// - workspaces registered with EmptyAtExit are emptied when the call ends
+//   (with EmptyAtExitIfHeld only when they hold elements then);
 // - plans registered with FreePlanOnFailure are released when the call fails.
 // Routines take the frame as their first argument; Call runs one in a fresh
 // frame.  The frame holds no memory of its own (the library allocates only
@@ -35,6 +36,12 @@ class CallFrame {
     void EmptyAtExit(const HostArray<T, Rank> &array, int32_t typeCode = Traits<T>::kTypeCode) {
         Add(Entry::kWorkspace, array.handle(), typeCode, Rank);
     }
+    // Empties the array when the call ends if it holds a block whose first
+    // size is not 0 then: an array left empty costs no host call.
+    template <class T, int Rank>
+    void EmptyAtExitIfHeld(const HostArray<T, Rank> &array, int32_t typeCode = Traits<T>::kTypeCode) {
+        Add(Entry::kHeldWorkspace, array.handle(), typeCode, Rank);
+    }
     // Releases the plan in the slot when the call fails, leaving it null (a
     // failed release leaves it set); release(slot) returns 0 on success.
     void FreePlanOnFailure(void *slot, int32_t (*release)(void *slot)) {
@@ -57,7 +64,7 @@ class CallFrame {
 
    private:
     struct Entry {
-        enum Kind { kOutput, kWorkspace } kind;
+        enum Kind { kOutput, kWorkspace, kHeldWorkspace } kind;
         FDArrayHandle handle;
         int32_t type_code;
         int rank;
@@ -78,9 +85,14 @@ class CallFrame {
         const bool failed = status_ < 0;
         // Plans first: a release may fail and then leaves its slot set.
         for (int i = plan_count_ - 1; failed && i >= 0; --i) plans_[i].release(plans_[i].slot);
-        for (int i = count_ - 1; i >= 0; --i)
-            if (failed || entries_[i].kind == Entry::kWorkspace)
-                EmptyArray(entries_[i].handle, entries_[i].type_code, entries_[i].rank);
+        for (int i = count_ - 1; i >= 0; --i) {
+            const Entry &e = entries_[i];
+            if (e.kind == Entry::kOutput && !failed) continue;
+            if (e.kind == Entry::kHeldWorkspace &&
+                (*e.handle == nullptr || *static_cast<const int32_t *>(*e.handle) == 0))
+                continue;
+            EmptyArray(e.handle, e.type_code, e.rank);
+        }
         if (local_release_ != nullptr) local_release_(&local_slot_);
     }
 
@@ -92,6 +104,14 @@ class CallFrame {
     void *local_slot_ = nullptr;
     int32_t (*local_release_)(void *slot) = nullptr;
 };
+
+// Sizes a one-dimensional workspace to `count` elements (no host call when it
+// holds them already); -20001 when the count exceeds a host array's sizes.
+template <class T>
+int32_t ResizeWorkspace(HostArray<T, 1> &workspace, int64_t count) {
+    if (count > INT32_MAX) return STATUS_OUT_OF_MEMORY;
+    return workspace.Resize(static_cast<int32_t>(count));
+}
 
 // Returns the status of a step when it failed: the steps of a routine read
 // FENNEL_TRY(out.Resize(L)); and the frame cleans up.

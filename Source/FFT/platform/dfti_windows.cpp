@@ -196,9 +196,6 @@ MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, const MKL_LONG *, const MKL_L
     return DFTI_UNIMPLEMENTED;
 }
 bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, MKL_LONG *, MKL_LONG *) { return false; }
-MKL_LONG ComputeForwardTopRows(DFTI_DESCRIPTOR_HANDLE, void *, void *, MKL_LONG) {
-    return DFTI_UNIMPLEMENTED;
-}
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE, void *, void *) {
     return DFTI_UNIMPLEMENTED;
 }

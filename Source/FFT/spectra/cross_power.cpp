@@ -4,19 +4,16 @@
 // and transformed first; the longer one is transformed straight from its
 // input.  Both transforms share one descriptor of length L.
 #include <algorithm>
-#include <climits>
 #include <cmath>
 #include <cstring>
 #include <limits>
 
-#include "numerics/blas.h"
-#include "frame/host_array.h"
 #include "dft/plan.h"
+#include "numerics/blas.h"
 #include "spectra/spectra.h"
 
 namespace fennel {
 namespace {
-
 
 // The two signals ordered for transforming: the padded one first.
 template <class T>
@@ -130,123 +127,101 @@ void CrossSpectrumKernel(typename Traits<T>::Real *__restrict magnitude,
 }
 
 template <class T>
-int32_t CrossPowerCore(const T *x, int32_t nx, const T *y, int32_t ny,
-                       typename Traits<T>::Complex *out, FDArrayHandle workspace,
-                       DFTI_DESCRIPTOR_HANDLE *slot) {
+int32_t CrossPowerCore(CallFrame &frame, const T *x, int32_t nx, const T *y, int32_t ny,
+                       typename Traits<T>::Complex *out, FDArrayHandle workspace, Plan plan) {
     using R = typename Traits<T>::Real;
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+    plan.ReleaseOnFailure(frame);
     HostArray<T, 1> ws(workspace);
-    EmptyAtExit<T, 1> ws_guard(ws, !ws.is_null());
-    if (nx <= 0 || ny <= 0) return status = STATUS_EMPTY_ARRAY;
-    if (ws.is_null()) return status = STATUS_NO_WORKSPACE;
+    frame.EmptyAtExit(ws);
+    if (ws.is_null()) return STATUS_NO_WORKSPACE;
     const SignalPair<T> p = OrderSignals(x, nx, y, ny);
     const int32_t L = p.length;
-    if (L > INT32_MAX - 2) return status = STATUS_OUT_OF_MEMORY;
-    if ((status = ws.Resize(L + 2)) < 0) return status;
+    FENNEL_TRY(ResizeWorkspace(ws, int64_t{L} + 2));
     // The output holds the padded signal until its transform is done.
     T *padded = reinterpret_cast<T *>(out);
     CopyPadded(padded, p.shorter, p.short_length, L);
-    status = AcquirePlan(slot, Geometry1D(kPrecisionOf<T>, kDomainOf<T>, L, false));
-    if (status < 0) return status;
-    if ((status = ComputePlan(*slot, true, padded, ws.data())) < 0) return status;
-    if ((status = ComputePlan(*slot, true, p.longer, out)) < 0) return status;
+    FENNEL_TRY(plan.Acquire(Geometry1D<T>(L, false)));
+    FENNEL_TRY(plan.Forward(padded, ws.data()));
+    FENNEL_TRY(plan.Forward(p.longer, out));
     CrossPowerKernel<T>(reinterpret_cast<R *>(out), reinterpret_cast<const R *>(ws.data()), L,
                         p.swapped);
-    return status;
+    return STATUS_OK;
 }
 
 template <class T>
-int32_t CrossPowerSpectrumCore(const T *x, int32_t nx, const T *y, int32_t ny,
+int32_t CrossPowerSpectrumCore(CallFrame &frame, const T *x, int32_t nx, const T *y, int32_t ny,
                                typename Traits<T>::Real *magnitude,
                                typename Traits<T>::Real *phase, int32_t spectrumType,
-                               FDArrayHandle workspace, DFTI_DESCRIPTOR_HANDLE *slot) {
+                               FDArrayHandle workspace, Plan plan) {
     using R = typename Traits<T>::Real;
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+    plan.ReleaseOnFailure(frame);
     HostArray<T, 1> ws(workspace);
-    EmptyAtExit<T, 1> ws_guard(ws, !ws.is_null());
-    if (nx <= 0 || ny <= 0) return status = STATUS_EMPTY_ARRAY;
-    if (ws.is_null()) return status = STATUS_NO_WORKSPACE;
+    frame.EmptyAtExit(ws);
+    if (ws.is_null()) return STATUS_NO_WORKSPACE;
     const SignalPair<T> p = OrderSignals(x, nx, y, ny);
     const int32_t L = p.length;
-    if (L > (INT32_MAX - 4) / 2) return status = STATUS_OUT_OF_MEMORY;
-    if ((status = ws.Resize(2 * L + 4)) < 0) return status;
+    FENNEL_TRY(ResizeWorkspace(ws, 2 * int64_t{L} + 4));
     // First spectrum in [0, L + 2); the padded copy, then the second
     // spectrum over it, from L + 2 on.
     T *first = ws.data();
     T *second = first + (L + 2);
     CopyPadded(second, p.shorter, p.short_length, L);
-    status = AcquirePlan(slot, Geometry1D(kPrecisionOf<T>, kDomainOf<T>, L, false));
-    if (status < 0) return status;
-    if ((status = ComputePlan(*slot, true, second, first)) < 0) return status;
-    if ((status = ComputePlan(*slot, true, p.longer, second)) < 0) return status;
+    FENNEL_TRY(plan.Acquire(Geometry1D<T>(L, false)));
+    FENNEL_TRY(plan.Forward(second, first));
+    FENNEL_TRY(plan.Forward(p.longer, second));
     const auto *X = reinterpret_cast<const R *>(p.swapped ? second : first);
     const auto *Y = reinterpret_cast<const R *>(p.swapped ? first : second);
     CrossSpectrumKernel<T>(magnitude, phase, X, Y, L, spectrumType,
                            SpectrumLength(L, spectrumType));
-    return status;
-}
-
-template <class T>
-int32_t CrossPowerSpectrumSteps(FDArrayHandle x, FDArrayHandle y, double dt,
-                                int32_t spectrumType, double &step, FDArrayHandle magnitude,
-                                FDArrayHandle phase, FDArrayHandle workspace, FDPlanHandle *plan) {
-    using R = typename Traits<T>::Real;
-    HostArray<T, 1> xa(x), ya(y);
-    HostArray<R, 1> mag(magnitude), ph(phase);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<R, 1> mag_guard(mag, status, Traits<R>::kTypeCode);
-    EmptyOnFailure<R, 1> ph_guard(ph, status, Traits<R>::kTypeCode);
-    const int32_t nx = xa.size(), ny = ya.size();
-    if (nx < 1 || ny < 1) return status = STATUS_EMPTY_ARRAY;
-    // Written so that a NaN interval passes (its frequency step is NaN).
-    if (dt <= 0.0) return status = STATUS_BAD_SAMPLING_INTERVAL;
-    const int32_t L = std::max(nx, ny);
-    const int32_t length = SpectrumLength(L, spectrumType);
-    if (length < 0) return status = STATUS_BAD_SELECTOR;
-    step = 1.0 / (static_cast<double>(L) * dt);
-    if ((status = mag.Resize(length)) < 0) return status;
-    if ((status = ph.Resize(length)) < 0) return status;
-    TransientPlan slot(plan);
-    return status = CrossPowerSpectrumCore<T>(xa.data(), nx, ya.data(), ny, mag.data(), ph.data(),
-                                              spectrumType, workspace, slot.get());
+    return STATUS_OK;
 }
 
 }  // namespace
 
 template <class T>
-int32_t CrossPower(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+int32_t CrossPower(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
                    FDArrayHandle workspace, FDPlanHandle *plan) {
     using C = typename Traits<T>::Complex;
     HostArray<T, 1> xa(x), ya(y);
     HostArray<C, 1> out(output);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<C, 1> out_guard(out, status, Traits<T>::kComplexTypeCode);
+    frame.EmptyOnFailure(out);
     const int32_t nx = xa.size(), ny = ya.size();
-    if (nx < 1 || ny < 1) return status = STATUS_EMPTY_ARRAY;
-    if ((status = out.Resize(std::max(nx, ny), Traits<T>::kComplexTypeCode)) < 0) return status;
-    TransientPlan slot(plan);
-    return status = CrossPowerCore<T>(xa.data(), nx, ya.data(), ny, out.data(), workspace,
-                                      slot.get());
+    if (nx < 1 || ny < 1) return STATUS_EMPTY_ARRAY;
+    FENNEL_TRY(out.Resize(std::max(nx, ny)));
+    return CrossPowerCore<T>(frame, xa.data(), nx, ya.data(), ny, out.data(), workspace,
+                             Plan::Of(frame, plan));
 }
 
 template <class T>
-int32_t CrossPowerSpectrum(FDArrayHandle x, FDArrayHandle y, double dt, int32_t spectrumType,
-                           double *df, FDArrayHandle magnitude, FDArrayHandle phase,
-                           FDArrayHandle workspace, FDPlanHandle *plan) {
-    double step = std::numeric_limits<double>::quiet_NaN();
-    const int32_t status = CrossPowerSpectrumSteps<T>(x, y, dt, spectrumType, step, magnitude,
-                                                      phase, workspace, plan);
-    if (df != nullptr) *df = status < 0 ? std::numeric_limits<double>::quiet_NaN() : step;
-    return status;
+int32_t CrossPowerSpectrum(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, double dt,
+                           int32_t spectrumType, double *df, FDArrayHandle magnitude,
+                           FDArrayHandle phase, FDArrayHandle workspace, FDPlanHandle *plan) {
+    using R = typename Traits<T>::Real;
+    HostArray<T, 1> xa(x), ya(y);
+    HostArray<R, 1> mag(magnitude), ph(phase);
+    if (df != nullptr) *df = std::numeric_limits<double>::quiet_NaN();
+    frame.EmptyOnFailure(mag);
+    frame.EmptyOnFailure(ph);
+    const int32_t nx = xa.size(), ny = ya.size();
+    if (nx < 1 || ny < 1) return STATUS_EMPTY_ARRAY;
+    // Written so that a NaN interval passes (its frequency step is NaN).
+    if (dt <= 0.0) return STATUS_BAD_SAMPLING_INTERVAL;
+    const int32_t L = std::max(nx, ny);
+    const int32_t length = SpectrumLength(L, spectrumType);
+    if (length < 0) return STATUS_BAD_SELECTOR;
+    FENNEL_TRY(mag.Resize(length));
+    FENNEL_TRY(ph.Resize(length));
+    FENNEL_TRY(CrossPowerSpectrumCore<T>(frame, xa.data(), nx, ya.data(), ny, mag.data(), ph.data(),
+                                         spectrumType, workspace, Plan::Of(frame, plan)));
+    if (df != nullptr) *df = 1.0 / (static_cast<double>(L) * dt);
+    return STATUS_OK;
 }
 
 #define FENNEL_CROSS_POWER_INSTANCES(T)                                                        \
-    template int32_t CrossPower<T>(FDArrayHandle, FDArrayHandle, FDArrayHandle, FDArrayHandle, \
-                                   FDPlanHandle *);                                            \
-    template int32_t CrossPowerSpectrum<T>(FDArrayHandle, FDArrayHandle, double, int32_t,      \
-                                           double *, FDArrayHandle, FDArrayHandle,             \
+    template int32_t CrossPower<T>(CallFrame &, FDArrayHandle, FDArrayHandle, FDArrayHandle,   \
+                                   FDArrayHandle, FDPlanHandle *);                             \
+    template int32_t CrossPowerSpectrum<T>(CallFrame &, FDArrayHandle, FDArrayHandle, double,  \
+                                           int32_t, double *, FDArrayHandle, FDArrayHandle,    \
                                            FDArrayHandle, FDPlanHandle *);
 FENNEL_CROSS_POWER_INSTANCES(float)
 FENNEL_CROSS_POWER_INSTANCES(double)

@@ -1,7 +1,5 @@
 // Power spectrum: |X_k|^2 / n^2 of one forward transform, two-sided; the core
 // and kernel are shared with the auto power spectrum (one-sided as well).
-#include <climits>
-
 #include "frame/host_array.h"
 #include "dft/plan.h"
 #include "spectra/spectra.h"
@@ -62,45 +60,58 @@ int32_t PowerFromSpectrum(typename Traits<T>::Real *__restrict out, int32_t n,
     return STATUS_OK;
 }
 
+namespace {
+
+// One forward transform of x (n samples) into the workspace, then the power
+// kernel into out, which the caller has sized for the spectrum type.
 template <class T>
-int32_t PowerSpectrumCore(const T *x, int32_t n, typename Traits<T>::Real *out,
-                          int32_t spectrumType, FDArrayHandle workspace,
-                          DFTI_DESCRIPTOR_HANDLE *slot) {
-    int32_t status = STATUS_OK;
-    FreePlanOnFailure plan_guard(slot, status);
+int32_t PowerSpectrumCore(CallFrame &frame, const T *x, int32_t n, typename Traits<T>::Real *out,
+                          int32_t spectrumType, FDArrayHandle workspace, Plan plan) {
+    plan.ReleaseOnFailure(frame);
     HostArray<T, 1> ws(workspace);
-    EmptyAtExit<T, 1> ws_guard(ws, !ws.is_null());
-    if (n <= 0) return status = STATUS_EMPTY_ARRAY;
-    if (ws.is_null()) return status = STATUS_NO_WORKSPACE;
-    // The workspace length n + 2 must fit its 32-bit size.
-    if (n > INT32_MAX - 2) return status = STATUS_OUT_OF_MEMORY;
-    if ((status = ws.Resize(n + 2)) < 0) return status;
-    status = AcquirePlan(slot, Geometry1D(kPrecisionOf<T>, kDomainOf<T>, n, false));
-    if (status < 0) return status;
-    if ((status = ComputePlan(*slot, true, x, ws.data())) < 0) return status;
-    return status = PowerFromSpectrum<T>(out, n, ws.data(), spectrumType);
+    frame.EmptyAtExit(ws);
+    if (ws.is_null()) return STATUS_NO_WORKSPACE;
+    FENNEL_TRY(ResizeWorkspace(ws, int64_t{n} + 2));
+    FENNEL_TRY(plan.Acquire(Geometry1D<T>(n, false)));
+    FENNEL_TRY(plan.Forward(x, ws.data()));
+    return PowerFromSpectrum<T>(out, n, ws.data(), spectrumType);
 }
 
+}  // namespace
+
 template <class T>
-int32_t PowerSpectrum(FDArrayHandle input, FDArrayHandle output, FDArrayHandle workspace,
-                      FDPlanHandle *plan) {
+int32_t PowerSpectrumSteps(CallFrame &frame, FDArrayHandle input, FDArrayHandle output,
+                           int32_t spectrumType, const double *dt, double *step,
+                           FDArrayHandle workspace, FDPlanHandle *plan) {
     using R = typename Traits<T>::Real;
     HostArray<T, 1> in(input);
     HostArray<R, 1> out(output);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<R, 1> out_guard(out, status, Traits<R>::kTypeCode);
+    frame.EmptyOnFailure(out);
     const int32_t n = in.size();
-    if (n <= 0) return status = STATUS_EMPTY_ARRAY;
-    if ((status = out.Resize(n)) < 0) return status;
-    TransientPlan slot(plan);
-    return status = PowerSpectrumCore<T>(in.data(), n, out.data(), kTwoSided, workspace, slot.get());
+    if (n <= 0) return STATUS_EMPTY_ARRAY;
+    // Written so that a NaN interval passes (its frequency step is NaN).
+    if (dt != nullptr && *dt <= 0.0) return STATUS_BAD_SAMPLING_INTERVAL;
+    const int32_t length = SpectrumLength(n, spectrumType);
+    if (length < 0) return STATUS_BAD_SELECTOR;
+    FENNEL_TRY(out.Resize(length));
+    if (dt != nullptr) *step = 1.0 / (static_cast<double>(n) * *dt);
+    return PowerSpectrumCore<T>(frame, in.data(), n, out.data(), spectrumType, workspace,
+                                Plan::Of(frame, plan));
+}
+
+template <class T>
+int32_t PowerSpectrum(CallFrame &frame, FDArrayHandle input, FDArrayHandle output,
+                      FDArrayHandle workspace, FDPlanHandle *plan) {
+    return PowerSpectrumSteps<T>(frame, input, output, kTwoSided, nullptr, nullptr, workspace, plan);
 }
 
 #define FENNEL_POWER_SPECTRUM_INSTANCES(T)                                                     \
     template int32_t PowerFromSpectrum<T>(Traits<T>::Real *, int32_t, const T *, int32_t);     \
-    template int32_t PowerSpectrumCore<T>(const T *, int32_t, Traits<T>::Real *, int32_t,      \
-                                          FDArrayHandle, DFTI_DESCRIPTOR_HANDLE *);            \
-    template int32_t PowerSpectrum<T>(FDArrayHandle, FDArrayHandle, FDArrayHandle, FDPlanHandle *);
+    template int32_t PowerSpectrumSteps<T>(CallFrame &, FDArrayHandle, FDArrayHandle, int32_t,  \
+                                           const double *, double *, FDArrayHandle,             \
+                                           FDPlanHandle *);                                     \
+    template int32_t PowerSpectrum<T>(CallFrame &, FDArrayHandle, FDArrayHandle, FDArrayHandle, \
+                                      FDPlanHandle *);
 FENNEL_POWER_SPECTRUM_INSTANCES(float)
 FENNEL_POWER_SPECTRUM_INSTANCES(double)
 FENNEL_POWER_SPECTRUM_INSTANCES(cfloat)

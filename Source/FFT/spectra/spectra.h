@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-#include "dft/engine/dfti.h"
 #include "fennel_dsp.h"
+#include "frame/call_frame.h"
 #include "frame/types.h"
 
 namespace fennel {
@@ -31,31 +31,33 @@ template <class T>
 int32_t PowerFromSpectrum(typename Traits<T>::Real *out, int32_t n, const T *spectrum,
                           int32_t spectrumType);
 
-// One forward transform of x (n samples) into the workspace (n + 2 elements
-// of T, emptied again before returning), then the power kernel into out,
-// which the caller has sized for the spectrum type.  The descriptor stays in
-// *slot after success and is freed after any failure.
+// The power and auto power spectrum after their own checks: reads the input,
+// refuses an empty one and (with dt given) a non-positive interval and an
+// unknown type, sizes the output for the type, sets *step to the frequency
+// step (with dt), then makes one forward transform of the input into the
+// workspace (n + 2 elements of T, emptied at the end) and the power kernel
+// into the output.  The plan is released when the call fails.
 template <class T>
-int32_t PowerSpectrumCore(const T *x, int32_t n, typename Traits<T>::Real *out,
-                          int32_t spectrumType, FDArrayHandle workspace,
-                          DFTI_DESCRIPTOR_HANDLE *slot);
+int32_t PowerSpectrumSteps(CallFrame &frame, FDArrayHandle input, FDArrayHandle output,
+                           int32_t spectrumType, const double *dt, double *step,
+                           FDArrayHandle workspace, FDPlanHandle *plan);
 
 template <class T>
-int32_t PowerSpectrum(FDArrayHandle input, FDArrayHandle output, FDArrayHandle workspace,
-                      FDPlanHandle *plan);
+int32_t PowerSpectrum(CallFrame &frame, FDArrayHandle input, FDArrayHandle output,
+                      FDArrayHandle workspace, FDPlanHandle *plan);
 
 template <class T>
-int32_t AutoPowerSpectrum(FDArrayHandle input, FDArrayHandle output, double dt,
+int32_t AutoPowerSpectrum(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, double dt,
                           int32_t spectrumType, double *df, FDArrayHandle workspace,
                           FDPlanHandle *plan);
 
 template <class T>
-int32_t CrossPower(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
+int32_t CrossPower(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
                    FDArrayHandle workspace, FDPlanHandle *plan);
 
 template <class T>
-int32_t CrossPowerSpectrum(FDArrayHandle x, FDArrayHandle y, double dt, int32_t spectrumType,
-                           double *df, FDArrayHandle magnitude, FDArrayHandle phase,
-                           FDArrayHandle workspace, FDPlanHandle *plan);
+int32_t CrossPowerSpectrum(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, double dt,
+                           int32_t spectrumType, double *df, FDArrayHandle magnitude,
+                           FDArrayHandle phase, FDArrayHandle workspace, FDPlanHandle *plan);
 
 }  // namespace fennel

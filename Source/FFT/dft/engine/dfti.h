@@ -165,13 +165,3 @@ bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, MKL_LONG *input, MKL_LONG *outp
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
 
 }  // namespace fennel::engine
-
-// Being moved to the families that use them.
-namespace fennel::engine {
-#if defined(_WIN32)
-inline constexpr bool kHasBackwardLayout = false;
-#else
-inline constexpr bool kHasBackwardLayout = true;
-#endif
-MKL_LONG ComputeForwardTopRows(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output, MKL_LONG rows);
-}  // namespace fennel::engine

@@ -152,13 +152,6 @@ struct DFTI_DESCRIPTOR {
     MKL_LONG out_distance;
     bool committed;
     void *plans[2];  // [0] backward, [1] forward; null until first needed
-    // The forward transform of a 2D real descriptor taken apart
-    // (ComputeForwardTopRows): r2c plans over the leading rows, by row
-    // count, and the in-place pass over the columns of the spectrum.
-    void *row_plans[4];
-    MKL_LONG row_plan_rows[4];
-    int next_row_plan;
-    void *column_plan;
     void *in_buffer;
     size_t in_buffer_bytes;
     void *out_buffer;
@@ -183,16 +176,9 @@ void DestroyPlan(const DFTI_DESCRIPTOR *d, void *&plan) {
 }
 
 void DestroyPlans(DFTI_DESCRIPTOR *d) {
-    bool any = d->column_plan != nullptr;
-    for (void *plan : d->plans) any = any || plan != nullptr;
-    for (void *plan : d->row_plans) any = any || plan != nullptr;
-    if (!any) return;
+    if (d->plans[0] == nullptr && d->plans[1] == nullptr) return;
     std::lock_guard<std::mutex> lock(g_planner_mutex);
     for (void *&plan : d->plans) DestroyPlan(d, plan);
-    for (void *&plan : d->row_plans) DestroyPlan(d, plan);
-    DestroyPlan(d, d->column_plan);
-    for (MKL_LONG &rows : d->row_plan_rows) rows = 0;
-    d->next_row_plan = 0;
 }
 
 void ReleaseBuffers(DFTI_DESCRIPTOR *d) {
@@ -421,86 +407,6 @@ MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bo
     const double scale = !scaled ? 1.0 : forward ? d->forward_scale : d->backward_scale;
     if (copy_out || scale != 1.0)
         CopyOut<R>(l, reinterpret_cast<R *>(out), static_cast<const R *>(dst), scale, !real || forward);
-    ++g_computes;
-    return DFTI_NO_ERROR;
-}
-
-// Plans one pass of ComputeTopRows on aligned buffers of our own: the r2c
-// of `rows` rows of lc reals into packed rows of lc / 2 + 1 bins, or (rows
-// 0) the in-place forward transform of the lr-point columns of those bins.
-// The thread count follows the whole 2D transform's size, as its 2D plan's.
-template <class R>
-void *MakeTopRowsPlan(const DFTI_DESCRIPTOR *d, ptrdiff_t rows) {
-    const ptrdiff_t lr = d->lengths[0], lc = d->lengths[1], half = lc / 2 + 1;
-    const size_t complex_bytes = 2 * sizeof(R);
-    std::lock_guard<std::mutex> lock(g_planner_mutex);
-    fennel::engine::ApplyThreadCount(lr * lc);
-    fftw_set_timelimit(fennel::engine::PlannerTimeLimit());
-    fftwf_set_timelimit(fennel::engine::PlannerTimeLimit());
-    const unsigned flags = PlannerFlags(lr * lc);
-    const size_t spectrum_bytes = static_cast<size_t>(lr * half) * complex_bytes;
-    char *out = static_cast<char *>(fftw_malloc(spectrum_bytes));
-    char *in = rows > 0 ? static_cast<char *>(fftw_malloc(sizeof(R) * rows * lc)) : out;
-    void *plan = nullptr;
-    if (in != nullptr && out != nullptr) {
-        if (rows > 0) {
-            std::memset(in, 0, sizeof(R) * rows * lc);
-            const fftw_iodim64 dim{lc, 1, 1}, loop{rows, lc, half};
-            plan = Fftw<R>::R2C(1, &dim, 1, &loop, in, out, flags);
-        } else {
-            std::memset(out, 0, spectrum_bytes);
-            const fftw_iodim64 dim{lr, half, half}, loop{half, 1, 1};
-            plan = Fftw<R>::Dft(1, &dim, 1, &loop, out, out, FFTW_FORWARD, flags);
-        }
-    }
-    if (in != out) fftw_free(in);
-    fftw_free(out);
-    return plan;
-}
-
-// The forward transform of a 2D real descriptor in row-major layout (data
-// rows of lc reals, packed spectrum rows of lc / 2 + 1 bins) whose data rows
-// from `rows` on are zero and not read: the r2c of the leading rows, zero
-// spectrum rows below them, then the columns in place.
-template <class R>
-MKL_LONG ComputeTopRows(DFTI_DESCRIPTOR *d, void *input, void *output, MKL_LONG rows) {
-    if (Fault(fennel::engine::Call::kCompute)) return DFTI_INCONSISTENT_CONFIGURATION;
-    if (d == nullptr || !d->committed) return DFTI_BAD_DESCRIPTOR;
-    if (input == nullptr || output == nullptr || input == output) return DFTI_INVALID_CONFIGURATION;
-    const MKL_LONG lr = d->lengths[0], lc = d->lengths[1], half = lc / 2 + 1;
-    const bool row_major = d->domain == DFTI_REAL && d->rank == 2 && d->howmany == 1 &&
-                           d->ce_storage == DFTI_COMPLEX_COMPLEX && d->in_strides_set &&
-                           d->out_strides_set && d->in_strides[0] == 0 && d->in_strides[1] == lc &&
-                           d->in_strides[2] == 1 && d->out_strides[0] == 0 &&
-                           d->out_strides[1] == half && d->out_strides[2] == 1;
-    if (!row_major || rows < 1 || rows > lr || Fftw<R>::AlignmentOf(input) != 0 ||
-        Fftw<R>::AlignmentOf(output) != 0)
-        return DFTI_INVALID_CONFIGURATION;
-
-    void *row_plan = nullptr;
-    for (int i = 0; i < 4; ++i)
-        if (d->row_plans[i] != nullptr && d->row_plan_rows[i] == rows) row_plan = d->row_plans[i];
-    if (row_plan == nullptr) {
-        const int i = d->next_row_plan;
-        if (d->row_plans[i] != nullptr) {
-            std::lock_guard<std::mutex> lock(g_planner_mutex);
-            DestroyPlan(d, d->row_plans[i]);
-        }
-        row_plan = MakeTopRowsPlan<R>(d, rows);
-        if (row_plan == nullptr) return DFTI_UNIMPLEMENTED;
-        d->row_plans[i] = row_plan;
-        d->row_plan_rows[i] = rows;
-        d->next_row_plan = (i + 1) % 4;
-    }
-    if (d->column_plan == nullptr) {
-        d->column_plan = MakeTopRowsPlan<R>(d, 0);
-        if (d->column_plan == nullptr) return DFTI_UNIMPLEMENTED;
-    }
-    using P = typename Fftw<R>::Plan;
-    Fftw<R>::ExecR2C(static_cast<P>(row_plan), input, output);
-    R *spectrum = static_cast<R *>(output);
-    std::memset(spectrum + 2 * rows * half, 0, 2 * sizeof(R) * static_cast<size_t>((lr - rows) * half));
-    Fftw<R>::ExecDft(static_cast<P>(d->column_plan), output, output);
     ++g_computes;
     return DFTI_NO_ERROR;
 }
@@ -757,11 +663,6 @@ bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, MKL_LONG *input, MKL_LONG *outp
         output[i] = d->bwd_out_strides[i];
     }
     return true;
-}
-
-MKL_LONG ComputeForwardTopRows(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output, MKL_LONG rows) {
-    if (d != nullptr && d->precision == DFTI_SINGLE) return ComputeTopRows<float>(d, input, output, rows);
-    return ComputeTopRows<double>(d, input, output, rows);
 }
 
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output) {

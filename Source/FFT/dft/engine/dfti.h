@@ -127,6 +127,7 @@ struct RawSpec {
     Dim loop_dim = {};
     size_t in_bytes = 0, out_bytes = 0;  // the arrays the plan spans
     bool in_place = false;
+    bool preserve_input = false, destroy_input = false;  // FFTW's input rules
     bool any_alignment = false;  // later arrays may sit in another alignment class
     ptrdiff_t points = 0;        // the transform size the effort and threads follow
     bool one_thread = false;

@@ -31,88 +31,57 @@ namespace {
 
 std::mutex g_planner_mutex;
 
-// ---- counters and fault injection -------------------------------------------
+// ---- test counters and fault injection (atomics: no lock on any path) ------
 
+using fennel::engine::Call;
 std::atomic<long> g_creates{0}, g_commits{0}, g_frees{0}, g_computes{0}, g_live{0};
-std::mutex g_fault_mutex;
-int g_fault_countdown[static_cast<int>(fennel::engine::Call::kCount)] = {};
+std::atomic<int> g_faults[static_cast<int>(Call::kCount)];
 
-bool Fault(fennel::engine::Call call) {
-    std::lock_guard<std::mutex> lock(g_fault_mutex);
-    int &countdown = g_fault_countdown[static_cast<int>(call)];
-    if (countdown <= 0) return false;
-    return --countdown == 0;
+bool Fault(Call call) {
+    std::atomic<int> &countdown = g_faults[static_cast<int>(call)];
+    return countdown.load(std::memory_order_relaxed) > 0 &&
+           countdown.fetch_sub(1, std::memory_order_relaxed) == 1;
 }
 
 // ---- FFTW in two precisions ---------------------------------------------------
 
+using fennel::engine::RawKind;
+
 template <class R> struct Fftw;
-
-template <> struct Fftw<double> {
-    using Plan = fftw_plan;
-    using Cx = fftw_complex;
-    static Plan Dft(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
-                    void *out, int sign, unsigned flags) {
-        return fftw_plan_guru64_dft(rank, dims, hr, hm, static_cast<Cx *>(in),
-                                    static_cast<Cx *>(out), sign, flags);
-    }
-    static Plan R2C(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
-                    void *out, unsigned flags) {
-        return fftw_plan_guru64_dft_r2c(rank, dims, hr, hm, static_cast<double *>(in),
-                                        static_cast<Cx *>(out), flags);
-    }
-    static Plan C2R(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
-                    void *out, unsigned flags) {
-        return fftw_plan_guru64_dft_c2r(rank, dims, hr, hm, static_cast<Cx *>(in),
-                                        static_cast<double *>(out), flags);
-    }
-    static void ExecDft(Plan p, void *in, void *out) {
-        fftw_execute_dft(p, static_cast<Cx *>(in), static_cast<Cx *>(out));
-    }
-    static void ExecR2C(Plan p, void *in, void *out) {
-        fftw_execute_dft_r2c(p, static_cast<double *>(in), static_cast<Cx *>(out));
-    }
-    static void ExecC2R(Plan p, void *in, void *out) {
-        fftw_execute_dft_c2r(p, static_cast<Cx *>(in), static_cast<double *>(out));
-    }
-    static void Destroy(Plan p) { fftw_destroy_plan(p); }
-    static int AlignmentOf(void *p) { return fftw_alignment_of(static_cast<double *>(p)); }
-};
-
-template <> struct Fftw<float> {
-    using Plan = fftwf_plan;
-    using Cx = fftwf_complex;
-    static Plan Dft(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
-                    void *out, int sign, unsigned flags) {
-        return fftwf_plan_guru64_dft(rank, reinterpret_cast<const fftwf_iodim64 *>(dims), hr,
-                                     reinterpret_cast<const fftwf_iodim64 *>(hm),
-                                     static_cast<Cx *>(in), static_cast<Cx *>(out), sign, flags);
-    }
-    static Plan R2C(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
-                    void *out, unsigned flags) {
-        return fftwf_plan_guru64_dft_r2c(rank, reinterpret_cast<const fftwf_iodim64 *>(dims), hr,
-                                         reinterpret_cast<const fftwf_iodim64 *>(hm),
-                                         static_cast<float *>(in), static_cast<Cx *>(out), flags);
-    }
-    static Plan C2R(int rank, const fftw_iodim64 *dims, int hr, const fftw_iodim64 *hm, void *in,
-                    void *out, unsigned flags) {
-        return fftwf_plan_guru64_dft_c2r(rank, reinterpret_cast<const fftwf_iodim64 *>(dims), hr,
-                                         reinterpret_cast<const fftwf_iodim64 *>(hm),
-                                         static_cast<Cx *>(in), static_cast<float *>(out), flags);
-    }
-    static void ExecDft(Plan p, void *in, void *out) {
-        fftwf_execute_dft(p, static_cast<Cx *>(in), static_cast<Cx *>(out));
-    }
-    static void ExecR2C(Plan p, void *in, void *out) {
-        fftwf_execute_dft_r2c(p, static_cast<float *>(in), static_cast<Cx *>(out));
-    }
-    static void ExecC2R(Plan p, void *in, void *out) {
-        fftwf_execute_dft_c2r(p, static_cast<Cx *>(in), static_cast<float *>(out));
-    }
-    static void Destroy(Plan p) { fftwf_destroy_plan(p); }
-    static int AlignmentOf(void *p) { return fftwf_alignment_of(static_cast<float *>(p)); }
-};
-
+#define FENNEL_FFTW(R, X)                                                                          \
+    template <> struct Fftw<R> {                                                                   \
+        static void *Plan(RawKind kind, int rank, const fftw_iodim64 *dims, int loops,             \
+                          const fftw_iodim64 *loop, void *in, void *out, unsigned flags) {         \
+            const auto *d = reinterpret_cast<const X(iodim64) *>(dims);                            \
+            const auto *h = reinterpret_cast<const X(iodim64) *>(loop);                            \
+            auto *ci = static_cast<X(complex) *>(in);                                              \
+            auto *co = static_cast<X(complex) *>(out);                                             \
+            switch (kind) {                                                                        \
+                case RawKind::kRealForward:                                                        \
+                    return X(plan_guru64_dft_r2c)(rank, d, loops, h, static_cast<R *>(in), co, flags); \
+                case RawKind::kRealBackward:                                                       \
+                    return X(plan_guru64_dft_c2r)(rank, d, loops, h, ci, static_cast<R *>(out), flags); \
+                default:                                                                           \
+                    return X(plan_guru64_dft)(rank, d, loops, h, ci, co,                            \
+                                              kind == RawKind::kForward ? FFTW_FORWARD : FFTW_BACKWARD, \
+                                              flags);                                              \
+            }                                                                                      \
+        }                                                                                          \
+        static void Execute(RawKind kind, void *plan, void *in, void *out) {                       \
+            const auto p = static_cast<X(plan)>(plan);                                             \
+            if (kind == RawKind::kRealForward)                                                     \
+                X(execute_dft_r2c)(p, static_cast<R *>(in), static_cast<X(complex) *>(out));       \
+            else if (kind == RawKind::kRealBackward)                                               \
+                X(execute_dft_c2r)(p, static_cast<X(complex) *>(in), static_cast<R *>(out));       \
+            else                                                                                   \
+                X(execute_dft)(p, static_cast<X(complex) *>(in), static_cast<X(complex) *>(out));  \
+        }                                                                                          \
+        static void Destroy(void *plan) { X(destroy_plan)(static_cast<X(plan)>(plan)); }           \
+        static int AlignmentOf(const void *p) { return X(alignment_of)(static_cast<R *>(const_cast<void *>(p))); } \
+    };
+FENNEL_FFTW(double, FFTW_MANGLE_DOUBLE)
+FENNEL_FFTW(float, FFTW_MANGLE_FLOAT)
+#undef FENNEL_FFTW
 
 // Geometry of one direction: the input and output side of the computation.
 struct Layout {
@@ -151,7 +120,7 @@ struct DFTI_DESCRIPTOR {
     MKL_LONG in_distance;
     MKL_LONG out_distance;
     bool committed;
-    void *plans[2];  // [0] backward, [1] forward; null until first needed
+    fennel::engine::RawPlan *plans[2];  // [0] backward, [1] forward; null until first needed
     void *in_buffer;
     size_t in_buffer_bytes;
     void *out_buffer;
@@ -166,19 +135,11 @@ struct DFTI_DESCRIPTOR {
 
 namespace {
 
-void DestroyPlan(const DFTI_DESCRIPTOR *d, void *&plan) {
-    if (plan == nullptr) return;
-    if (d->precision == DFTI_SINGLE)
-        Fftw<float>::Destroy(static_cast<fftwf_plan>(plan));
-    else
-        Fftw<double>::Destroy(static_cast<fftw_plan>(plan));
-    plan = nullptr;
-}
-
 void DestroyPlans(DFTI_DESCRIPTOR *d) {
-    if (d->plans[0] == nullptr && d->plans[1] == nullptr) return;
-    std::lock_guard<std::mutex> lock(g_planner_mutex);
-    for (void *&plan : d->plans) DestroyPlan(d, plan);
+    for (fennel::engine::RawPlan *&plan : d->plans) {
+        fennel::engine::FreeRawPlan(plan);
+        plan = nullptr;
+    }
 }
 
 void ReleaseBuffers(DFTI_DESCRIPTOR *d) {
@@ -289,50 +250,27 @@ unsigned PlannerFlags(ptrdiff_t total) {
     return FFTW_ESTIMATE;
 }
 
-template <class R>
-void *MakePlan(const DFTI_DESCRIPTOR *d, const Layout &l, bool forward) {
-    fftw_iodim64 dims[3], hm;
-    ptrdiff_t total = 1;
+// The plan of one direction, on the descriptor's layout.
+fennel::engine::RawPlan *MakePlan(const DFTI_DESCRIPTOR *d, const Layout &l, bool forward) {
+    fennel::engine::RawSpec s;
+    s.precision = d->precision;
+    const bool real = d->domain == DFTI_REAL;
+    s.kind = real ? (forward ? RawKind::kRealForward : RawKind::kRealBackward)
+                  : (forward ? RawKind::kForward : RawKind::kBackward);
+    s.rank = l.rank;
+    ptrdiff_t total = l.howmany;
     for (int i = 0; i < l.rank; ++i) {
-        dims[i].n = l.n[i];
-        dims[i].is = l.is[i + 1];
-        dims[i].os = l.os[i + 1];
+        s.dims[i] = {l.n[i], l.is[i + 1], l.os[i + 1]};
         total *= l.n[i];
     }
-    hm.n = l.howmany;
-    hm.is = l.idist;
-    hm.os = l.odist;
-    const size_t in_span = Span(l.rank, l.in_dims, l.is, l.howmany, l.idist) * l.in_bytes;
-    const size_t out_span = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * l.out_bytes;
-
-    // Planning may overwrite its arrays: plan on aligned buffers of our own.
-    std::lock_guard<std::mutex> lock(g_planner_mutex);
-    fennel::engine::ApplyThreadCount(total * l.howmany);
-    char *in_block = static_cast<char *>(fftw_malloc(in_span + 64));
-    char *out_block = static_cast<char *>(fftw_malloc(out_span + 64));
-    void *plan = nullptr;
-    if (in_block != nullptr && out_block != nullptr) {
-        char *in = in_block;
-        char *out = out_block;
-        std::memset(in, 0, in_span);
-        unsigned flags = PlannerFlags(total * l.howmany);
-        fftw_set_timelimit(fennel::engine::PlannerTimeLimit());
-        fftwf_set_timelimit(fennel::engine::PlannerTimeLimit());
-        const bool real = d->domain == DFTI_REAL;
-        if (!real) {
-            plan = Fftw<R>::Dft(l.rank, dims, 1, &hm, in, out, forward ? FFTW_FORWARD : FFTW_BACKWARD,
-                                flags);
-        } else if (forward) {
-            plan = Fftw<R>::R2C(l.rank, dims, 1, &hm, in, out, flags);
-        } else {
-            // 1D c2r can keep its input; multi-dimensional c2r runs on a copy.
-            plan = Fftw<R>::C2R(l.rank, dims, 1, &hm, in, out,
-                                flags | (l.rank == 1 ? FFTW_PRESERVE_INPUT : FFTW_DESTROY_INPUT));
-        }
-    }
-    fftw_free(in_block);
-    fftw_free(out_block);
-    return plan;
+    s.loop = true;
+    s.loop_dim = {l.howmany, l.idist, l.odist};
+    s.in_bytes = Span(l.rank, l.in_dims, l.is, l.howmany, l.idist) * l.in_bytes + 64;
+    s.out_bytes = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * l.out_bytes + 64;
+    s.points = total;
+    // 1D c2r can keep its input; multi-dimensional c2r runs on a copy.
+    if (real && !forward) (l.rank == 1 ? s.preserve_input : s.destroy_input) = true;
+    return fennel::engine::MakeRawPlan(s);
 }
 
 // dst[e] = src[e] * scale for every output element e the layout touches
@@ -390,19 +328,9 @@ MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bo
         dst = d->out_buffer;
     }
 
-    void *&plan = d->plans[forward ? 1 : 0];
-    if (plan == nullptr) {
-        plan = MakePlan<R>(d, l, forward);
-        if (plan == nullptr) return DFTI_UNIMPLEMENTED;
-    }
-
-    using P = typename Fftw<R>::Plan;
-    if (!real)
-        Fftw<R>::ExecDft(static_cast<P>(plan), src, dst);
-    else if (forward)
-        Fftw<R>::ExecR2C(static_cast<P>(plan), src, dst);
-    else
-        Fftw<R>::ExecC2R(static_cast<P>(plan), src, dst);
+    fennel::engine::RawPlan *&plan = d->plans[forward ? 1 : 0];
+    if (plan == nullptr && (plan = MakePlan(d, l, forward)) == nullptr) return DFTI_UNIMPLEMENTED;
+    fennel::engine::ExecuteRawPlan(plan, src, dst);
 
     const double scale = !scaled ? 1.0 : forward ? d->forward_scale : d->backward_scale;
     if (copy_out || scale != 1.0)
@@ -701,48 +629,32 @@ bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release
 
 struct RawPlan {
     void *plan;
-    DFTI_CONFIG_VALUE precision;
+    bool single;
     RawKind kind;
 };
 
 RawPlan *MakeRawPlan(const RawSpec &s) {
     auto *raw = static_cast<RawPlan *>(fftw_malloc(sizeof(RawPlan)));
     if (raw == nullptr) return nullptr;
-    raw->precision = s.precision;
-    raw->kind = s.kind;
+    *raw = {nullptr, s.precision == DFTI_SINGLE, s.kind};
     fftw_iodim64 dims[3];
     for (int i = 0; i < s.rank; ++i) dims[i] = {s.dims[i].n, s.dims[i].is, s.dims[i].os};
     const fftw_iodim64 loop{s.loop_dim.n, s.loop_dim.is, s.loop_dim.os};
-    const int loops = s.loop ? 1 : 0;
     // Planning may overwrite its arrays: plan on aligned buffers of our own.
     std::lock_guard<std::mutex> lock(g_planner_mutex);
     ApplyThreadCount(s.one_thread ? 1 : s.points);
     fftw_set_timelimit(PlannerTimeLimit());
     fftwf_set_timelimit(PlannerTimeLimit());
-    unsigned flags = PlannerFlags(s.points) | (s.any_alignment ? FFTW_UNALIGNED : 0);
+    const unsigned flags = PlannerFlags(s.points) | (s.any_alignment ? FFTW_UNALIGNED : 0) |
+                           (s.preserve_input ? FFTW_PRESERVE_INPUT : 0) |
+                           (s.destroy_input ? FFTW_DESTROY_INPUT : 0);
     char *in = static_cast<char *>(fftw_malloc(std::max<size_t>(s.in_bytes, 1)));
     char *out = s.in_place ? in : static_cast<char *>(fftw_malloc(std::max<size_t>(s.out_bytes, 1)));
-    raw->plan = nullptr;
     if (in != nullptr && out != nullptr) {
         std::memset(in, 0, s.in_bytes);
-        const bool single = s.precision == DFTI_SINGLE;
-        switch (s.kind) {
-            case RawKind::kForward:
-            case RawKind::kBackward: {
-                const int sign = s.kind == RawKind::kForward ? FFTW_FORWARD : FFTW_BACKWARD;
-                raw->plan = single ? static_cast<void *>(Fftw<float>::Dft(s.rank, dims, loops, &loop, in, out, sign, flags))
-                                   : static_cast<void *>(Fftw<double>::Dft(s.rank, dims, loops, &loop, in, out, sign, flags));
-                break;
-            }
-            case RawKind::kRealForward:
-                raw->plan = single ? static_cast<void *>(Fftw<float>::R2C(s.rank, dims, loops, &loop, in, out, flags))
-                                   : static_cast<void *>(Fftw<double>::R2C(s.rank, dims, loops, &loop, in, out, flags));
-                break;
-            case RawKind::kRealBackward:
-                raw->plan = single ? static_cast<void *>(Fftw<float>::C2R(s.rank, dims, loops, &loop, in, out, flags))
-                                   : static_cast<void *>(Fftw<double>::C2R(s.rank, dims, loops, &loop, in, out, flags));
-                break;
-        }
+        const int loops = s.loop ? 1 : 0;
+        raw->plan = raw->single ? Fftw<float>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags)
+                                : Fftw<double>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags);
     }
     if (out != in) fftw_free(out);
     fftw_free(in);
@@ -754,30 +666,20 @@ RawPlan *MakeRawPlan(const RawSpec &s) {
 }
 
 void ExecuteRawPlan(const RawPlan *raw, void *input, void *output) {
-    const bool single = raw->precision == DFTI_SINGLE;
-    switch (raw->kind) {
-        case RawKind::kForward:
-        case RawKind::kBackward:
-            if (single) Fftw<float>::ExecDft(static_cast<fftwf_plan>(raw->plan), input, output);
-            else Fftw<double>::ExecDft(static_cast<fftw_plan>(raw->plan), input, output);
-            break;
-        case RawKind::kRealForward:
-            if (single) Fftw<float>::ExecR2C(static_cast<fftwf_plan>(raw->plan), input, output);
-            else Fftw<double>::ExecR2C(static_cast<fftw_plan>(raw->plan), input, output);
-            break;
-        case RawKind::kRealBackward:
-            if (single) Fftw<float>::ExecC2R(static_cast<fftwf_plan>(raw->plan), input, output);
-            else Fftw<double>::ExecC2R(static_cast<fftw_plan>(raw->plan), input, output);
-            break;
-    }
+    if (raw->single)
+        Fftw<float>::Execute(raw->kind, raw->plan, input, output);
+    else
+        Fftw<double>::Execute(raw->kind, raw->plan, input, output);
 }
 
 void FreeRawPlan(RawPlan *raw) {
     if (raw == nullptr) return;
     {
         std::lock_guard<std::mutex> lock(g_planner_mutex);
-        if (raw->precision == DFTI_SINGLE) Fftw<float>::Destroy(static_cast<fftwf_plan>(raw->plan));
-        else Fftw<double>::Destroy(static_cast<fftw_plan>(raw->plan));
+        if (raw->single)
+            Fftw<float>::Destroy(raw->plan);
+        else
+            Fftw<double>::Destroy(raw->plan);
     }
     fftw_free(raw);
 }
@@ -785,8 +687,7 @@ void FreeRawPlan(RawPlan *raw) {
 void *AllocateAligned(size_t bytes) { return fftw_malloc(bytes); }
 void FreeAligned(void *p) { fftw_free(p); }
 int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p) {
-    return precision == DFTI_SINGLE ? Fftw<float>::AlignmentOf(const_cast<void *>(p))
-                                    : Fftw<double>::AlignmentOf(const_cast<void *>(p));
+    return precision == DFTI_SINGLE ? Fftw<float>::AlignmentOf(p) : Fftw<double>::AlignmentOf(p);
 }
 
 Counters GetCounters() {
@@ -796,14 +697,10 @@ Counters GetCounters() {
 
 void ResetCounters() { g_creates = g_commits = g_frees = g_computes = 0; }
 
-void FailCall(Call call, int nth) {
-    std::lock_guard<std::mutex> lock(g_fault_mutex);
-    g_fault_countdown[static_cast<int>(call)] = nth;
-}
+void FailCall(Call call, int nth) { g_faults[static_cast<int>(call)] = nth; }
 
 void ClearFaults() {
-    std::lock_guard<std::mutex> lock(g_fault_mutex);
-    for (int &c : g_fault_countdown) c = 0;
+    for (std::atomic<int> &countdown : g_faults) countdown = 0;
 }
 
 }  // namespace fennel::engine

@@ -1,5 +1,5 @@
-// Cosine-sum windows: the coefficient table, the engine that applies a
-// periodic window in place by a phasor rotation, and the four exports.
+// Cosine-sum windows: the coefficient table, the rotation loops that apply a
+// periodic window in place, and the handle-level routine.
 #include <cmath>
 #include <limits>
 
@@ -236,9 +236,9 @@ int32_t ApplyAllCosWin(CallFrame &frame, T *x, int32_t n, const double *coefs, i
     }
     const double length = static_cast<double>(n);
     for (int32_t k = 1; k < K; ++k) {
-        const double t = std::sin(static_cast<double>(k) * 3.141592653589793 / length);
+        const double t = std::sin(static_cast<double>(k) * kPi / length);
         alpha[k] = t * 2.0 * t;
-        beta[k] = std::sin(static_cast<double>(k) * 6.283185307179586 / length);
+        beta[k] = std::sin(static_cast<double>(k) * (2.0 * kPi) / length);
     }
     double w = C[0];
     for (int32_t k = 1; k < K; ++k) w = w + C[k];

@@ -13,8 +13,6 @@ extern "C" double dlapy2_(const double *, const double *);
 namespace fennel {
 namespace {
 
-constexpr double kTwoPi = 6.283185307179586;
-
 enum FilterType { kLowpass = 0, kHighpass = 1, kBandpass = 2, kBandstop = 3 };
 
 // Fills the m taps with the ideal response; the mirrored pairs are computed
@@ -26,8 +24,8 @@ int32_t IdealResponse(T *h, int32_t m, int32_t type, double fs, double f1, doubl
     if (twoEdges && (!(f2 > 0.0) || f1 >= f2)) return STATUS_BAD_FREQUENCY;
     if ((type == kHighpass || type == kBandstop) && m % 2 == 0) return STATUS_EVEN_TAPS;
 
-    const double w1 = f1 * kTwoPi / fs;
-    const double w2 = f2 * kTwoPi / fs;
+    const double w1 = f1 * (2.0 * kPi) / fs;
+    const double w2 = f2 * (2.0 * kPi) / fs;
     const double span = static_cast<double>(m - 1);
     double a1 = span * w1 * -0.5;
     double a2 = span * w2 * -0.5;

@@ -13,14 +13,13 @@
 // apart), the taps of an output depend only on its fraction, and every dot
 // product runs over one contiguous run of the output's samples (a span that
 // reaches back into the history is first gathered into a scratch run).
-#include <cblas.h>
-
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 #include "frame/host_array.h"
+#include "numerics/blas.h"
 #include "numerics/vectorize.h"
 #include "resampling/resampling.h"
 
@@ -265,19 +264,6 @@ std::complex<R> Dot(const R *taps, const std::complex<R> *x, int64_t T) {
     return {(re[0] + re[2]) + (re[1] + re[3]), (im[0] + im[2]) + (im[1] + im[3])};
 }
 
-inline void Scale(float *y, int64_t n, double s) {
-    cblas_sscal(static_cast<blasint>(n), static_cast<float>(s), y, 1);
-}
-inline void Scale(double *y, int64_t n, double s) {
-    cblas_dscal(static_cast<blasint>(n), s, y, 1);
-}
-inline void Scale(cfloat *y, int64_t n, double s) {
-    cblas_csscal(static_cast<blasint>(n), static_cast<float>(s), y, 1);
-}
-inline void Scale(cdouble *y, int64_t n, double s) {
-    cblas_zdscal(static_cast<blasint>(n), s, y, 1);
-}
-
 template <class T, int Rank>
 int32_t ResizeRows(HostArray<T, Rank> &a, int32_t rows, int32_t columns) {
     if constexpr (Rank == 1) {
@@ -508,7 +494,7 @@ int32_t Resample(CallFrame &frame, FDArrayHandle x, FDArrayHandle coefficients,
         }
     }
     if (K > 0) {
-        Scale(y, K * channels, P.s);
+        Scal(y, static_cast<int32_t>(K * channels), static_cast<R>(P.s));
         const int64_t last = (K - 1) % slots;
         std::memcpy(histB.data(), tap_slots + last * slot_taps, sizeof(R) * static_cast<size_t>(counts[last]));
     }

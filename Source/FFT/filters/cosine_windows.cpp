@@ -1,14 +1,13 @@
-// Cosine-sum windows: the coefficient table, the engine that applies a
-// periodic window in place by a phasor rotation, and the four exports.
-#include "numerics/blas.h"
-
+// Cosine-sum windows: the coefficient table, the rotation loops that apply a
+// periodic window in place, and the handle-level routine.
 #include <cmath>
 #include <limits>
 
-#include "numerics/vectorize.h"
-#include "frame/host_array.h"
-#include "filters/window_kernels.h"
 #include "filters/filters.h"
+#include "filters/window_kernels.h"
+#include "frame/host_array.h"
+#include "numerics/blas.h"
+#include "numerics/vectorize.h"
 
 namespace fennel {
 
@@ -203,12 +202,13 @@ void RotateAndApplyRows(T *x, int32_t n, int32_t K, double *C, double *S, const 
 }  // namespace
 
 template <class T>
-int32_t ApplyAllCosWin(T *x, int32_t n, const double *coefs, int32_t K, int32_t normalise,
-                       typename Traits<T>::Real *firstValue, FDArrayHandle workspace) {
+int32_t ApplyAllCosWin(CallFrame &frame, T *x, int32_t n, const double *coefs, int32_t K,
+                       int32_t normalise, typename Traits<T>::Real *firstValue,
+                       FDArrayHandle workspace) {
     using R = typename Traits<T>::Real;
     HostArray<double, 1> ws(workspace);
     // The workspace is emptied on every path (a null handle is skipped).
-    EmptyAtExit<double, 1> ws_guard(ws, true);
+    frame.EmptyAtExit(ws);
     auto fail = [&](int32_t status) {
         if (firstValue != nullptr) *firstValue = std::numeric_limits<R>::quiet_NaN();
         return status;
@@ -236,9 +236,9 @@ int32_t ApplyAllCosWin(T *x, int32_t n, const double *coefs, int32_t K, int32_t 
     }
     const double length = static_cast<double>(n);
     for (int32_t k = 1; k < K; ++k) {
-        const double t = std::sin(static_cast<double>(k) * 3.141592653589793 / length);
+        const double t = std::sin(static_cast<double>(k) * kPi / length);
         alpha[k] = t * 2.0 * t;
-        beta[k] = std::sin(static_cast<double>(k) * 6.283185307179586 / length);
+        beta[k] = std::sin(static_cast<double>(k) * (2.0 * kPi) / length);
     }
     double w = C[0];
     for (int32_t k = 1; k < K; ++k) w = w + C[k];
@@ -257,23 +257,21 @@ int32_t ApplyAllCosWin(T *x, int32_t n, const double *coefs, int32_t K, int32_t 
 }
 
 template <class T>
-int32_t AllCosWin(FDArrayHandle x, int32_t windowType, int32_t normalise, FDArrayHandle workspace) {
-    HostArray<T, 1> data(x);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, 1> guard(data, status, Traits<T>::kTypeCode);
-    const int32_t n = data.size();
-    if (n < 1) return status = STATUS_EMPTY_ARRAY;
-    if (n == 1) return status;
+int32_t AllCosWin(CallFrame &frame, FDArrayHandle x, int32_t windowType, int32_t normalise,
+                  FDArrayHandle workspace) {
+    const auto [data, n] = WindowSamples<T>(frame, x);
+    if (n < 1) return STATUS_EMPTY_ARRAY;
+    if (n == 1) return STATUS_OK;
     double coefs[7];
     int32_t K = 0;
-    if ((status = AllCosWinCoefs(windowType, coefs, &K)) < 0) return status;
-    return status = ApplyAllCosWin(data.data(), n, coefs, K, normalise, nullptr, workspace);
+    FENNEL_TRY(AllCosWinCoefs(windowType, coefs, &K));
+    return ApplyAllCosWin(frame, data, n, coefs, K, normalise, nullptr, workspace);
 }
 
 #define FENNEL_COSWIN_INSTANCES(T)                                                               \
-    template int32_t ApplyAllCosWin<T>(T *, int32_t, const double *, int32_t, int32_t,           \
-                                       Traits<T>::Real *, FDArrayHandle);                        \
-    template int32_t AllCosWin<T>(FDArrayHandle, int32_t, int32_t, FDArrayHandle);
+    template int32_t ApplyAllCosWin<T>(CallFrame &, T *, int32_t, const double *, int32_t,      \
+                                       int32_t, Traits<T>::Real *, FDArrayHandle);               \
+    template int32_t AllCosWin<T>(CallFrame &, FDArrayHandle, int32_t, int32_t, FDArrayHandle);
 FENNEL_COSWIN_INSTANCES(float)
 FENNEL_COSWIN_INSTANCES(double)
 FENNEL_COSWIN_INSTANCES(cfloat)

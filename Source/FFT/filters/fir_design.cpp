@@ -1,20 +1,17 @@
 // Windowed FIR design: the ideal (sinc) response of a lowpass, highpass,
 // bandpass or bandstop filter, shaped by a symmetric window and optionally
 // scaled to unit gain at a reference frequency.
-#include "numerics/blas.h"
-
 #include <cmath>
 
-#include "frame/host_array.h"
-#include "filters/window_kernels.h"
 #include "filters/filters.h"
+#include "filters/window_kernels.h"
+#include "frame/host_array.h"
+#include "numerics/blas.h"
 
 extern "C" double dlapy2_(const double *, const double *);
 
 namespace fennel {
 namespace {
-
-constexpr double kTwoPi = 6.283185307179586;
 
 enum FilterType { kLowpass = 0, kHighpass = 1, kBandpass = 2, kBandstop = 3 };
 
@@ -27,8 +24,8 @@ int32_t IdealResponse(T *h, int32_t m, int32_t type, double fs, double f1, doubl
     if (twoEdges && (!(f2 > 0.0) || f1 >= f2)) return STATUS_BAD_FREQUENCY;
     if ((type == kHighpass || type == kBandstop) && m % 2 == 0) return STATUS_EVEN_TAPS;
 
-    const double w1 = f1 * kTwoPi / fs;
-    const double w2 = f2 * kTwoPi / fs;
+    const double w1 = f1 * (2.0 * kPi) / fs;
+    const double w2 = f2 * (2.0 * kPi) / fs;
     const double span = static_cast<double>(m - 1);
     double a1 = span * w1 * -0.5;
     double a2 = span * w2 * -0.5;
@@ -95,34 +92,32 @@ double ReferenceGain(const T *h, int32_t m, int32_t type, double fs, double f1, 
 }  // namespace
 
 template <class T>
-int32_t FIRWindowedCoef(FDArrayHandle coefficients, double fs, double f1, double f2, int32_t taps,
-                        int32_t filterType, int32_t windowType, T windowParameter,
-                        int32_t normalise, FDArrayHandle workspace) {
+int32_t FIRWindowedCoef(CallFrame &frame, FDArrayHandle coefficients, double fs, double f1,
+                        double f2, int32_t taps, int32_t filterType, int32_t windowType,
+                        T windowParameter, int32_t normalise, FDArrayHandle workspace) {
     HostArray<T, 1> out(coefficients);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, 1> guard(out, status, Traits<T>::kTypeCode);
-    if (static_cast<uint32_t>(filterType) > 3u) return status = STATUS_BAD_SELECTOR;
-    if (taps < 1) return status = STATUS_BAD_TAP_COUNT;
-    if ((status = out.Resize(taps)) < 0) return status;
+    frame.EmptyOnFailure(out);
+    if (static_cast<uint32_t>(filterType) > 3u) return STATUS_BAD_SELECTOR;
+    if (taps < 1) return STATUS_BAD_TAP_COUNT;
+    FENNEL_TRY(out.Resize(taps));
 
     const double nyquist = fs * 0.5;
     if (filterType == kLowpass || filterType == kHighpass) f2 = (nyquist + f1) * 0.5;
-    if (f1 > nyquist || f2 > nyquist) return status = STATUS_BAND_EDGE_ABOVE_NYQUIST;
+    if (f1 > nyquist || f2 > nyquist) return STATUS_BAND_EDGE_ABOVE_NYQUIST;
 
     T *h = out.data();
-    if ((status = IdealResponse(h, taps, filterType, fs, f1, f2)) < 0) return status;
-    if ((status = SymmetricWindow(h, taps, windowType, windowParameter, workspace)) < 0)
-        return status;
+    FENNEL_TRY(IdealResponse(h, taps, filterType, fs, f1, f2));
+    FENNEL_TRY(SymmetricWindow(frame, h, taps, windowType, windowParameter, workspace));
     if (normalise != 0) {
         const double gain = ReferenceGain(h, taps, filterType, fs, f1, f2);
         Scal(h, taps, static_cast<T>(1.0 / gain));
     }
-    return status = STATUS_OK;
+    return STATUS_OK;
 }
 
-template int32_t FIRWindowedCoef<float>(FDArrayHandle, double, double, double, int32_t, int32_t,
-                                        int32_t, float, int32_t, FDArrayHandle);
-template int32_t FIRWindowedCoef<double>(FDArrayHandle, double, double, double, int32_t, int32_t,
-                                         int32_t, double, int32_t, FDArrayHandle);
+template int32_t FIRWindowedCoef<float>(CallFrame &, FDArrayHandle, double, double, double,
+                                        int32_t, int32_t, int32_t, float, int32_t, FDArrayHandle);
+template int32_t FIRWindowedCoef<double>(CallFrame &, FDArrayHandle, double, double, double,
+                                         int32_t, int32_t, int32_t, double, int32_t, FDArrayHandle);
 
 }  // namespace fennel

@@ -68,38 +68,32 @@ void ApplyKaiserWin(T *x, int32_t n, typename Traits<T>::Real beta,
 }
 
 template <class T>
-int32_t GaussWin(FDArrayHandle x, typename Traits<T>::Real sigma) {
+int32_t GaussWin(CallFrame &frame, FDArrayHandle x, typename Traits<T>::Real sigma) {
     using R = typename Traits<T>::Real;
-    HostArray<T, 1> data(x);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, 1> guard(data, status, Traits<T>::kTypeCode);
-    const int32_t n = data.size();
-    if (n < 1) return status = STATUS_EMPTY_ARRAY;
-    if (n == 1) return status;
+    const auto [data, n] = WindowSamples<T>(frame, x);
+    if (n < 1) return STATUS_EMPTY_ARRAY;
+    if (n == 1) return STATUS_OK;
     if (!(sigma > R(0))) sigma = static_cast<R>(0.2);
-    ApplyGaussWin(data.data(), n, sigma, static_cast<R *>(nullptr));
-    return status;
+    ApplyGaussWin(data, n, sigma, static_cast<R *>(nullptr));
+    return STATUS_OK;
 }
 
 template <class T>
-int32_t KaiserWin(FDArrayHandle x, typename Traits<T>::Real beta) {
+int32_t KaiserWin(CallFrame &frame, FDArrayHandle x, typename Traits<T>::Real beta) {
     using R = typename Traits<T>::Real;
-    HostArray<T, 1> data(x);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, 1> guard(data, status, Traits<T>::kTypeCode);
-    const int32_t n = data.size();
-    if (n < 1) return status = STATUS_EMPTY_ARRAY;
+    const auto [data, n] = WindowSamples<T>(frame, x);
+    if (n < 1) return STATUS_EMPTY_ARRAY;
     if (std::isnan(beta)) beta = R(0);
-    if (n == 1 || beta == R(0)) return status;
-    ApplyKaiserWin(data.data(), n, beta, static_cast<R *>(nullptr));
-    return status;
+    if (n == 1 || beta == R(0)) return STATUS_OK;
+    ApplyKaiserWin(data, n, beta, static_cast<R *>(nullptr));
+    return STATUS_OK;
 }
 
 #define FENNEL_GAUSS_KAISER_INSTANCES(T)                                                   \
     template void ApplyGaussWin<T>(T *, int32_t, Traits<T>::Real, Traits<T>::Real *);      \
     template void ApplyKaiserWin<T>(T *, int32_t, Traits<T>::Real, Traits<T>::Real *);     \
-    template int32_t GaussWin<T>(FDArrayHandle, Traits<T>::Real);                          \
-    template int32_t KaiserWin<T>(FDArrayHandle, Traits<T>::Real);
+    template int32_t GaussWin<T>(CallFrame &, FDArrayHandle, Traits<T>::Real);             \
+    template int32_t KaiserWin<T>(CallFrame &, FDArrayHandle, Traits<T>::Real);
 FENNEL_GAUSS_KAISER_INSTANCES(float)
 FENNEL_GAUSS_KAISER_INSTANCES(double)
 FENNEL_GAUSS_KAISER_INSTANCES(cfloat)

@@ -4,11 +4,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "numerics/vectorize.h"
+#include "filters/filters.h"
 #include "frame/host_array.h"
 #include "numerics/blas.h"
-#include "filters/window_kernels.h"
-#include "filters/filters.h"
+#include "numerics/vectorize.h"
 
 namespace fennel {
 namespace {
@@ -21,13 +20,15 @@ constexpr int kParts = Traits<T>::kComplex ? 2 : 1;
 template <class T>
 constexpr bool kPadded = !std::is_same_v<T, cdouble>;
 
-// Copies count coefficients followed by zeros up to padded into a workspace.
+// Copies count coefficients followed by zeros up to padded into a workspace
+// (emptied when the call ends).
 template <class R>
-int32_t PadCoefficients(HostArray<R, 1> &ws, EmptyAtExit<R, 1> &guard, const R *c, int32_t count,
+int32_t PadCoefficients(CallFrame &frame, FDArrayHandle workspace, const R *c, int32_t count,
                         int32_t padded, const R **out) {
+    HostArray<R, 1> ws(workspace);
     if (ws.is_null()) return STATUS_NO_WORKSPACE;
-    guard.Arm();
-    if (ws.Resize(padded) < 0) return STATUS_OUT_OF_MEMORY;
+    frame.EmptyAtExit(ws);
+    FENNEL_TRY(ws.Resize(padded));
     R *p = ws.data();
     std::memcpy(p, c, sizeof(R) * static_cast<size_t>(count));
     std::fill(p + count, p + padded, R(0));
@@ -224,10 +225,10 @@ FusedFn<R> FindFused(int32_t Q, int32_t Pn) {
 // before *head are computed, the original inputs that the rest needs are saved
 // and the padded taps copied out before the workspaces are emptied.
 template <class T>
-int32_t ForwardStage(T *x, int32_t n, const typename Traits<T>::Real *b, int32_t nb, T *state,
-                     FDArrayHandle tailWorkspace, FDArrayHandle bWorkspace, int32_t fusedHead,
-                     typename Traits<T>::Real *savedInputs, typename Traits<T>::Real *paddedTaps,
-                     int32_t *paddedCount) {
+int32_t ForwardStage(CallFrame &frame, T *x, int32_t n, const typename Traits<T>::Real *b,
+                     int32_t nb, T *state, FDArrayHandle tailWorkspace, FDArrayHandle bWorkspace,
+                     int32_t fusedHead, typename Traits<T>::Real *savedInputs,
+                     typename Traits<T>::Real *paddedTaps, int32_t *paddedCount) {
     using R = typename Traits<T>::Real;
     constexpr int P = kParts<T>;
     if (nb == 1) {
@@ -235,23 +236,17 @@ int32_t ForwardStage(T *x, int32_t n, const typename Traits<T>::Real *b, int32_t
         return STATUS_OK;
     }
     HostArray<T, 1> tail(tailWorkspace);
-    EmptyAtExit<T, 1> tail_guard(tail);
     if (tail.is_null()) return STATUS_NO_WORKSPACE;
-    tail_guard.Arm();
+    frame.EmptyAtExit(tail);
     const int32_t L = std::min(nb - 1, n);
-    if (tail.Resize(L) < 0) return STATUS_OUT_OF_MEMORY;
+    FENNEL_TRY(tail.Resize(L));
     std::memcpy(tail.data(), x + (n - L), sizeof(T) * static_cast<size_t>(L));
 
-    HostArray<R, 1> padded(bWorkspace);
-    EmptyAtExit<R, 1> padded_guard(padded);
     const R *bp = b;
     int32_t Q = nb;
     if constexpr (kPadded<T>) {
         Q = 4 * ((nb + 3) / 4);
-        if (Q != nb) {
-            const int32_t status = PadCoefficients(padded, padded_guard, b, nb, Q, &bp);
-            if (status < 0) return status;
-        }
+        if (Q != nb) FENNEL_TRY(PadCoefficients(frame, bWorkspace, b, nb, Q, &bp));
     }
 
     R *xr = reinterpret_cast<R *>(x);
@@ -280,8 +275,8 @@ int32_t ForwardStage(T *x, int32_t n, const typename Traits<T>::Real *b, int32_t
 // y[i] = (w[i] - sum over k >= 1 of a[k] y[i-k]) / a[0].  With fusedHead
 // set, the first outputs are computed here and the rest in one fused pass.
 template <class T>
-int32_t FeedbackStage(T *x, int32_t n, const typename Traits<T>::Real *a, int32_t na, T *state,
-                      FDArrayHandle aWorkspace, int32_t fusedHead,
+int32_t FeedbackStage(CallFrame &frame, T *x, int32_t n, const typename Traits<T>::Real *a,
+                      int32_t na, T *state, FDArrayHandle aWorkspace, int32_t fusedHead,
                       const typename Traits<T>::Real *savedInputs,
                       const typename Traits<T>::Real *paddedTaps, int32_t paddedCount) {
     using R = typename Traits<T>::Real;
@@ -295,8 +290,6 @@ int32_t FeedbackStage(T *x, int32_t n, const typename Traits<T>::Real *a, int32_
     const R *sr = reinterpret_cast<const R *>(state);
     const int32_t order = na - 1;
 
-    HostArray<R, 1> padded(aWorkspace);
-    EmptyAtExit<R, 1> padded_guard(padded);
     if constexpr (!kPadded<T>) {
         // Every output by the filter equation over the unpadded coefficients.
         for (int32_t i = 0; i < n; ++i)
@@ -312,10 +305,7 @@ int32_t FeedbackStage(T *x, int32_t n, const typename Traits<T>::Real *a, int32_
         // The order rounded up to a multiple of four, coefficients padded.
         const int32_t Pn = 4 * ((na + 2) / 4);
         const R *ap = a;
-        if (Pn + 1 != na) {
-            const int32_t status = PadCoefficients(padded, padded_guard, a, na, Pn + 1, &ap);
-            if (status < 0) return status;
-        }
+        if (Pn + 1 != na) FENNEL_TRY(PadCoefficients(frame, aWorkspace, a, na, Pn + 1, &ap));
         if constexpr (P == 1) {
             if (fusedHead > 0) {
                 FeedbackOutputs<P>(yr, fusedHead, ap, Pn, a, na, sr, g);
@@ -343,32 +333,31 @@ int32_t FeedbackStage(T *x, int32_t n, const typename Traits<T>::Real *a, int32_
 }  // namespace
 
 template <class T>
-int32_t IIRDirectFilter(FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
+int32_t IIRDirectFilter(CallFrame &frame, FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
                         FDArrayHandle forwardState, FDArrayHandle reverseState, int32_t init,
                         FDArrayHandle tailWorkspace, FDArrayHandle aWorkspace,
                         FDArrayHandle bWorkspace) {
     using R = typename Traits<T>::Real;
     HostArray<T, 1> signal(x), fstate(forwardState), rstate(reverseState);
     HostArray<R, 1> ca(a), cb(b);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, 1> signal_guard(signal, status, Traits<T>::kTypeCode);
-    EmptyOnFailure<T, 1> fstate_guard(fstate, status, Traits<T>::kTypeCode);
-    EmptyOnFailure<T, 1> rstate_guard(rstate, status, Traits<T>::kTypeCode);
+    frame.EmptyOnFailure(signal);
+    frame.EmptyOnFailure(fstate);
+    frame.EmptyOnFailure(rstate);
 
     const int32_t n = signal.size();
-    if (n < 1) return status;
+    if (n < 1) return STATUS_OK;
     const int32_t na = std::max(ca.size(), 0);
     const int32_t nb = std::max(cb.size(), 0);
-    if (nb < 1) return status = na < 1 ? STATUS_OK : STATUS_EMPTY_OPERAND;
+    if (nb < 1) return na < 1 ? STATUS_OK : STATUS_EMPTY_OPERAND;
 
     // A state of the wrong length starts the filter from rest.
     bool reset = init != 0;
     if (fstate.size() != nb - 1) {
-        if ((status = fstate.Resize(nb - 1)) < 0) return status;
+        FENNEL_TRY(fstate.Resize(nb - 1));
         reset = true;
     }
     if (na >= 1 && rstate.size() != na - 1) {
-        if ((status = rstate.Resize(na - 1)) < 0) return status;
+        FENNEL_TRY(rstate.Resize(na - 1));
         reset = true;
     }
     if (reset) {
@@ -387,24 +376,26 @@ int32_t IIRDirectFilter(FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
     R saved[20], taps[20];
     int32_t tapCount = 0;
     T *data = signal.data();
-    status = ForwardStage(data, n, cb.data(), nb, fstate.data(), tailWorkspace, bWorkspace, head,
-                          saved, taps, &tapCount);
-    if (status < 0 || na < 1) return status;
-    return status = FeedbackStage(data, n, ca.data(), na, rstate.data(), aWorkspace, head, saved,
-                                  taps, tapCount);
+    {
+        // The forward stage's workspaces are emptied when the stage ends,
+        // before the feedback stage sizes its own.
+        CallFrame stage;
+        FENNEL_TRY(ForwardStage(stage, data, n, cb.data(), nb, fstate.data(), tailWorkspace,
+                                bWorkspace, head, saved, taps, &tapCount));
+    }
+    if (na < 1) return STATUS_OK;
+    return FeedbackStage(frame, data, n, ca.data(), na, rstate.data(), aWorkspace, head, saved,
+                         taps, tapCount);
 }
 
-template int32_t IIRDirectFilter<float>(FDArrayHandle, FDArrayHandle, FDArrayHandle, FDArrayHandle,
-                                        FDArrayHandle, int32_t, FDArrayHandle, FDArrayHandle,
-                                        FDArrayHandle);
-template int32_t IIRDirectFilter<double>(FDArrayHandle, FDArrayHandle, FDArrayHandle,
-                                         FDArrayHandle, FDArrayHandle, int32_t, FDArrayHandle,
-                                         FDArrayHandle, FDArrayHandle);
-template int32_t IIRDirectFilter<cfloat>(FDArrayHandle, FDArrayHandle, FDArrayHandle,
-                                         FDArrayHandle, FDArrayHandle, int32_t, FDArrayHandle,
-                                         FDArrayHandle, FDArrayHandle);
-template int32_t IIRDirectFilter<cdouble>(FDArrayHandle, FDArrayHandle, FDArrayHandle,
-                                          FDArrayHandle, FDArrayHandle, int32_t, FDArrayHandle,
-                                          FDArrayHandle, FDArrayHandle);
+#define FENNEL_IIR_INSTANCES(T)                                                                \
+    template int32_t IIRDirectFilter<T>(CallFrame &, FDArrayHandle, FDArrayHandle, FDArrayHandle, \
+                                        FDArrayHandle, FDArrayHandle, int32_t, FDArrayHandle,     \
+                                        FDArrayHandle, FDArrayHandle);
+FENNEL_IIR_INSTANCES(float)
+FENNEL_IIR_INSTANCES(double)
+FENNEL_IIR_INSTANCES(cfloat)
+FENNEL_IIR_INSTANCES(cdouble)
+#undef FENNEL_IIR_INSTANCES
 
 }  // namespace fennel

@@ -25,8 +25,8 @@ void TriangleMultiplier(T *x, int32_t L, double p) {
 }
 
 template <class T>
-int32_t SymmetricWindow(T *x, int32_t n, int32_t windowType, typename Traits<T>::Real param,
-                        FDArrayHandle workspace) {
+int32_t SymmetricWindow(CallFrame &frame, T *x, int32_t n, int32_t windowType,
+                        typename Traits<T>::Real param, FDArrayHandle workspace) {
     using R = typename Traits<T>::Real;
     if (static_cast<uint32_t>(windowType) > 62u) return STATUS_BAD_SELECTOR;
     if (windowType == 0) return STATUS_OK;
@@ -53,8 +53,7 @@ int32_t SymmetricWindow(T *x, int32_t n, int32_t windowType, typename Traits<T>:
             double coefs[7];
             int32_t K = 0;
             AllCosWinCoefs(windowType, coefs, &K);
-            const int32_t status = ApplyAllCosWin(x, n - 1, coefs, K, 0, &first, workspace);
-            if (status < 0) return status;
+            FENNEL_TRY(ApplyAllCosWin(frame, x, n - 1, coefs, K, 0, &first, workspace));
             break;
         }
     }
@@ -63,30 +62,27 @@ int32_t SymmetricWindow(T *x, int32_t n, int32_t windowType, typename Traits<T>:
 }
 
 template <class T>
-int32_t SymmWin(FDArrayHandle x, int32_t windowType, typename Traits<T>::Real param,
-                FDArrayHandle workspace) {
-    HostArray<T, 1> data(x);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, 1> guard(data, status, Traits<T>::kTypeCode);
-    return status = SymmetricWindow(data.data(), data.size(), windowType, param, workspace);
+int32_t SymmWin(CallFrame &frame, FDArrayHandle x, int32_t windowType,
+                typename Traits<T>::Real param, FDArrayHandle workspace) {
+    const auto [data, n] = WindowSamples<T>(frame, x);
+    return SymmetricWindow(frame, data, n, windowType, param, workspace);
 }
 
 template <class T>
-int32_t TriangleWin(FDArrayHandle x) {
-    HostArray<T, 1> data(x);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, 1> guard(data, status, Traits<T>::kTypeCode);
-    const int32_t n = data.size();
-    if (n < 1) return status = STATUS_EMPTY_ARRAY;
-    if (n > 1) TriangleMultiplier(data.data(), n, 1.0);
-    return status;
+int32_t TriangleWin(CallFrame &frame, FDArrayHandle x) {
+    const auto [data, n] = WindowSamples<T>(frame, x);
+    if (n < 1) return STATUS_EMPTY_ARRAY;
+    if (n > 1) TriangleMultiplier(data, n, 1.0);
+    return STATUS_OK;
 }
 
 #define FENNEL_SYMMWIN_INSTANCES(T)                                                             \
     template void TriangleMultiplier<T>(T *, int32_t, double);                                  \
-    template int32_t SymmetricWindow<T>(T *, int32_t, int32_t, Traits<T>::Real, FDArrayHandle); \
-    template int32_t SymmWin<T>(FDArrayHandle, int32_t, Traits<T>::Real, FDArrayHandle);        \
-    template int32_t TriangleWin<T>(FDArrayHandle);
+    template int32_t SymmetricWindow<T>(CallFrame &, T *, int32_t, int32_t, Traits<T>::Real,   \
+                                        FDArrayHandle);                                       \
+    template int32_t SymmWin<T>(CallFrame &, FDArrayHandle, int32_t, Traits<T>::Real,           \
+                                FDArrayHandle);                                               \
+    template int32_t TriangleWin<T>(CallFrame &, FDArrayHandle);
 FENNEL_SYMMWIN_INSTANCES(float)
 FENNEL_SYMMWIN_INSTANCES(double)
 FENNEL_SYMMWIN_INSTANCES(cfloat)

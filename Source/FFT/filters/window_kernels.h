@@ -5,6 +5,8 @@
 #include <cstdint>
 
 #include "fennel_dsp.h"
+#include "frame/call_frame.h"
+#include "frame/host_array.h"
 #include "frame/types.h"
 
 namespace fennel {
@@ -16,10 +18,12 @@ int32_t AllCosWinCoefs(int32_t windowType, double *coefs, int32_t *K);
 // Multiplies x[0 .. n-1] by the periodic cosine-sum window of the K
 // coefficients (divided by coefs[0] when normalise is non-zero).  The window's
 // value at 0 goes to firstValue (NaN on failure) when it is not null.  K >= 2
-// needs the float64 workspace (4K elements while running, emptied at the end).
+// needs the float64 workspace (4K elements while running, emptied when the
+// call ends).
 template <class T>
-int32_t ApplyAllCosWin(T *x, int32_t n, const double *coefs, int32_t K, int32_t normalise,
-                       typename Traits<T>::Real *firstValue, FDArrayHandle workspace);
+int32_t ApplyAllCosWin(CallFrame &frame, T *x, int32_t n, const double *coefs, int32_t K,
+                       int32_t normalise, typename Traits<T>::Real *firstValue,
+                       FDArrayHandle workspace);
 
 // Periodic Gaussian and Kaiser shapes over n >= 2 samples; sigma must be
 // positive, beta any number.  firstValue (may be null) receives w[0].
@@ -38,8 +42,22 @@ void TriangleMultiplier(T *x, int32_t L, double p);
 // The symmetric window of a type of the shared numbering (0, 1..9, 11, 30, 60,
 // 62) over n samples; param is beta (60) or sigma (62).
 template <class T>
-int32_t SymmetricWindow(T *x, int32_t n, int32_t windowType, typename Traits<T>::Real param,
-                        FDArrayHandle workspace);
+int32_t SymmetricWindow(CallFrame &frame, T *x, int32_t n, int32_t windowType,
+                        typename Traits<T>::Real param, FDArrayHandle workspace);
+
+// The samples of an in-place window's array and their count, the array
+// registered to be emptied when the call fails.
+template <class T>
+struct WindowSpan {
+    T *data;
+    int32_t n;
+};
+template <class T>
+WindowSpan<T> WindowSamples(CallFrame &frame, FDArrayHandle x) {
+    HostArray<T, 1> array(x);
+    frame.EmptyOnFailure(array);
+    return {array.data(), array.size()};
+}
 
 // x <- w * x for one element, in the element's precision.
 template <class T>

@@ -4,13 +4,16 @@
 // - outputs registered with EmptyOnFailure are emptied when the call fails;
 // - workspaces registered with EmptyAtExit are emptied when the call ends
 //   (with EmptyAtExitIfHeld only when they hold elements then);
-// - plans registered with FreePlanOnFailure are released when the call fails.
+// - plans registered with FreePlanOnFailure are released when the call fails;
+// - caller records registered with ZeroOnFailure are zeroed when the call fails.
 // Routines take the frame as their first argument; Call runs one in a fresh
 // frame.  The frame holds no memory of its own (the library allocates only
 // through the host).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 #include <utility>
 
@@ -48,6 +51,12 @@ class CallFrame {
         if (slot != nullptr && plan_count_ < kMaxPlans) plans_[plan_count_++] = {slot, release};
     }
 
+    // Zeroes `bytes` bytes at `record` when the call fails (a caller's
+    // out-argument or stream state); a null record is skipped.
+    void ZeroOnFailure(void *record, size_t bytes) {
+        if (record != nullptr && zero_count_ < kMaxZeroed) zeroed_[zero_count_++] = {record, bytes};
+    }
+
     // A plan slot of this call only, for a caller that passed no plan
     // address: release(slot) runs when the call ends.
     void **LocalSlot(int32_t (*release)(void *slot)) {
@@ -73,12 +82,20 @@ class CallFrame {
         void *slot;
         int32_t (*release)(void *slot);
     };
-    static constexpr int kMaxEntries = 8, kMaxPlans = 2;
+    struct ZeroEntry {
+        void *record;
+        size_t bytes;
+    };
+    static constexpr int kMaxEntries = 8, kMaxPlans = 2, kMaxZeroed = 2;
 
     void Add(Entry::Kind kind, FDArrayHandle handle, int32_t typeCode, int rank) {
         if (handle == nullptr) return;
+        // Registered again alike: emptied once.  One handle registered under
+        // two element types or ranks is emptied under each.
         for (int i = 0; i < count_; ++i)
-            if (entries_[i].handle == handle && entries_[i].kind == kind) return;
+            if (entries_[i].handle == handle && entries_[i].kind == kind &&
+                entries_[i].type_code == typeCode && entries_[i].rank == rank)
+                return;
         if (count_ < kMaxEntries) entries_[count_++] = {kind, handle, typeCode, rank};
     }
     void Finish() {
@@ -93,6 +110,8 @@ class CallFrame {
                 continue;
             EmptyArray(e.handle, e.type_code, e.rank);
         }
+        for (int i = 0; failed && i < zero_count_; ++i)
+            std::memset(zeroed_[i].record, 0, zeroed_[i].bytes);
         if (local_release_ != nullptr) local_release_(&local_slot_);
     }
 
@@ -101,6 +120,8 @@ class CallFrame {
     PlanEntry plans_[kMaxPlans];
     int count_ = 0;
     int plan_count_ = 0;
+    ZeroEntry zeroed_[kMaxZeroed];
+    int zero_count_ = 0;
     void *local_slot_ = nullptr;
     int32_t (*local_release_)(void *slot) = nullptr;
 };

@@ -83,28 +83,28 @@ int32_t DecimateCore(T *x, int32_t n, T *out, int32_t capacity, int32_t factor, 
 }
 
 template <class T>
-int32_t Decimate(FDArrayHandle x, FDArrayHandle output, int32_t factor, int32_t average) {
+int32_t Decimate(CallFrame &frame, FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                 int32_t average) {
     HostArray<T, 1> in(x);
     HostArray<T, 1> out(output);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, 1> out_guard(out, status, Traits<T>::kTypeCode);
+    frame.EmptyOnFailure(out);
     const int32_t n = in.size();
-    if (n < 1) return status = STATUS_EMPTY_ARRAY;
-    if (factor < 1 || factor > n) return status = STATUS_BAD_DECIMATION_FACTOR;
+    if (n < 1) return STATUS_EMPTY_ARRAY;
+    if (factor < 1 || factor > n) return STATUS_BAD_DECIMATION_FACTOR;
     const int32_t count = n / factor;
     if (x == output) {
         // One handle for both: decimate in place, then shrink (the host keeps
         // the leading elements).
-        if ((status = DecimateCore<T>(in.data(), n, nullptr, 0, factor, average)) < 0) return status;
-        return status = out.Resize(count);
+        FENNEL_TRY(DecimateCore<T>(in.data(), n, nullptr, 0, factor, average));
+        return out.Resize(count);
     }
-    if ((status = out.Resize(count)) < 0) return status;
-    return status = DecimateCore<T>(in.data(), n, out.data(), out.size(), factor, average);
+    FENNEL_TRY(out.Resize(count));
+    return DecimateCore<T>(in.data(), n, out.data(), out.size(), factor, average);
 }
 
 #define FENNEL_DECIMATE_INSTANCES(T)                                                         \
     template int32_t DecimateCore<T>(T *, int32_t, T *, int32_t, int32_t, int32_t);          \
-    template int32_t Decimate<T>(FDArrayHandle, FDArrayHandle, int32_t, int32_t);
+    template int32_t Decimate<T>(CallFrame &, FDArrayHandle, FDArrayHandle, int32_t, int32_t);
 FENNEL_DECIMATE_INSTANCES(float)
 FENNEL_DECIMATE_INSTANCES(double)
 FENNEL_DECIMATE_INSTANCES(cfloat)

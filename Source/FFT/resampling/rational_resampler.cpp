@@ -13,15 +13,14 @@
 // apart), the taps of an output depend only on its fraction, and every dot
 // product runs over one contiguous run of the output's samples (a span that
 // reaches back into the history is first gathered into a scratch run).
-#include <cblas.h>
-
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-#include "numerics/vectorize.h"
 #include "frame/host_array.h"
+#include "numerics/blas.h"
+#include "numerics/vectorize.h"
 #include "resampling/resampling.h"
 
 namespace fennel {
@@ -265,48 +264,6 @@ std::complex<R> Dot(const R *taps, const std::complex<R> *x, int64_t T) {
     return {(re[0] + re[2]) + (re[1] + re[3]), (im[0] + im[2]) + (im[1] + im[3])};
 }
 
-inline void Scale(float *y, int64_t n, double s) {
-    cblas_sscal(static_cast<blasint>(n), static_cast<float>(s), y, 1);
-}
-inline void Scale(double *y, int64_t n, double s) {
-    cblas_dscal(static_cast<blasint>(n), s, y, 1);
-}
-inline void Scale(cfloat *y, int64_t n, double s) {
-    cblas_csscal(static_cast<blasint>(n), static_cast<float>(s), y, 1);
-}
-inline void Scale(cdouble *y, int64_t n, double s) {
-    cblas_zdscal(static_cast<blasint>(n), s, y, 1);
-}
-
-// On failure: output and histories emptied, the time out-argument 0, the
-// state zeroed.
-template <class T, int Rank>
-class FailureCleanup {
-   public:
-    using R = typename Traits<T>::Real;
-    FailureCleanup(HostArray<T, Rank> &out, HostArray<T, Rank> &histA, HostArray<R, 1> &histB,
-                   float *time, FDResampleState *state, const int32_t &status)
-        : out_(out), hist_a_(histA), hist_b_(histB), time_(time), state_(state), status_(status) {}
-    ~FailureCleanup() {
-        if (status_ >= 0) return;
-        out_.Empty();
-        hist_a_.Empty();
-        hist_b_.Empty();
-        if (time_ != nullptr) *time_ = 0.0f;
-        if (state_ != nullptr) std::memset(static_cast<void *>(state_), 0, kStateBytes);
-    }
-    FailureCleanup(const FailureCleanup &) = delete;
-    FailureCleanup &operator=(const FailureCleanup &) = delete;
-
-   private:
-    HostArray<T, Rank> &out_;
-    HostArray<T, Rank> &hist_a_;
-    HostArray<R, 1> &hist_b_;
-    float *time_;
-    FDResampleState *state_;
-    const int32_t &status_;
-};
-
 template <class T, int Rank>
 int32_t ResizeRows(HostArray<T, Rank> &a, int32_t rows, int32_t columns) {
     if constexpr (Rank == 1) {
@@ -350,57 +307,61 @@ int32_t Reset(const FDResampleParams *params, int64_t M, int32_t interpolation, 
     state->ratio = ratio;
     state->position = static_cast<int32_t>(offset);
     state->fraction = offset - static_cast<double>(state->position);
-    int32_t status = ResizeRows(histA, channels, h);
-    if (status < 0) return status;
+    FENNEL_TRY(ResizeRows(histA, channels, h));
     return histB.Resize(h);
 }
 
 }  // namespace
 
 template <class T, int Rank>
-int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolation,
-                 const FDResampleParams *params, int32_t reset, int32_t antiAlias,
-                 FDArrayHandle output, float *firstOutputTime, FDArrayHandle historyA,
-                 FDArrayHandle historyB, FDResampleState *state) {
+int32_t Resample(CallFrame &frame, FDArrayHandle x, FDArrayHandle coefficients,
+                 int32_t interpolation, const FDResampleParams *params, int32_t reset,
+                 int32_t antiAlias, FDArrayHandle output, float *firstOutputTime,
+                 FDArrayHandle historyA, FDArrayHandle historyB, FDResampleState *state) {
     using R = typename Traits<T>::Real;
     HostArray<T, Rank> in(x);
     HostArray<R, 1> coef(coefficients);
     HostArray<T, Rank> out(output);
     HostArray<T, Rank> histA(historyA);
     HostArray<R, 1> histB(historyB);
-    int32_t status = STATUS_OK;
-    FailureCleanup<T, Rank> cleanup(out, histA, histB, firstOutputTime, state, status);
+    // On failure: the output, then both histories, emptied (the frame empties
+    // in the reverse order of registration), the time out-argument 0, the
+    // state zeroed.
+    frame.EmptyOnFailure(histB);
+    frame.EmptyOnFailure(histA);
+    frame.EmptyOnFailure(out);
+    frame.ZeroOnFailure(firstOutputTime, sizeof(float));
+    frame.ZeroOnFailure(state, kStateBytes);
 
-    if (state == nullptr) return status = STATUS_BAD_RESAMPLE_RATIO;
+    if (state == nullptr) return STATUS_BAD_RESAMPLE_RATIO;
     // Outputs and histories must be handles of their own: each is resized.
     if (historyA == nullptr || historyB == nullptr || historyA == historyB ||
         output == historyA || output == historyB || output == x || output == coefficients ||
         historyA == x || historyA == coefficients || historyB == x || historyB == coefficients)
-        return status = STATUS_NO_WORKSPACE;
+        return STATUS_NO_WORKSPACE;
     const int32_t channels = Rank == 2 ? in.size(0) : 1;
     const int32_t n = in.size(Rank - 1);
     const int64_t M = coef.size(0);
 
     if (reset != 0) {
-        if (channels < 1) return status = STATUS_EMPTY_ARRAY;
-        status = Reset<T, Rank>(params, M, interpolation, channels, histA, histB, state);
-        if (status < 0) return status;
+        if (channels < 1) return STATUS_EMPTY_ARRAY;
+        FENNEL_TRY((Reset<T, Rank>(params, M, interpolation, channels, histA, histB, state)));
     }
 
     // The stream state, checked before use: the caller owns it.
     const double ratio = state->ratio;
-    if (!(ratio > 0.0) || !(ratio < kTimeLimit)) return status = STATUS_BAD_RESAMPLE_RATIO;
+    if (!(ratio > 0.0) || !(ratio < kTimeLimit)) return STATUS_BAD_RESAMPLE_RATIO;
     const double t0 = static_cast<double>(state->position) + state->fraction;
-    if (!(t0 >= 0.0) || !(t0 < 2.0 * kTimeLimit)) return status = STATUS_BAD_START_OFFSET;
-    if (interpolation < 1) return status = STATUS_BAD_RESAMPLE_RATIO;
-    if (n < 0) return status = STATUS_BAD_START_OFFSET;
-    if (channels < 1) return status = STATUS_EMPTY_ARRAY;
-    if (M < 1) return status = STATUS_EMPTY_OPERAND;
+    if (!(t0 >= 0.0) || !(t0 < 2.0 * kTimeLimit)) return STATUS_BAD_START_OFFSET;
+    if (interpolation < 1) return STATUS_BAD_RESAMPLE_RATIO;
+    if (n < 0) return STATUS_BAD_START_OFFSET;
+    if (channels < 1) return STATUS_EMPTY_ARRAY;
+    if (M < 1) return STATUS_EMPTY_OPERAND;
     const int32_t H = state->historyCapacity;
     const int64_t held = state->historyCount;
     if (H < 2 || held < 0 || held > H || state->historyChannels != channels ||
         !HasRows(histA, channels, H) || histB.size(0) != H)
-        return status = STATUS_TOO_MANY_TAPS;
+        return STATUS_TOO_MANY_TAPS;
 
     Prototype<R> P;
     P.h = coef.data();
@@ -425,7 +386,7 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
     // walk and the output size.
     const int64_t L = held + n;
     const double estimate = std::ceil((static_cast<double>(L) - P.a - t0) / ratio);
-    if (!(estimate + 2.0 < static_cast<double>(kInt32Max) / channels)) return status = STATUS_OUT_OF_MEMORY;
+    if (!(estimate + 2.0 < static_cast<double>(kInt32Max) / channels)) return STATUS_OUT_OF_MEMORY;
     const int64_t cap = estimate > 0.0 ? static_cast<int64_t>(estimate) + 2 : 2;
     int64_t K = 0;
     Clock clock = start;
@@ -436,10 +397,10 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
     int64_t keep_from = clock.pos - next.left;
     if (keep_from < 0) keep_from = 0;
     if (keep_from > L) keep_from = L;
-    if (L - keep_from > H || next.taps() > H) return status = STATUS_TOO_MANY_TAPS;
-    if (clock.pos - keep_from > kInt32Max) return status = STATUS_BAD_START_OFFSET;
+    if (L - keep_from > H || next.taps() > H) return STATUS_TOO_MANY_TAPS;
+    if (clock.pos - keep_from > kInt32Max) return STATUS_BAD_START_OFFSET;
 
-    if ((status = ResizeRows(out, channels, static_cast<int32_t>(K))) < 0) return status;
+    FENNEL_TRY(ResizeRows(out, channels, static_cast<int32_t>(K)));
     if (firstOutputTime != nullptr)
         *firstOutputTime = static_cast<float>(
             (state->samplesSeen + static_cast<double>(start.pos - held)) + start.f);
@@ -457,7 +418,7 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
     while (slots < 64 && slots < K && stride * static_cast<size_t>(2 * slots) <= (size_t{64} << 10)) slots *= 2;
     const size_t batch_bytes = static_cast<size_t>(slots) * (stride + 6 * sizeof(int64_t));
     Scratch<char> work(K > 0 ? batch_bytes + sizeof(T) * static_cast<size_t>(H) + 64 : 0);
-    if (K > 0 && !work.ok()) return status = STATUS_OUT_OF_MEMORY;
+    if (K > 0 && !work.ok()) return STATUS_OUT_OF_MEMORY;
     char *aligned = work.get() + (64 - reinterpret_cast<uintptr_t>(work.get()) % 64) % 64;
     R *tap_slots = reinterpret_cast<R *>(aligned);
     const int64_t slot_taps = static_cast<int64_t>(stride / sizeof(R));
@@ -479,7 +440,7 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
     Scratch<double> table(regroup ? static_cast<size_t>(2 * padded + 8) : 0);
     Scratch<int64_t> starts(regroup ? static_cast<size_t>(residues) : 0);
     if (regroup) {
-        if (!table.ok() || !starts.ok()) return status = STATUS_OUT_OF_MEMORY;
+        if (!table.ok() || !starts.ok()) return STATUS_OUT_OF_MEMORY;
         double *g = table.get() + (8 - reinterpret_cast<uintptr_t>(table.get()) / sizeof(double) % 8) % 8;
         Regroup(P, g, g + padded, starts.get());
         P.g = g;
@@ -497,7 +458,7 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
         for (int64_t b = 0; b < count; ++b, clock.Step()) {
             if (keys[b] != clock.f) {
                 const Span sp = Geometry(P, clock.f);
-                if (sp.taps() > H) return status = STATUS_TOO_MANY_TAPS;
+                if (sp.taps() > H) return STATUS_TOO_MANY_TAPS;
                 keys[b] = clock.f;
                 p0s[b] = sp.p0;
                 lefts[b] = sp.left;
@@ -533,7 +494,7 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
         }
     }
     if (K > 0) {
-        Scale(y, K * channels, P.s);
+        Scal(y, static_cast<int32_t>(K * channels), static_cast<R>(P.s));
         const int64_t last = (K - 1) % slots;
         std::memcpy(histB.data(), tap_slots + last * slot_taps, sizeof(R) * static_cast<size_t>(counts[last]));
     }
@@ -556,14 +517,14 @@ int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolat
     state->fraction = clock.f;
     state->tapSpacing = P.s;
     state->samplesSeen += static_cast<double>(n);
-    return status;
+    return STATUS_OK;
 }
 
 #define FENNEL_RESAMPLE_INSTANCES(T)                                                          \
-    template int32_t Resample<T, 1>(FDArrayHandle, FDArrayHandle, int32_t,                      \
+    template int32_t Resample<T, 1>(CallFrame &, FDArrayHandle, FDArrayHandle, int32_t,         \
                                     const FDResampleParams *, int32_t, int32_t, FDArrayHandle,  \
                                     float *, FDArrayHandle, FDArrayHandle, FDResampleState *);  \
-    template int32_t Resample<T, 2>(FDArrayHandle, FDArrayHandle, int32_t,                      \
+    template int32_t Resample<T, 2>(CallFrame &, FDArrayHandle, FDArrayHandle, int32_t,         \
                                     const FDResampleParams *, int32_t, int32_t, FDArrayHandle,  \
                                     float *, FDArrayHandle, FDArrayHandle, FDResampleState *);
 FENNEL_RESAMPLE_INSTANCES(float)

@@ -5,14 +5,17 @@
 #include <cstdint>
 
 #include "fennel_dsp.h"
+#include "frame/call_frame.h"
 
 namespace fennel {
 
 // Handle level: sizes, checks, output resize, cleanup on failure.
 template <class T>
-int32_t Decimate(FDArrayHandle x, FDArrayHandle output, int32_t factor, int32_t average);
+int32_t Decimate(CallFrame &frame, FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                 int32_t average);
 template <class T>
-int32_t Upsample(FDArrayHandle x, FDArrayHandle output, int32_t factor, int32_t phase);
+int32_t Upsample(CallFrame &frame, FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                 int32_t phase);
 
 // Computing routines on raw pointers.  DecimateCore writes over x when out is
 // null.
@@ -24,9 +27,9 @@ int32_t UpsampleCore(const T *x, int32_t n, T *out, int64_t capacity, int32_t fa
 
 // Rank 1: one channel; rank 2: one row per channel.
 template <class T, int Rank>
-int32_t Resample(FDArrayHandle x, FDArrayHandle coefficients, int32_t interpolation,
-                 const FDResampleParams *params, int32_t reset, int32_t antiAlias,
-                 FDArrayHandle output, float *firstOutputTime, FDArrayHandle historyA,
-                 FDArrayHandle historyB, FDResampleState *state);
+int32_t Resample(CallFrame &frame, FDArrayHandle x, FDArrayHandle coefficients,
+                 int32_t interpolation, const FDResampleParams *params, int32_t reset,
+                 int32_t antiAlias, FDArrayHandle output, float *firstOutputTime,
+                 FDArrayHandle historyA, FDArrayHandle historyB, FDResampleState *state);
 
 }  // namespace fennel

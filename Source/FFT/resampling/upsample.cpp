@@ -48,8 +48,7 @@ void ZeroInsertBackward(const T *x, int64_t n, T *out, int32_t factor, int32_t p
 template <class T>
 int32_t UpsampleCore(const T *x, int32_t n, T *out, int64_t capacity, int32_t factor,
                      int32_t phase) {
-    int32_t status = CheckUpsample(n, factor, phase);
-    if (status < 0) return status;
+    FENNEL_TRY(CheckUpsample(n, factor, phase));
     const int64_t total = static_cast<int64_t>(n) * factor;
     if (capacity < total) return STATUS_OUTPUT_TOO_LARGE;
     if (factor == 1) {
@@ -71,22 +70,22 @@ int32_t UpsampleCore(const T *x, int32_t n, T *out, int64_t capacity, int32_t fa
 }
 
 template <class T>
-int32_t Upsample(FDArrayHandle x, FDArrayHandle output, int32_t factor, int32_t phase) {
+int32_t Upsample(CallFrame &frame, FDArrayHandle x, FDArrayHandle output, int32_t factor,
+                 int32_t phase) {
     HostArray<T, 1> in(x);
     HostArray<T, 1> out(output);
-    int32_t status = STATUS_OK;
-    EmptyOnFailure<T, 1> out_guard(out, status, Traits<T>::kTypeCode);
+    frame.EmptyOnFailure(out);
     const int32_t n = in.size();
-    if ((status = CheckUpsample(n, factor, phase)) < 0) return status;
-    if ((status = out.Resize(n * factor)) < 0) return status;
+    FENNEL_TRY(CheckUpsample(n, factor, phase));
+    FENNEL_TRY(out.Resize(n * factor));
     // The input is read after the resize: when x and output are one handle the
     // host has kept its samples at the front of the grown block.
-    return status = UpsampleCore<T>(in.data(), n, out.data(), out.size(), factor, phase);
+    return UpsampleCore<T>(in.data(), n, out.data(), out.size(), factor, phase);
 }
 
 #define FENNEL_UPSAMPLE_INSTANCES(T)                                                   \
     template int32_t UpsampleCore<T>(const T *, int32_t, T *, int64_t, int32_t, int32_t); \
-    template int32_t Upsample<T>(FDArrayHandle, FDArrayHandle, int32_t, int32_t);
+    template int32_t Upsample<T>(CallFrame &, FDArrayHandle, FDArrayHandle, int32_t, int32_t);
 FENNEL_UPSAMPLE_INSTANCES(float)
 FENNEL_UPSAMPLE_INSTANCES(double)
 FENNEL_UPSAMPLE_INSTANCES(cfloat)

@@ -13,15 +13,15 @@ t = np.arange(2000) / rate
 x = np.sin(2 * np.pi * (50 + 40 * t) * t) + 0.2 * np.sin(2 * np.pi * 300 * t)
 
 with fd.Plan() as plan:
-    X = fd.fft(x, n=2048, shift=True, plan=plan)
+    X = fd.fft1d(x, n=2048, shift=True, plan=plan)
 freqs = (np.arange(2048) - 1024) * rate / 2048
 peak = freqs[np.argmax(np.abs(X))]
 print(f"tour: chirp 50 to 210 Hz plus a 300 Hz tone, 2000 samples padded to 2048")
 print(f"  strongest bin at {abs(peak):.1f} Hz, 300 Hz bin magnitude {np.abs(X[np.argmin(abs(freqs - 300))]):.1f}")
-y = fd.ifft(X, shift=True)
+y = fd.ifft1d(X, shift=True)
 print(f"  inverse of the centred spectrum: first 2000 samples match, max error {np.max(np.abs(y[:2000] - x)):.2e}")
 try:
-    fd.fft(np.zeros(0))
+    fd.fft1d(np.zeros(0))
 except fd.FennelError as err:
     print(f"  an empty input is refused: {err}")
 
@@ -38,7 +38,7 @@ print(f"  4-term Blackman-Harris window, auto power spectrum: df = {df:.2f} Hz, 
 taps = fd.fir_windowed_coefficients(51, rate, 150.0, filter_type=fd.LOWPASS,
                                     window_type=fd.WINDOW_HAMMING, normalise=True)
 smooth = fd.convolve(x, taps, mode="same")
-residue = np.abs(fd.fft(smooth, n=2048))[np.argmin(abs(np.arange(2048) * rate / 2048 - 300))]
+residue = np.abs(fd.fft1d(smooth, n=2048))[np.argmin(abs(np.arange(2048) * rate / 2048 - 300))]
 print(f"  FIR lowpass (51 taps, 150 Hz) by convolution: 300 Hz bin {152.5:.1f} -> {residue:.2f}")
 iir = fd.IIRFilter(b=[0.0675, 0.1349, 0.0675], a=[1.0, -1.1430, 0.4128])  # 2nd-order lowpass
 blocks = np.concatenate([iir(block) for block in np.array_split(tones, 7)])
@@ -48,13 +48,13 @@ print(f"  2nd-order IIR filter in 7 blocks against one call: largest difference 
 
 # Decimation by averaging, and the DCT's energy compaction.
 print(f"  decimate by 4 (average): {len(x)} -> {len(fd.decimate(x, 4, average=True))} samples")
-c = fd.dct(np.cos(np.linspace(0, np.pi, 64)))
+c = fd.dct1d(np.cos(np.linspace(0, np.pi, 64)))
 print(f"  orthonormal DCT-II of half a cosine: {100 * np.sum(c[:4] ** 2) / np.sum(c ** 2):.2f} % of the energy in 4 coefficients")
 
 # 2D FFT of an image with one diagonal stripe pattern.
 yy, xx = np.mgrid[0:64, 0:64]
 image = np.cos(2 * np.pi * (3 * xx + 5 * yy) / 64)
-F = fd.fft2(image)
+F = fd.fft2d(image)
 r, k = np.unravel_index(np.argmax(np.abs(F)), F.shape)
 print(f"  2D FFT of a stripe pattern: peak at row {r}, column {k} (frequencies 5 and 3, or their mirror)")
 

@@ -286,9 +286,15 @@ class TrigPlan(Plan):
     _release = "FreeMKLDCTDSTiDescH"
 
 
-def plan_ref(plan):
-    """The plan slot's address, or NULL for a one-off plan."""
-    return plan.ref() if plan is not None else None
+def plan_ref(plan, kind=Plan):
+    """The plan slot's address, or NULL for a one-off plan.  A plan of another
+    kind is a TypeError: the library would keep a transform of one layout in
+    a slot that is later released as the other."""
+    if plan is None:
+        return None
+    if type(plan) is not kind:
+        raise TypeError(f"plan must be a fennel_dsp.{kind.__name__}, not {type(plan).__name__}")
+    return plan.ref()
 
 
 def export(name, argtypes):

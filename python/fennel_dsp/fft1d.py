@@ -1,4 +1,5 @@
-"""1D FFT: forward with padding, truncation and centring, and its inverse."""
+"""The library's 1D FFT: forward with padding, truncation and centring, and
+its inverse from a full spectrum (numpy-style transforms: fennel_dsp.fft)."""
 import ctypes
 
 import numpy as np
@@ -12,7 +13,10 @@ _FWD = {p: export(f"{p}1DFFTH", [Handle, Handle, ctypes.c_int32, ctypes.c_int32,
 _INV = {p: export(f"{p}1DInvFFTH", [Handle, Handle, ctypes.c_int32, Handle, _P]) for p in "sdcz"}
 
 
-def fft(x, n=None, shift=False, plan=None):
+__all__ = ["fft1d", "ifft1d"]
+
+
+def fft1d(x, n=None, shift=False, plan=None):
     """Full complex spectrum of a 1D signal (float32/64 or complex64/128).
 
     n: transform length (zero-padded or truncated); shift: zero frequency in
@@ -28,7 +32,7 @@ def fft(x, n=None, shift=False, plan=None):
     return out.take_numpy()
 
 
-def ifft(X, shift=False, real=False, plan=None):
+def ifft1d(X, shift=False, real=False, plan=None):
     """Inverse of a full spectrum of N bins (natural order, or centred when
     shift), scaled by 1/N.  real=True returns real samples computed from the
     non-negative half of the spectrum only."""

@@ -7,7 +7,7 @@ import numpy as np
 from ._native import (COMPLEX_OF, REAL_OF, TYPE_CODES, Handle, HostArray, as_supported, check,
                       export, plan_ref)
 
-__all__ = ["fft2", "ifft2", "fft3", "ifft3", "multichannel_fft", "multichannel_ifft"]
+__all__ = ["fft2d", "ifft2d", "fft3", "ifft3", "multichannel_fft", "multichannel_ifft"]
 
 _P = ctypes.c_void_p
 _I = ctypes.c_int32
@@ -89,7 +89,7 @@ def _inverse(table, name, X, real, extra, plan):
     return _result(out)
 
 
-def fft2(x, shape=None, shift=False, plan=None):
+def fft2d(x, shape=None, shift=False, plan=None):
     """Full complex 2D spectrum of a matrix (float32/64 or complex64/128).
 
     shape: (rows, columns) of the transform; larger pads with zeros, smaller
@@ -101,7 +101,7 @@ def fft2(x, shape=None, shift=False, plan=None):
     return _forward(_FWD2, "2DFFTH", x, _sizes(shape, 2), (int(bool(shift)),), plan)
 
 
-def ifft2(X, shift=False, real=False, plan=None):
+def ifft2d(X, shift=False, real=False, plan=None):
     """Inverse of a full R x C spectrum (natural order, or centred when
     shift), scaled by 1/(R*C).  real=True returns real samples computed from
     columns 0 .. C//2 only."""

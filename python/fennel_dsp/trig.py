@@ -1,7 +1,7 @@
 """DCT and DST of real signals and matrices, float32 or float64.
 
-dct is the orthonormal DCT-II and idct its inverse (the orthonormal DCT-III);
-dst is the unscaled DST-I and idst its inverse (DST-I times 2/(n+1)).  The 2D
+dct1d is the orthonormal DCT-II and idct1d its inverse (the orthonormal DCT-III);
+dst1d is the unscaled DST-I and idst1d its inverse (DST-I times 2/(n+1)).  The 2D
 forms apply the 1D transform along every row, then along every column.
 
 1D functions take plan=Plan(), 2D functions plan=TrigPlan().  Without a plan
@@ -16,7 +16,7 @@ import numpy as np
 
 from ._native import COMPLEX_OF, TYPE_CODES, Kept, Plan, TrigPlan, check, lib, raw
 
-__all__ = ["dct", "idct", "dst", "idst", "dct2", "idct2", "dst2", "idst2"]
+__all__ = ["dct1d", "idct1d", "dst1d", "idst1d", "dct2", "idct2", "dst2", "idst2"]
 
 _FLOATS = (np.dtype(np.float32), np.dtype(np.float64))
 
@@ -87,24 +87,24 @@ def _run(kind, inverse, x, ndim, size, plan):
     return call.out.result(shape)
 
 
-def dct(x, n=None, plan=None):
+def dct1d(x, n=None, plan=None):
     """Orthonormal DCT-II of a real 1D signal, zero-padded or cut to n."""
     return _run("DCT", False, x, 1, n, plan)
 
 
-def idct(X, plan=None):
-    """Orthonormal DCT-III: the inverse of dct."""
+def idct1d(X, plan=None):
+    """Orthonormal DCT-III: the inverse of dct1d."""
     return _run("DCT", True, X, 1, None, plan)
 
 
-def dst(x, n=None, plan=None):
+def dst1d(x, n=None, plan=None):
     """Unscaled DST-I, y[k] = sum x[j] sin(pi (j+1)(k+1) / (n+1)), of a real
     1D signal zero-padded or cut to n."""
     return _run("DST", False, x, 1, n, plan)
 
 
-def idst(X, plan=None):
-    """DST-I scaled by 2/(n+1): the inverse of dst."""
+def idst1d(X, plan=None):
+    """DST-I scaled by 2/(n+1): the inverse of dst1d."""
     return _run("DST", True, X, 1, None, plan)
 
 

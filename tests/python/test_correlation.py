@@ -106,6 +106,6 @@ def test_one_plan_shared_by_convolution_and_2d_ffts_of_the_same_sizes(dtype):
     with fd.Plan() as plan:
         for _ in range(2):
             close(fd.convolve2d(x, y, method="fft", plan=plan), ss.convolve2d(x, y), x, y, 120)
-            A = fd.fft2(a, plan=plan)
+            A = fd.fft2d(a, plan=plan)
             close(A, np.fft.fft2(a), a, np.ones(1), 120)
-            close(fd.ifft2(A, real=True, plan=plan), a, a, np.ones(1), 120)
+            close(fd.ifft2d(A, real=True, plan=plan), a, a, np.ones(1), 120)

@@ -9,18 +9,18 @@ X, EMPTY = np.ones(8), np.zeros(0)
 
 CASES = [
     # FFTs
-    (lambda: fd.fft(EMPTY), -20003),
-    (lambda: fd.fft2(np.zeros((0, 4))), -20003),
+    (lambda: fd.fft1d(EMPTY), -20003),
+    (lambda: fd.fft2d(np.zeros((0, 4))), -20003),
     (lambda: fd.fft3(np.zeros((1, 1, 1)), (1024, 1024, 2048)), -20001),  # the size guard
     (lambda: fd.multichannel_fft(np.ones((3, 4)), channels="pages"), ValueError),
     # DCT and DST
-    (lambda: fd.dct(EMPTY), -20003),
+    (lambda: fd.dct1d(EMPTY), -20003),
     (lambda: fd.idct2(np.zeros((0, 3))), -20003),
     (lambda: fd.dst2(np.zeros((2, 2)), (65536, 32768)), -20001),
-    (lambda: fd.dct(np.ones(4, complex)), TypeError),
+    (lambda: fd.dct1d(np.ones(4, complex)), TypeError),
     (lambda: fd.dct2(np.ones((2, 2)), plan=fd.Plan()), TypeError),
-    (lambda: fd.dct(X, plan=fd.TrigPlan()), TypeError),
-    (lambda: fd.dct(np.ones((2, 2))), ValueError),
+    (lambda: fd.dct1d(X, plan=fd.TrigPlan()), TypeError),
+    (lambda: fd.dct1d(np.ones((2, 2))), ValueError),
     # spectra
     (lambda: fd.power_spectrum(EMPTY), -20003),
     (lambda: fd.auto_power_spectrum(X, dt=0.0), -20140),

@@ -1,0 +1,1153 @@
+"""Discrete Fourier, cosine and sine transforms with the arguments and the
+results of scipy.fft (and numpy.fft): n / s, axis / axes, norm, workers,
+overwrite_x, over N-dimensional arrays.
+
+One-dimensional transforms of a batch run as one multichannel library call
+(rows or columns as channels, without a transposing copy when the axis is
+the first or the last one that is longer than 1); 2D and 3D transforms over
+all axes of a 2D or 3D array run as one library call; other axis sets
+transform one axis after the other.  Single precision stays single
+(float16 is computed in single), integers are computed in double.
+
+The library's own conventions (centred spectra, the real inverse from a
+full spectrum) are reached through `fft1d`, `fft2d`, `fft3`,
+`multichannel_fft` and their inverses.
+"""
+import math
+
+import numpy as np
+
+from . import _run
+from ._run import (C64, C128, COMPLEX_OF, F32, F64, REAL_OF, TrigPlan, Unsupported, as_array,
+                   axis_index, check_workers, length, norm_code, plan_slot, prefix, runner,
+                   shape_and_axes, working_dtype)
+
+__all__ = ["fft", "ifft", "rfft", "irfft", "hfft", "ihfft", "fft2", "ifft2", "rfft2", "irfft2",
+           "fftn", "ifftn", "rfftn", "irfftn", "dct", "idct", "dst", "idst", "dctn", "idctn",
+           "dstn", "idstn", "fftshift", "ifftshift", "fftfreq", "rfftfreq", "next_fast_len"]
+
+fftshift = np.fft.fftshift
+ifftshift = np.fft.ifftshift
+fftfreq = np.fft.fftfreq
+rfftfreq = np.fft.rfftfreq
+
+_SWAP = {None: "forward", "backward": "forward", "ortho": "ortho", "forward": "backward"}
+
+
+def _scale(y, code, n, inverse):
+    """Applies norm to a result the library computed unscaled (forward) or
+    scaled by 1/n (inverse)."""
+    if code == 0:
+        return y
+    if inverse:
+        f = math.sqrt(n) if code == 1 else float(n)
+    else:
+        f = 1 / math.sqrt(n) if code == 1 else 1.0 / n
+    y *= f
+    return y
+
+
+# ---- one axis -------------------------------------------------------------
+
+def _layout(x, axis):
+    """How a transform along `axis` maps onto the library: (arranged view,
+    its transform axis, batch, orientation, moved).  Orientation 0 takes
+    rows as channels, 1 columns; `moved` means the view is x with the axis
+    moved last (a transposing copy into the host array)."""
+    shape = x.shape
+    before = math.prod(shape[:axis])
+    after = math.prod(shape[axis + 1:])
+    if after == 1:
+        return x, axis, before, 0, False
+    if before == 1:
+        return x, axis, after, 1, False
+    return np.moveaxis(x, axis, -1), x.ndim - 1, before * after, 0, True
+
+
+def _host_shape(orientation, batch, n):
+    return (batch, n) if orientation == 0 else (n, batch)
+
+
+def _region(ndim, axis, count):
+    return (slice(None),) * axis + (slice(0, count),)
+
+
+def _one_axis(x, n, axis, code, inverse, real_out, name, plan, wt):
+    """The 1D transform of x (already of working type wt) along axis.
+    real_out: the inverse reads bins 0 .. n/2 and returns real samples."""
+    m = x.shape[axis]
+    if n is None:
+        n = m if not real_out else 2 * (m - 1)
+        if n < 1:
+            raise ValueError(f"{name}: invalid number of data points ({n}) specified")
+    else:
+        n = length(n, name)
+    slot = plan_slot(plan, name)
+    if inverse:
+        out_t = REAL_OF[wt] if real_out else wt
+        p = prefix(out_t)
+        ws_t = COMPLEX_OF[wt]
+    else:
+        out_t = COMPLEX_OF[wt]
+        p = prefix(wt)
+        ws_t = wt
+    if x.ndim == 1:
+        r = runner(f"{p}1D{'Inv' if inverse else ''}FFTH", wt, out_t, ws_t, 1)
+        ref = slot or r.plan_ref
+        if not inverse:
+            r.fill(x.shape, x)
+            y = r.finish(r.f(r.src.arg, r.out.arg, n, 0, r.ws.arg, ref), (n,), name)
+        else:
+            fill = n // 2 + 1 if real_out else n
+            if m == n and not real_out:
+                r.fill(x.shape, x)
+            else:
+                k = min(m, fill)
+                r.fill((n,), x[:k], (slice(0, k),))
+            y = r.finish(r.f(r.src.arg, r.out.arg, 0, r.ws.arg, ref), (n,), name)
+        return _scale(y, code, n, inverse)
+    xa, ax, batch, orient, moved = _layout(x, axis)
+    host = _host_shape(orient, batch, m)
+    out_host = _host_shape(orient, batch, n)
+    if not inverse:
+        r = runner(f"{p}2DMultiChFFTH", wt, out_t, ws_t, 2)
+        r.fill(host, xa)
+        y = r.finish(r.f(r.src.arg, r.out.arg, n, 0, orient, r.ws.arg, slot or r.plan_ref),
+                     out_host, name)
+    else:
+        r = runner(f"{p}2DInvMultiChFFTH", wt, out_t, ws_t, 2)
+        fill = n // 2 + 1 if real_out else n
+        if m == n and not real_out:
+            r.fill(host, xa)
+        else:
+            k = min(m, fill)
+            sub = xa[_region(xa.ndim, ax, k)]
+            shape = list(xa.shape)
+            shape[ax] = n
+            target = r.src  # sized to the padded shape, then viewed as xa's
+            if target.shape != out_host:
+                target.resize(out_host)
+            v = target.view.reshape(shape)
+            v[...] = 0
+            v[_region(xa.ndim, ax, k)] = sub
+        y = r.finish(r.f(r.src.arg, r.out.arg, 0, orient, r.ws.arg, slot or r.plan_ref),
+                     out_host, name)
+    shape = list(xa.shape)
+    shape[ax] = n
+    y = y.reshape(shape)
+    if moved:
+        y = np.moveaxis(y, -1, axis)
+    return _scale(y, code, n, inverse)
+
+
+def _prepare(x, name, norm, workers, real=False):
+    x = as_array(x, name)
+    wt = working_dtype(x, name, real)
+    code = norm_code(norm, name)
+    if workers is not None:
+        check_workers(workers, name)
+    if x.ndim == 0:
+        raise ValueError(f"{name}: x must have at least one dimension")
+    return x, wt, code
+
+
+def fft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Discrete Fourier transform along one axis, as `scipy.fft.fft`.
+
+    Parameters
+    ----------
+    x : array_like
+        Input, real or complex, of any number of dimensions.
+    n : int, optional
+        Transform length: the axis is zero-padded or truncated to n.
+    axis : int, optional
+        The axis to transform (default the last).
+    norm : {"backward", "ortho", "forward"}, optional
+        Scaling of the forward transform: none, 1/sqrt(n) or 1/n.
+    overwrite_x : bool, optional
+        Accepted for compatibility; the input is never changed.
+    workers : int, optional
+        Accepted for compatibility (not zero); the library picks its threads.
+    plan : fennel_dsp.Plan, optional
+        Keeps the library's transform between calls (each thread keeps one
+        per function otherwise).
+
+    Returns
+    -------
+    ndarray
+        Complex spectrum: complex64 for float16, float32 and complex64
+        input, complex128 otherwise.
+
+    Raises
+    ------
+    ValueError
+        n < 1, an unknown norm, workers == 0, an axis out of range.
+    TypeError
+        A non-integer n, a non-numeric x, a plan that is not a Plan.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.fft(np.array([1.0, 2.0, 3.0, 4.0]))
+    array([10.+0.j, -2.+2.j, -2.+0.j, -2.-2.j])
+    >>> fd.fft(np.ones((2, 4), np.float32), axis=0).dtype
+    dtype('complex64')
+    """
+    name = "fennel_dsp.fft"
+    x, wt, code = _prepare(x, name, norm, workers)
+    return _one_axis(x, n, axis_index(axis, x.ndim, name), code, False, False, name, plan, wt)
+
+
+def ifft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Inverse discrete Fourier transform along one axis, as `scipy.fft.ifft`.
+
+    Parameters
+    ----------
+    x : array_like
+        Spectrum, real or complex.
+    n, axis, norm, overwrite_x, workers, plan
+        As in `fft`; "backward" scales the inverse by 1/n.
+
+    Returns
+    -------
+    ndarray
+        Complex samples (complex64 for single-precision input).
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `fft`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.ifft(np.array([10, -2 + 2j, -2, -2 - 2j])).real
+    array([1., 2., 3., 4.])
+    """
+    name = "fennel_dsp.ifft"
+    x, wt, code = _prepare(x, name, norm, workers)
+    return _one_axis(x, n, axis_index(axis, x.ndim, name), code, True, False, name, plan,
+                     COMPLEX_OF[wt])
+
+
+def rfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Spectrum of real input, the n//2 + 1 non-negative frequencies, as
+    `scipy.fft.rfft`.
+
+    Parameters
+    ----------
+    x : array_like
+        Real input.
+    n, axis, norm, overwrite_x, workers, plan
+        As in `fft`.
+
+    Returns
+    -------
+    ndarray
+        n//2 + 1 complex bins along axis.
+
+    Raises
+    ------
+    TypeError
+        Complex x, and as in `fft`.
+    ValueError
+        As in `fft`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.rfft(np.array([1.0, 2.0, 3.0, 4.0]))
+    array([10.+0.j, -2.+2.j, -2.+0.j])
+    """
+    name = "fennel_dsp.rfft"
+    x, wt, code = _prepare(x, name, norm, workers, real=True)
+    axis = axis_index(axis, x.ndim, name)
+    y = _one_axis(x, n, axis, code, False, False, name, plan, wt)
+    half = y.shape[axis] // 2 + 1
+    return np.ascontiguousarray(y[_region(y.ndim, axis, half)])
+
+
+def irfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Inverse of `rfft`: n real samples from n//2 + 1 bins, as
+    `scipy.fft.irfft`.
+
+    Parameters
+    ----------
+    x : array_like
+        Non-negative frequency bins.
+    n : int, optional
+        Output length (default 2 * (m - 1) for m bins); the bins are
+        truncated or zero-padded to n//2 + 1.
+    axis, norm, overwrite_x, workers, plan
+        As in `fft`.
+
+    Returns
+    -------
+    ndarray
+        Real samples (float32 for single-precision input).
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `fft`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.irfft(np.array([10, -2 + 2j, -2]))
+    array([1., 2., 3., 4.])
+    """
+    name = "fennel_dsp.irfft"
+    x, wt, code = _prepare(x, name, norm, workers)
+    return _one_axis(x, n, axis_index(axis, x.ndim, name), code, True, True, name, plan,
+                     COMPLEX_OF[wt])
+
+
+def hfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Real spectrum of a Hermitian-symmetric signal given by its first half,
+    as `scipy.fft.hfft`.
+
+    Parameters
+    ----------
+    x : array_like
+        The first n//2 + 1 samples of the signal.
+    n, axis, norm, overwrite_x, workers, plan
+        As in `irfft`.
+
+    Returns
+    -------
+    ndarray
+        n real values.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `fft`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.hfft(np.array([1.0, 2.0, 3.0]))
+    array([ 8., -2.,  0., -2.])
+    """
+    name = "fennel_dsp.hfft"
+    x, wt, code = _prepare(x, name, norm, workers)
+    return _one_axis(np.conj(x.astype(COMPLEX_OF[wt], copy=False)), n,
+                     axis_index(axis, x.ndim, name), norm_code(_SWAP[norm], name), True, True,
+                     name, plan, COMPLEX_OF[wt])
+
+
+def ihfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Inverse of `hfft`, as `scipy.fft.ihfft`.
+
+    Parameters
+    ----------
+    x : array_like
+        Real input.
+    n, axis, norm, overwrite_x, workers, plan
+        As in `fft`.
+
+    Returns
+    -------
+    ndarray
+        n//2 + 1 complex values.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `rfft`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.ihfft(np.array([8.0, -2.0, 0.0, -2.0])).real
+    array([1., 2., 3.])
+    """
+    norm_code(norm, "fennel_dsp.ihfft")
+    y = rfft(x, n, axis, _SWAP[norm], workers=workers, plan=plan)
+    return np.conj(y, out=y)
+
+
+# ---- several axes ---------------------------------------------------------
+
+def _whole(x, axes):
+    """True when axes are every axis of a 2D or 3D array."""
+    return x.ndim in (2, 3) and len(axes) == x.ndim and sorted(axes) == list(range(x.ndim))
+
+
+def _md_sizes(s, axes, ndim):
+    """The transform sizes in array order."""
+    sizes = [0] * ndim
+    for v, a in zip(s, axes):
+        sizes[a] = v
+    return sizes
+
+
+def _md_forward(x, sizes, name, plan, wt):
+    out_t = COMPLEX_OF[wt]
+    p = prefix(wt)
+    slot = plan_slot(plan, name)
+    if x.ndim == 2:
+        r = runner(f"{p}2DFFTH", wt, out_t, wt, 2)
+        r.fill(x.shape, x)
+        status = r.f(r.src.arg, r.out.arg, sizes[0], sizes[1], 0, r.ws.arg, slot or r.plan_ref)
+    else:
+        r = runner(f"{p}3DFFTH", wt, out_t, wt, 3)
+        r.fill(x.shape, x)
+        status = r.f(r.src.arg, r.out.arg, sizes[1], sizes[2], sizes[0], 0, r.ws.arg,
+                     slot or r.plan_ref)
+    return r.finish(status, tuple(sizes), name)
+
+
+def _md_inverse(x, sizes, real_out, name, plan, wt):
+    """Complex (or, real_out, real from columns 0 .. C/2) inverse over a
+    whole 2D or 3D array padded or cropped to sizes."""
+    out_t = REAL_OF[wt] if real_out else wt
+    p = prefix(out_t)
+    slot = plan_slot(plan, name)
+    r = runner(f"{p}{x.ndim}DInvFFTH", wt, out_t, wt, x.ndim)
+    sizes = tuple(sizes)
+    fill = list(sizes)
+    if real_out:
+        fill[-1] = sizes[-1] // 2 + 1
+    if x.shape == sizes and not real_out:
+        r.fill(sizes, x)
+    else:
+        k = tuple(min(a, b) for a, b in zip(x.shape, fill))
+        region = tuple(slice(0, v) for v in k)
+        r.fill(sizes, x[region], region)
+    status = r.f(r.src.arg, r.out.arg, 0, r.ws.arg, slot or r.plan_ref)
+    return r.finish(status, sizes, name)
+
+
+def _c2c_nd(x, s, axes, code, inverse, name, plan, wt):
+    """Complex transform over several axes (forward of real or complex x)."""
+    total = math.prod(s)
+    if _whole(x, axes):
+        sizes = _md_sizes(s, axes, x.ndim)
+        if inverse:
+            y = _md_inverse(x, sizes, False, name, plan, COMPLEX_OF[wt])
+        else:
+            y = _md_forward(x, sizes, name, plan, wt)
+        return _scale(y, code, total, inverse)
+    y = x
+    for n, a in reversed(list(zip(s, axes))):
+        y = _one_axis(y, n, a, 0, inverse, False, name, plan,
+                      COMPLEX_OF[wt] if inverse or y is not x else wt)
+    if y is x:
+        y = x.astype(COMPLEX_OF[wt])
+    return _scale(y, code, total, inverse)
+
+
+def _nd(x, s, axes, norm, workers, name, real=False):
+    x, wt, code = _prepare(x, name, norm, workers, real)
+    s, axes = shape_and_axes(x, s, axes, name)
+    return x, wt, code, s, axes
+
+
+def fftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """N-dimensional discrete Fourier transform, as `scipy.fft.fftn`.
+
+    Parameters
+    ----------
+    x : array_like
+        Input, real or complex.
+    s : sequence of int, optional
+        Transform sizes along `axes` (each axis zero-padded or truncated);
+        -1 keeps an axis's size.
+    axes : sequence of int, optional
+        Axes to transform (default the last len(s), or all).
+    norm, overwrite_x, workers, plan
+        As in `fft`; norm scales by the product of the sizes.
+
+    Returns
+    -------
+    ndarray
+        Complex spectrum.
+
+    Raises
+    ------
+    ValueError
+        Repeated axes, s and axes of different lengths, sizes below 1, and
+        as in `fft`.
+    TypeError
+        As in `fft`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.fftn(np.ones((2, 3))).real
+    array([[6., 0., 0.],
+           [0., 0., 0.]])
+    """
+    name = "fennel_dsp.fftn"
+    x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name)
+    return _c2c_nd(x, s, axes, code, False, name, plan, wt)
+
+
+def ifftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """N-dimensional inverse discrete Fourier transform, as `scipy.fft.ifftn`.
+
+    Parameters
+    ----------
+    x : array_like
+        Spectrum.
+    s, axes, norm, overwrite_x, workers, plan
+        As in `fftn`.
+
+    Returns
+    -------
+    ndarray
+        Complex samples.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `fftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.ifftn(fd.fftn(np.arange(6.0).reshape(2, 3))).real.round(12)
+    array([[0., 1., 2.],
+           [3., 4., 5.]])
+    """
+    name = "fennel_dsp.ifftn"
+    x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name)
+    return _c2c_nd(x, s, axes, code, True, name, plan, wt)
+
+
+def fft2(x, s=None, axes=(-2, -1), norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Two-dimensional discrete Fourier transform, as `scipy.fft.fft2`.
+
+    Parameters
+    ----------
+    x : array_like
+        Input of at least two dimensions.
+    s, axes, norm, overwrite_x, workers, plan
+        As in `fftn`, with axes (-2, -1) by default.
+
+    Returns
+    -------
+    ndarray
+        Complex spectrum.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `fftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.fft2(np.eye(2))
+    array([[2.+0.j, 0.+0.j],
+           [0.+0.j, 2.+0.j]])
+    """
+    return fftn(x, s, axes, norm, workers=workers, plan=plan)
+
+
+def ifft2(x, s=None, axes=(-2, -1), norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Two-dimensional inverse discrete Fourier transform, as
+    `scipy.fft.ifft2`.
+
+    Parameters
+    ----------
+    x : array_like
+        Spectrum of at least two dimensions.
+    s, axes, norm, overwrite_x, workers, plan
+        As in `fft2`.
+
+    Returns
+    -------
+    ndarray
+        Complex samples.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `fftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.ifft2(np.array([[2.0, 0.0], [0.0, 2.0]])).real
+    array([[1., 0.],
+           [0., 1.]])
+    """
+    return ifftn(x, s, axes, norm, workers=workers, plan=plan)
+
+
+def rfftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """N-dimensional transform of real input, as `scipy.fft.rfftn`: the last
+    of `axes` keeps its s//2 + 1 non-negative frequencies.
+
+    Parameters
+    ----------
+    x : array_like
+        Real input.
+    s, axes, norm, overwrite_x, workers, plan
+        As in `fftn`.
+
+    Returns
+    -------
+    ndarray
+        Complex spectrum.
+
+    Raises
+    ------
+    TypeError
+        Complex x, and as in `fftn`.
+    ValueError
+        As in `fftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.rfftn(np.ones((2, 4))).shape
+    (2, 3)
+    """
+    name = "fennel_dsp.rfftn"
+    x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name, real=True)
+    last = axes[-1]
+    if _whole(x, axes):
+        y = _c2c_nd(x, s, axes, code, False, name, plan, wt)
+        return np.ascontiguousarray(y[_region(y.ndim, last, s[-1] // 2 + 1)])
+    y = _one_axis(x, s[-1], last, 0, False, False, name, plan, wt)
+    y = np.ascontiguousarray(y[_region(y.ndim, last, s[-1] // 2 + 1)])
+    for n, a in reversed(list(zip(s[:-1], axes[:-1]))):
+        y = _one_axis(y, n, a, 0, False, False, name, plan, COMPLEX_OF[wt])
+    return _scale(y, code, math.prod(s), False)
+
+
+def irfftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Inverse of `rfftn`, as `scipy.fft.irfftn`.
+
+    Parameters
+    ----------
+    x : array_like
+        Spectrum as `rfftn` returns it.
+    s : sequence of int, optional
+        Output sizes along `axes` (the last defaults to 2 * (m - 1)).
+    axes, norm, overwrite_x, workers, plan
+        As in `fftn`.
+
+    Returns
+    -------
+    ndarray
+        Real samples.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `fftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.irfftn(fd.rfftn(np.arange(8.0).reshape(2, 4))).round(12)
+    array([[0., 1., 2., 3.],
+           [4., 5., 6., 7.]])
+    """
+    name = "fennel_dsp.irfftn"
+    given = s is not None
+    x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name)
+    last = axes[-1]
+    if not given:
+        s[-1] = 2 * (x.shape[last] - 1)
+        length(s[-1], name, "s")
+    ct = COMPLEX_OF[wt]
+    if _whole(x, axes) and last == x.ndim - 1:
+        y = _md_inverse(x, _md_sizes(s, axes, x.ndim), True, name, plan, ct)
+        return _scale(y, code, math.prod(s), True)
+    y = x
+    for n, a in reversed(list(zip(s[:-1], axes[:-1]))):
+        y = _one_axis(y, n, a, 0, True, False, name, plan, ct)
+    y = _one_axis(y, s[-1], last, 0, True, True, name, plan, ct)
+    return _scale(y, code, math.prod(s), True)
+
+
+def rfft2(x, s=None, axes=(-2, -1), norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Two-dimensional `rfftn`, as `scipy.fft.rfft2`.
+
+    Parameters
+    ----------
+    x : array_like
+        Real input of at least two dimensions.
+    s, axes, norm, overwrite_x, workers, plan
+        As in `rfftn`, with axes (-2, -1) by default.
+
+    Returns
+    -------
+    ndarray
+        Complex spectrum.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `rfftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.rfft2(np.ones((2, 2)))
+    array([[4.+0.j, 0.+0.j],
+           [0.+0.j, 0.+0.j]])
+    """
+    return rfftn(x, s, axes, norm, workers=workers, plan=plan)
+
+
+def irfft2(x, s=None, axes=(-2, -1), norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Two-dimensional `irfftn`, as `scipy.fft.irfft2`.
+
+    Parameters
+    ----------
+    x : array_like
+        Spectrum as `rfft2` returns it.
+    s, axes, norm, overwrite_x, workers, plan
+        As in `irfftn`, with axes (-2, -1) by default.
+
+    Returns
+    -------
+    ndarray
+        Real samples.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `irfftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.irfft2(np.array([[4.0, 0.0], [0.0, 0.0]]))
+    array([[1., 1.],
+           [1., 1.]])
+    """
+    return irfftn(x, s, axes, norm, workers=workers, plan=plan)
+
+
+def next_fast_len(target, real=False):
+    """The smallest 2-3-5-7-smooth length >= target: lengths the library's
+    transforms handle fastest.
+
+    Parameters
+    ----------
+    target : int
+        A length >= 1.
+    real : bool, optional
+        Accepted as in `scipy.fft.next_fast_len` (the same answer).
+
+    Returns
+    -------
+    int
+
+    Raises
+    ------
+    ValueError
+        target < 1.  TypeError: not an integer.
+
+    Examples
+    --------
+    >>> import fennel_dsp as fd
+    >>> fd.next_fast_len(1021)
+    1024
+    """
+    target = length(target, "fennel_dsp.next_fast_len", "target")
+    best = None
+    p7 = 1
+    while True:
+        p5 = p7
+        while True:
+            p3 = p5
+            while True:
+                v = p3
+                while v < target:
+                    v *= 2
+                if best is None or v < best:
+                    best = v
+                if p3 >= target:
+                    break
+                p3 *= 3
+            if p5 >= target:
+                break
+            p5 *= 5
+        if p7 >= target:
+            break
+        p7 *= 7
+    return best
+
+
+# ---- DCT and DST ----------------------------------------------------------
+# The library computes the orthonormal DCT-II, its inverse (the orthonormal
+# DCT-III) and the unscaled DST-I, y[k] = sum x[j] sin(pi (j+1)(k+1)/(n+1)),
+# in float32 and float64; scipy's scalings are applied to their results.
+# Types 1 and 4 of the DCT and 2 to 4 of the DST are not available.
+
+def _trig_rows(symbol, rows, n, plan, name):
+    """The 1D library transform of every row of a 2D float array (the DCT
+    and DST have no multichannel form: one call per row)."""
+    wt = rows.dtype
+    inverse = "Inv" in symbol
+    ws_t = COMPLEX_OF[wt] if symbol.endswith("InvDCTH") else wt
+    r = runner(symbol, wt, wt, ws_t, 1)
+    slot = plan_slot(plan, name)
+    ref = slot or r.plan_ref
+    out = np.empty((rows.shape[0], n), wt)
+    for i in range(rows.shape[0]):
+        r.fill((rows.shape[1],), rows[i])
+        if inverse:
+            status = r.f(r.src.arg, r.out.arg, r.ws.arg, ref)
+        else:
+            status = r.f(r.src.arg, r.out.arg, n, r.ws.arg, ref)
+        out[i] = r.view(status, (n,), name)
+    return out
+
+
+def _trig_axis(x, kind, n, axis, norm, orthogonalize, name, plan):
+    """scipy's dct (kind 2 or 3) or dst (kind 'dst1') of real float x along
+    axis, with n, norm and orthogonalize."""
+    m = x.shape[axis]
+    n = m if n is None else length(n, name)
+    xm = np.moveaxis(x, axis, -1)
+    lead = xm.shape[:-1]
+    rows = xm.reshape(-1, m)
+    code = norm_code(norm, name)
+    if kind == "dst1":
+        f = {0: 2.0, 1: math.sqrt(2.0 / (n + 1)), 2: 1.0 / (n + 1)}[code]
+        y = _trig_rows(f"{prefix(x.dtype)}1DDSTH", rows, n, plan, name)
+        y *= f
+    else:
+        orth = (code == 1) if orthogonalize is None else bool(orthogonalize)
+        g = {0: math.sqrt(2.0 * n), 1: 1.0, 2: 1.0 / math.sqrt(2.0 * n)}[code]
+        if kind == 2:
+            y = _trig_rows(f"{prefix(x.dtype)}1DDCTH", rows, n, plan, name)
+            y *= g
+            if not orth:
+                y[:, 0] *= math.sqrt(2.0)
+        else:
+            if n != m:
+                padded = np.zeros((rows.shape[0], n), x.dtype)
+                k = min(m, n)
+                padded[:, :k] = rows[:, :k]
+                rows = padded
+            if not orth:
+                rows = rows.copy()
+                rows[:, 0] /= math.sqrt(2.0)
+            y = _trig_rows(f"{prefix(x.dtype)}1DInvDCTH", rows, n, plan, name)
+            y *= g
+    return np.moveaxis(y.reshape(lead + (n,)), -1, axis)
+
+
+_TYPES = {("dct", 2): 2, ("dct", 3): 3, ("idct", 2): 3, ("idct", 3): 2, ("dst", 1): "dst1",
+          ("idst", 1): "dst1"}
+
+
+def _trig(family, x, type, n, axis, norm, workers, orthogonalize, name, plan):
+    x = as_array(x, name)
+    wt = working_dtype(x, name)
+    norm_code(norm, name)
+    check_workers(workers, name)
+    try:
+        type = int(type)
+    except (TypeError, ValueError):
+        raise TypeError(f"{name}: type must be an integer 1 to 4") from None
+    if type not in (1, 2, 3, 4):
+        raise ValueError(f"{name}: type must be 1, 2, 3 or 4, not {type}")
+    kind = _TYPES.get((family, type))
+    if kind is None:
+        raise Unsupported(f"{name}: type {type} is not available in the library")
+    if x.ndim == 0:
+        raise ValueError(f"{name}: x must have at least one dimension")
+    axis = axis_index(axis, x.ndim, name)
+    if family[0] == "i":
+        norm = _SWAP[norm]
+    if wt.kind == "c":
+        rt = REAL_OF[wt]
+        re = _trig_axis(x.real.astype(rt, copy=False), kind, n, axis, norm, orthogonalize, name,
+                        plan)
+        im = _trig_axis(x.imag.astype(rt, copy=False), kind, n, axis, norm, orthogonalize, name,
+                        plan)
+        return re + 1j * im
+    return _trig_axis(x.astype(wt, copy=False), kind, n, axis, norm, orthogonalize, name, plan)
+
+
+def dct(x, type=2, n=None, axis=-1, norm=None, overwrite_x=False, workers=None,
+        orthogonalize=None, *, plan=None):
+    """Discrete cosine transform, as `scipy.fft.dct` (types 2 and 3).
+
+    Parameters
+    ----------
+    x : array_like
+        Input; complex input transforms real and imaginary parts apart.
+    type : {2, 3}, optional
+        DCT type; 1 and 4 raise NotImplementedError.
+    n : int, optional
+        Transform length (zero-padded or truncated).
+    axis : int, optional
+        The axis to transform.
+    norm : {"backward", "ortho", "forward"}, optional
+        Scaling, as in scipy.fft.
+    orthogonalize : bool, optional
+        Default True with norm="ortho": the first term's extra scaling.
+    overwrite_x, workers
+        As in `fft`.
+    plan : fennel_dsp.Plan, optional
+        Keeps the transform between calls.
+
+    Returns
+    -------
+    ndarray
+        float32 for single-precision input, float64 otherwise.
+
+    Raises
+    ------
+    ValueError
+        A type outside 1 .. 4, and as in `fft`.
+    NotImplementedError
+        Types 1 and 4.
+    TypeError
+        As in `fft`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.dct(np.array([1.0, 1.0, 1.0, 1.0]))
+    array([8., 0., 0., 0.])
+    >>> fd.dct(np.array([1.0, 1.0, 1.0, 1.0]), norm="ortho")
+    array([2., 0., 0., 0.])
+    """
+    return _trig("dct", x, type, n, axis, norm, workers, orthogonalize, "fennel_dsp.dct", plan)
+
+
+def idct(x, type=2, n=None, axis=-1, norm=None, overwrite_x=False, workers=None,
+         orthogonalize=None, *, plan=None):
+    """Inverse discrete cosine transform, as `scipy.fft.idct` (types 2, 3).
+
+    Parameters
+    ----------
+    x : array_like
+        Input.
+    type, n, axis, norm, overwrite_x, workers, orthogonalize, plan
+        As in `dct`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError, TypeError, NotImplementedError
+        As in `dct`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.idct(np.array([8.0, 0.0, 0.0, 0.0]))
+    array([1., 1., 1., 1.])
+    """
+    return _trig("idct", x, type, n, axis, norm, workers, orthogonalize, "fennel_dsp.idct", plan)
+
+
+def dst(x, type=2, n=None, axis=-1, norm=None, overwrite_x=False, workers=None,
+        orthogonalize=None, *, plan=None):
+    """Discrete sine transform, as `scipy.fft.dst` (type 1).
+
+    Parameters
+    ----------
+    x : array_like
+        Input.
+    type : int, optional
+        DST type: 1.  The default type 2, and 3 and 4, raise
+        NotImplementedError (the library computes the DST-I).
+    n, axis, norm, overwrite_x, workers, orthogonalize, plan
+        As in `dct`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError, TypeError, NotImplementedError
+        As in `dct`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.dst(np.array([1.0, 0.0, 0.0]), type=1).round(12)
+    array([1.414214, 2.      , 1.414214])
+    """
+    return _trig("dst", x, type, n, axis, norm, workers, orthogonalize, "fennel_dsp.dst", plan)
+
+
+def idst(x, type=2, n=None, axis=-1, norm=None, overwrite_x=False, workers=None,
+         orthogonalize=None, *, plan=None):
+    """Inverse discrete sine transform, as `scipy.fft.idst` (type 1).
+
+    Parameters
+    ----------
+    x : array_like
+        Input.
+    type, n, axis, norm, overwrite_x, workers, orthogonalize, plan
+        As in `dst`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError, TypeError, NotImplementedError
+        As in `dst`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.idst(fd.dst(np.array([1.0, 2.0, 3.0]), type=1), type=1).round(12)
+    array([1., 2., 3.])
+    """
+    return _trig("idst", x, type, n, axis, norm, workers, orthogonalize, "fennel_dsp.idst", plan)
+
+
+def _trign(family, x, type, s, axes, norm, workers, orthogonalize, name, plan):
+    x = as_array(x, name)
+    working_dtype(x, name)
+    if x.ndim == 0:
+        raise ValueError(f"{name}: x must have at least one dimension")
+    s, axes = shape_and_axes(x, s, axes, name)
+    one = {"dct": dct, "idct": idct, "dst": dst, "idst": idst}[family]
+    if not axes:
+        return x.astype(working_dtype(x, name))
+    y = x
+    for n, a in zip(s, axes):
+        y = one(y, type, n, a, norm, workers=workers, orthogonalize=orthogonalize, plan=plan)
+    return y
+
+
+def dctn(x, type=2, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *,
+         orthogonalize=None, plan=None):
+    """N-dimensional DCT, as `scipy.fft.dctn` (types 2 and 3): `dct` along
+    every one of `axes`.
+
+    Parameters
+    ----------
+    x : array_like
+        Input.
+    type : {2, 3}, optional
+        As in `dct`.
+    s, axes
+        As in `fftn`.
+    norm, overwrite_x, workers, orthogonalize, plan
+        As in `dct`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError, TypeError, NotImplementedError
+        As in `dct` and `fftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.dctn(np.ones((2, 2)), norm="ortho")
+    array([[2., 0.],
+           [0., 0.]])
+    """
+    return _trign("dct", x, type, s, axes, norm, workers, orthogonalize, "fennel_dsp.dctn", plan)
+
+
+def idctn(x, type=2, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *,
+          orthogonalize=None, plan=None):
+    """N-dimensional inverse DCT, as `scipy.fft.idctn`.
+
+    Parameters
+    ----------
+    x : array_like
+        Input.
+    type, s, axes, norm, overwrite_x, workers, orthogonalize, plan
+        As in `dctn`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError, TypeError, NotImplementedError
+        As in `dctn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.idctn(np.array([[2.0, 0.0], [0.0, 0.0]]), norm="ortho")
+    array([[1., 1.],
+           [1., 1.]])
+    """
+    return _trign("idct", x, type, s, axes, norm, workers, orthogonalize, "fennel_dsp.idctn",
+                  plan)
+
+
+def dstn(x, type=2, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *,
+         orthogonalize=None, plan=None):
+    """N-dimensional DST, as `scipy.fft.dstn` (type 1).
+
+    Parameters
+    ----------
+    x : array_like
+        Input.
+    type, s, axes, norm, overwrite_x, workers, orthogonalize, plan
+        As in `dst` and `fftn`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError, TypeError, NotImplementedError
+        As in `dst`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.dstn(np.ones((1, 1)), type=1)
+    array([[4.]])
+    """
+    return _trign("dst", x, type, s, axes, norm, workers, orthogonalize, "fennel_dsp.dstn", plan)
+
+
+def idstn(x, type=2, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *,
+          orthogonalize=None, plan=None):
+    """N-dimensional inverse DST, as `scipy.fft.idstn` (type 1).
+
+    Parameters
+    ----------
+    x : array_like
+        Input.
+    type, s, axes, norm, overwrite_x, workers, orthogonalize, plan
+        As in `dstn`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError, TypeError, NotImplementedError
+        As in `dst`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.idstn(np.array([[4.0]]), type=1)
+    array([[1.]])
+    """
+    return _trign("idst", x, type, s, axes, norm, workers, orthogonalize, "fennel_dsp.idstn",
+                  plan)
+
+
+del TrigPlan, C64, C128, F32, F64, _run

@@ -1,0 +1,129 @@
+"""The scipy.fft namesakes against scipy.fft on random shapes, dtypes, axes,
+norms and sizes."""
+import numpy as np
+import pytest
+import scipy.fft as sf
+
+import fennel_dsp as fd
+
+NORMS = [None, "ortho", "forward"]
+DTYPES = [np.float16, np.float32, np.float64, np.int32, np.complex64, np.complex128]
+
+
+def data(rng, shape, dtype):
+    x = rng.uniform(-1, 1, shape)
+    if np.dtype(dtype).kind == "c":
+        x = x + 1j * rng.uniform(-1, 1, shape)
+    if np.dtype(dtype).kind == "i":
+        x = np.round(x * 10)
+    return x.astype(dtype)
+
+
+def assert_like(got, want, dtype):
+    """scipy's result type and values to rounding of the working precision."""
+    assert got.shape == want.shape and got.dtype == want.dtype, (got.dtype, want.dtype)
+    single = np.dtype(dtype) in (np.float16, np.float32, np.complex64)
+    scale = max(1.0, float(np.max(np.abs(want)))) if want.size else 1.0
+    np.testing.assert_allclose(got, want, rtol=0, atol=scale * (2e-5 if single else 1e-12))
+
+
+def one_axis_case(rng, name, real_only):
+    nd = int(rng.integers(1, 4))
+    shape = tuple(int(v) for v in rng.integers(1, 9, nd))
+    axis = int(rng.integers(-nd, nd))
+    n = [None, int(rng.integers(1, 12))][int(rng.integers(0, 2))]
+    if name in ("irfft", "hfft") and n is None and shape[axis] < 2:
+        n = 4
+    dtypes = [d for d in DTYPES if not (real_only and np.dtype(d).kind == "c")]
+    return shape, axis, n, dtypes[int(rng.integers(0, len(dtypes)))]
+
+
+ONE_AXIS = [("fft", False), ("ifft", False), ("rfft", True), ("irfft", False), ("hfft", False),
+            ("ihfft", True)]
+
+
+@pytest.mark.parametrize("name, real_only", ONE_AXIS)
+@pytest.mark.parametrize("norm", NORMS)
+def test_one_axis_transforms(name, real_only, norm):
+    rng = np.random.default_rng(abs(hash((name, norm))) % 2**32)
+    for _ in range(25):
+        shape, axis, n, dtype = one_axis_case(rng, name, real_only)
+        x = data(rng, shape, dtype)
+        want = getattr(sf, name)(x, n, axis, norm)
+        assert_like(getattr(fd, name)(x, n, axis, norm), want, dtype)
+
+
+N_AXES = ["fftn", "ifftn", "rfftn", "irfftn", "fft2", "ifft2", "rfft2", "irfft2"]
+
+
+@pytest.mark.parametrize("name", N_AXES)
+@pytest.mark.parametrize("norm", NORMS)
+def test_several_axes(name, norm):
+    rng = np.random.default_rng(abs(hash((name, norm))) % 2**32)
+    for _ in range(25):
+        nd = int(rng.integers(2 if name.endswith("2") else 1, 5))
+        shape = tuple(int(v) for v in rng.integers(2, 7, nd))
+        axes = None
+        if name.endswith("2") or rng.integers(0, 2):
+            k = 2 if name.endswith("2") else int(rng.integers(1, nd + 1))
+            axes = [int(a) for a in rng.permutation(nd)[:k]]
+        s = None
+        if rng.integers(0, 2):
+            s = [int(v) for v in rng.integers(1, 9, len(axes) if axes else nd)]
+        dtypes = [d for d in DTYPES if not (name.startswith("rfft") and np.dtype(d).kind == "c")]
+        dtype = dtypes[int(rng.integers(0, len(dtypes)))]
+        x = data(rng, shape, dtype)
+        kw = dict(s=s, norm=norm)
+        if axes is not None:
+            kw["axes"] = axes
+        assert_like(getattr(fd, name)(x, **kw), getattr(sf, name)(x, **kw), dtype)
+
+
+TRIG = [("dct", 2), ("dct", 3), ("idct", 2), ("idct", 3), ("dst", 1), ("idst", 1)]
+
+
+@pytest.mark.parametrize("name, type", TRIG)
+@pytest.mark.parametrize("norm", NORMS)
+@pytest.mark.parametrize("orthogonalize", [None, False, True])
+def test_dct_and_dst(name, type, norm, orthogonalize):
+    rng = np.random.default_rng(abs(hash((name, type, norm, orthogonalize))) % 2**32)
+    for _ in range(6):
+        shape, axis, n, dtype = one_axis_case(rng, name, orthogonalize is not None)
+        x = data(rng, shape, dtype)  # (scipy drops orthogonalize for complex x)
+        want = getattr(sf, name)(x, type, n, axis, norm, orthogonalize=orthogonalize)
+        assert_like(getattr(fd, name)(x, type, n, axis, norm, orthogonalize=orthogonalize), want,
+                    dtype)
+        s = [int(v) for v in rng.integers(1, 7, len(shape))]
+        want = getattr(sf, name + "n")(x, type, s, norm=norm, orthogonalize=orthogonalize)
+        assert_like(getattr(fd, name + "n")(x, type, s, norm=norm, orthogonalize=orthogonalize),
+                    want, dtype)
+
+
+def test_helpers_equal_scipy():
+    for n in (1, 2, 7, 97, 1000, 4097):
+        assert fd.next_fast_len(n) == min(m for m in range(n, 2 * n + 1)
+                                          if all(p in (2, 3, 5, 7) for p in _factors(m)))
+    np.testing.assert_array_equal(fd.fftshift(np.arange(5)), sf.fftshift(np.arange(5)))
+    np.testing.assert_array_equal(fd.rfftfreq(8, 0.5), sf.rfftfreq(8, 0.5))
+
+
+def _factors(m):
+    out, p = [], 2
+    while m > 1:
+        while m % p == 0:
+            out.append(p)
+            m //= p
+        p += 1
+    return out
+
+
+def test_large_and_prime_sizes():
+    rng = np.random.default_rng(5)
+    for n in (2**20, 8191, 44100):
+        x = data(rng, n, np.complex128)
+        assert_like(fd.fft(x), sf.fft(x), np.complex128)
+        assert_like(fd.irfft(x[: n // 2 + 1], n), sf.irfft(x[: n // 2 + 1], n), np.complex128)
+    img = data(rng, (300, 257), np.float32)
+    assert_like(fd.rfft2(img), sf.rfft2(img), np.float32)
+    assert_like(fd.irfft2(fd.rfft2(img), img.shape), sf.irfft2(sf.rfft2(img), img.shape),
+                np.float32)

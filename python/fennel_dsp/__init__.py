@@ -21,8 +21,8 @@ from .spectra import *      # noqa: F401,F403
 from .correlation import *  # noqa: F401,F403
 from .resampling import *   # noqa: F401,F403
 from .windows import *      # noqa: F401,F403
-from . import fft as _fft_module
-from .fft import *          # noqa: F401,F403
+from . import fourier as _fft_module
+from .fourier import *          # noqa: F401,F403
 
 __all__ = (["FennelError", "FennelValueError", "Plan", "TrigPlan", "host", "lib"]
            + _fft1d_module.__all__ + fftmd.__all__ + trig.__all__ + spectra.__all__

@@ -3,6 +3,7 @@ calling function's name, the working precision of an input, and runners
 that call one library function with host arrays and a plan kept per thread.
 """
 import operator
+import os
 import threading
 
 import numpy as np
@@ -105,6 +106,9 @@ def check_workers(workers, name):
         raise TypeError(f"{name}: workers must be an integer, not {type(workers).__name__}") from None
     if w == 0:
         raise ValueError(f"{name}: workers must not be zero")
+    if w < 0 and w + (os.cpu_count() or 1) + 1 <= 0:
+        raise ValueError(f"{name}: workers value out of range; got {w}, must not be less "
+                         f"than {-(os.cpu_count() or 1)}")
 
 
 def shape_and_axes(x, s, axes, name):

@@ -23,6 +23,7 @@ from ._run import (C64, C128, COMPLEX_OF, F32, F64, REAL_OF, TrigPlan, Unsupport
                    shape_and_axes, working_dtype)
 
 __all__ = ["fft", "ifft", "rfft", "irfft", "hfft", "ihfft", "fft2", "ifft2", "rfft2", "irfft2",
+           "hfft2", "ihfft2", "hfftn", "ihfftn",
            "fftn", "ifftn", "rfftn", "irfftn", "dct", "idct", "dst", "idst", "dctn", "idctn",
            "dstn", "idstn", "fftshift", "ifftshift", "fftfreq", "rfftfreq", "next_fast_len"]
 
@@ -727,6 +728,134 @@ def irfft2(x, s=None, axes=(-2, -1), norm=None, overwrite_x=False, workers=None,
     return irfftn(x, s, axes, norm, workers=workers, plan=plan)
 
 
+def hfftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """N-dimensional `hfft`, as `scipy.fft.hfftn`: the real spectrum of a
+    Hermitian-symmetric signal given by its first half along the last axis.
+
+    Parameters
+    ----------
+    x : array_like
+        The signal's half, as `rfftn` returns a spectrum.
+    s, axes, norm, overwrite_x, workers, plan
+        As in `irfftn`.
+
+    Returns
+    -------
+    ndarray
+        Real values.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `fftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.hfftn(np.array([[1.0, 0.0], [0.0, 0.0]]))
+    array([[1., 1.],
+           [1., 1.]])
+    """
+    name = "fennel_dsp.hfftn"
+    norm_code(norm, name)
+    x = as_array(x, name)
+    wt = working_dtype(x, name)
+    return irfftn(np.conj(x.astype(COMPLEX_OF[wt], copy=False)), s, axes, _SWAP[norm],
+                  workers=workers, plan=plan)
+
+
+def ihfftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Inverse of `hfftn`, as `scipy.fft.ihfftn`.
+
+    Parameters
+    ----------
+    x : array_like
+        Real input.
+    s, axes, norm, overwrite_x, workers, plan
+        As in `rfftn`.
+
+    Returns
+    -------
+    ndarray
+        Complex values, the last axis halved as by `rfftn`.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `rfftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.ihfftn(np.ones((2, 2))).real
+    array([[1., 0.],
+           [0., 0.]])
+    """
+    norm_code(norm, "fennel_dsp.ihfftn")
+    y = rfftn(x, s, axes, _SWAP[norm], workers=workers, plan=plan)
+    return np.conj(y, out=y)
+
+
+def hfft2(x, s=None, axes=(-2, -1), norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Two-dimensional `hfftn`, as `scipy.fft.hfft2`.
+
+    Parameters
+    ----------
+    x : array_like
+        The signal's half.
+    s, axes, norm, overwrite_x, workers, plan
+        As in `hfftn`, with axes (-2, -1) by default.
+
+    Returns
+    -------
+    ndarray
+        Real values.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `fftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.hfft2(np.array([[4.0, 0.0], [0.0, 0.0]]))
+    array([[4., 4.],
+           [4., 4.]])
+    """
+    return hfftn(x, s, axes, norm, workers=workers, plan=plan)
+
+
+def ihfft2(x, s=None, axes=(-2, -1), norm=None, overwrite_x=False, workers=None, *, plan=None):
+    """Two-dimensional `ihfftn`, as `scipy.fft.ihfft2`.
+
+    Parameters
+    ----------
+    x : array_like
+        Real input.
+    s, axes, norm, overwrite_x, workers, plan
+        As in `ihfftn`, with axes (-2, -1) by default.
+
+    Returns
+    -------
+    ndarray
+        Complex values.
+
+    Raises
+    ------
+    ValueError, TypeError
+        As in `rfftn`.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.ihfft2(np.ones((2, 2))).real
+    array([[1., 0.],
+           [0., 0.]])
+    """
+    return ihfftn(x, s, axes, norm, workers=workers, plan=plan)
+
+
 def next_fast_len(target, real=False):
     """The smallest 2-3-5-7-smooth length >= target: lengths the library's
     transforms handle fastest.
@@ -804,43 +933,108 @@ def _trig_rows(symbol, rows, n, plan, name):
     return out
 
 
+def _resized(rows, n):
+    """Rows zero-padded or truncated to n columns."""
+    m = rows.shape[1]
+    if m == n:
+        return rows
+    out = np.zeros((rows.shape[0], n), rows.dtype)
+    k = min(m, n)
+    out[:, :k] = rows[:, :k]
+    return out
+
+
+def _dct23(rows, kind, n, code, orth, name, plan):
+    """scipy's DCT-II (kind 2) or DCT-III (3) of every row, from the
+    library's orthonormal pair."""
+    g = (math.sqrt(2.0 * n), 1.0, 1.0 / math.sqrt(2.0 * n))[code]
+    p = prefix(rows.dtype)
+    if kind == 2:
+        y = _trig_rows(f"{p}1DDCTH", rows, n, plan, name)
+        y *= g
+        if not orth:
+            y[:, 0] *= math.sqrt(2.0)
+        return y
+    rows = _resized(rows, n)
+    if not orth:
+        rows = rows.copy()
+        rows[:, 0] /= math.sqrt(2.0)
+    y = _trig_rows(f"{p}1DInvDCTH", rows, n, plan, name)
+    y *= g
+    return y
+
+
+def _trig_kind(rows, kind, n, code, orth, name, plan):
+    """Every row of a 2D real float array through one transform kind: the
+    library's DCT-II/III and DST-I, the DST-II/III from them (alternating
+    signs and reversal), the DCT-I, DCT-IV and DST-IV from its FFT."""
+    if kind in (2, 3):
+        return _dct23(rows, kind, n, code, orth, name, plan)
+    if kind == "dst1":
+        f = (2.0, math.sqrt(2.0 / (n + 1)), 1.0 / (n + 1))[code]
+        y = _trig_rows(f"{prefix(rows.dtype)}1DDSTH", rows, n, plan, name)
+        y *= f
+        return y
+    if kind in ("dst2", "dst3"):
+        alt = np.where(np.arange(n) % 2 == 1, -1.0, 1.0).astype(rows.dtype)
+        rows = _resized(rows, n)
+        # orthogonalize scales the first output (DST-II) or input (DST-III),
+        # not the one the reversal brings from the DCT's first term.
+        if kind == "dst2":
+            y = _dct23(rows * alt, 2, n, code, False, name, plan)[:, ::-1].copy()
+            if orth:
+                y[:, 0] /= math.sqrt(2.0)
+            return y
+        rows = np.ascontiguousarray(rows[:, ::-1])
+        if orth:
+            rows[:, -1] *= math.sqrt(2.0)
+        y = _dct23(rows, 3, n, code, False, name, plan)
+        y *= alt
+        return y
+    rows = _resized(rows, n)
+    if kind == "dct1":
+        if n < 2:
+            raise Unsupported(f"{name}: the DCT-I needs at least 2 points")
+        if orth:
+            rows = rows.copy()
+            rows[:, [0, -1]] *= math.sqrt(2.0)
+        ext = np.concatenate([rows, rows[:, -2:0:-1]], axis=1)
+        y = np.ascontiguousarray(rfft(ext, axis=-1, plan=plan).real)
+        y *= (1.0, 1.0 / math.sqrt(2.0 * (n - 1)), 0.5 / (n - 1))[code]
+        if orth:
+            y[:, [0, -1]] /= math.sqrt(2.0)
+        return y
+    # DCT-IV and DST-IV: 2 e^{-i pi (2k+1)/(4n)} times the 2n-point DFT of
+    # x[j] e^{-i pi j/(2n)}; the real part gives the DCT, minus the
+    # imaginary part the DST.
+    ct = COMPLEX_OF[rows.dtype]
+    j = np.arange(n)
+    z = rows * np.exp(-0.5j * np.pi * j / n).astype(ct)
+    Z = fft(z, 2 * n, axis=-1, plan=plan)[:, :n]
+    Z *= (2.0 * np.exp(-0.25j * np.pi * (2 * j + 1) / n)).astype(ct)
+    y = np.ascontiguousarray(Z.real if kind == "dct4" else -Z.imag)
+    y *= (1.0, 1.0 / math.sqrt(2.0 * n), 0.5 / n)[code]
+    return y
+
+
 def _trig_axis(x, kind, n, axis, norm, orthogonalize, name, plan):
-    """scipy's dct (kind 2 or 3) or dst (kind 'dst1') of real float x along
-    axis, with n, norm and orthogonalize."""
+    """scipy's DCT or DST of one kind of real float x along axis, with n,
+    norm and orthogonalize."""
     m = x.shape[axis]
     n = m if n is None else length(n, name)
     xm = np.moveaxis(x, axis, -1)
     lead = xm.shape[:-1]
     rows = xm.reshape(-1, m)
     code = norm_code(norm, name)
-    if kind == "dst1":
-        f = {0: 2.0, 1: math.sqrt(2.0 / (n + 1)), 2: 1.0 / (n + 1)}[code]
-        y = _trig_rows(f"{prefix(x.dtype)}1DDSTH", rows, n, plan, name)
-        y *= f
-    else:
-        orth = (code == 1) if orthogonalize is None else bool(orthogonalize)
-        g = {0: math.sqrt(2.0 * n), 1: 1.0, 2: 1.0 / math.sqrt(2.0 * n)}[code]
-        if kind == 2:
-            y = _trig_rows(f"{prefix(x.dtype)}1DDCTH", rows, n, plan, name)
-            y *= g
-            if not orth:
-                y[:, 0] *= math.sqrt(2.0)
-        else:
-            if n != m:
-                padded = np.zeros((rows.shape[0], n), x.dtype)
-                k = min(m, n)
-                padded[:, :k] = rows[:, :k]
-                rows = padded
-            if not orth:
-                rows = rows.copy()
-                rows[:, 0] /= math.sqrt(2.0)
-            y = _trig_rows(f"{prefix(x.dtype)}1DInvDCTH", rows, n, plan, name)
-            y *= g
+    orth = (code == 1) if orthogonalize is None else bool(orthogonalize)
+    y = _trig_kind(rows, kind, n, code, orth, name, plan)
     return np.moveaxis(y.reshape(lead + (n,)), -1, axis)
 
 
-_TYPES = {("dct", 2): 2, ("dct", 3): 3, ("idct", 2): 3, ("idct", 3): 2, ("dst", 1): "dst1",
-          ("idst", 1): "dst1"}
+_TYPES = {("dct", 1): "dct1", ("dct", 2): 2, ("dct", 3): 3, ("dct", 4): "dct4",
+          ("idct", 1): "dct1", ("idct", 2): 3, ("idct", 3): 2, ("idct", 4): "dct4",
+          ("dst", 1): "dst1", ("dst", 2): "dst2", ("dst", 3): "dst3", ("dst", 4): "dst4",
+          ("idst", 1): "dst1", ("idst", 2): "dst3", ("idst", 3): "dst2", ("idst", 4): "dst4"}
 
 
 def _trig(family, x, type, n, axis, norm, workers, orthogonalize, name, plan):

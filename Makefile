@@ -37,7 +37,7 @@ demo: build
 test: build build-asan windows
 	@cd $(BUILD) && FENNEL_DSP_PLANNER=estimate ctest --output-on-failure -j$(JOBS)
 	@cd $(ASAN) && FENNEL_DSP_PLANNER=estimate ASAN_OPTIONS=detect_leaks=1 ctest --output-on-failure -j$(JOBS) -E 'no_host|default_effort'
-	@FENNEL_DSP_PLANNER=estimate FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) -m pytest -q -p no:cacheprovider tests/python
+	@FENNEL_DSP_PLANNER=estimate FENNEL_DSP_LIB_DIR=$(BUILD)/lib PYTHONPATH=python $(PY) -m pytest -q -p no:cacheprovider --doctest-modules tests/python python/fennel_dsp
 	@tests/windows/run_wine_tests.sh $(BUILD) $(WIN64)
 
 bench: build

@@ -1,7 +1,8 @@
 """A tour of the Python binding on built-in data: the spectrum of a chirp,
 centred, and its inverse; then one call of each other family (window and
 power spectrum, FIR design and filtering, convolution, resampling, DCT, 2D
-FFT).  A plot is written to examples/tour.png."""
+FFT); then the numpy/scipy namesakes and the scipy.fft backend.  A plot is
+written to examples/tour.png."""
 import pathlib
 
 import numpy as np
@@ -36,8 +37,8 @@ print(f"  4-term Blackman-Harris window, auto power spectrum: df = {df:.2f} Hz, 
 
 # A 51-tap lowpass designed by the window method removes the 300 Hz tone.
 taps = fd.fir_windowed_coefficients(51, rate, 150.0, filter_type=fd.LOWPASS,
-                                    window_type=fd.WINDOW_HAMMING, normalise=True)
-smooth = fd.convolve(x, taps, mode="same")
+                                    window_type=fd.WINDOW_HAMMING, normalize=True)
+smooth = fd.convolve1d(x, taps, mode="same")
 residue = np.abs(fd.fft1d(smooth, n=2048))[np.argmin(abs(np.arange(2048) * rate / 2048 - 300))]
 print(f"  FIR lowpass (51 taps, 150 Hz) by convolution: 300 Hz bin {152.5:.1f} -> {residue:.2f}")
 iir = fd.IIRFilter(b=[0.0675, 0.1349, 0.0675], a=[1.0, -1.1430, 0.4128])  # 2nd-order lowpass
@@ -47,7 +48,7 @@ print(f"  2nd-order IIR filter in 7 blocks against one call: largest difference 
       f"{np.max(np.abs(blocks - whole)):.1e} (the state carries the stream across blocks)")
 
 # Decimation by averaging, and the DCT's energy compaction.
-print(f"  decimate by 4 (average): {len(x)} -> {len(fd.decimate(x, 4, average=True))} samples")
+print(f"  decimate by 4 (average): {len(x)} -> {len(fd.downsample(x, 4, average=True))} samples")
 c = fd.dct1d(np.cos(np.linspace(0, np.pi, 64)))
 print(f"  orthonormal DCT-II of half a cosine: {100 * np.sum(c[:4] ** 2) / np.sum(c ** 2):.2f} % of the energy in 4 coefficients")
 
@@ -57,6 +58,23 @@ image = np.cos(2 * np.pi * (3 * xx + 5 * yy) / 64)
 F = fd.fft2d(image)
 r, k = np.unravel_index(np.argmax(np.abs(F)), F.shape)
 print(f"  2D FFT of a stripe pattern: peak at row {r}, column {k} (frequencies 5 and 3, or their mirror)")
+
+# The numpy/scipy namesakes: same arguments, same results.
+import scipy.fft
+import scipy.signal
+import fennel_dsp.scipy_fft
+
+batch = np.random.default_rng(0).standard_normal((8, 1024)).astype(np.float32)
+spectra = fd.rfft(batch, axis=-1, norm="ortho")
+print(f"  fd.rfft of an 8 x 1024 float32 batch: {spectra.shape} {spectra.dtype}, "
+      f"max difference from scipy.fft {np.max(np.abs(spectra - scipy.fft.rfft(batch, norm='ortho'))):.1e}")
+b, a = scipy.signal.butter(4, 0.2)
+print(f"  fd.lfilter against scipy.signal.lfilter: "
+      f"{np.max(np.abs(fd.lfilter(b, a, x) - scipy.signal.lfilter(b, a, x))):.1e}; fd.resample_poly(x, 3, 2): "
+      f"{fd.resample_poly(x, 3, 2).shape[0]} samples")
+with scipy.fft.set_backend(fennel_dsp.scipy_fft):
+    z = scipy.fft.fftn(image)  # unchanged scipy code, computed by the library
+print(f"  scipy.fft.fftn under the fennel_dsp backend: equals fd.fft2d to {np.max(np.abs(z - F)):.1e}")
 
 try:
     import matplotlib

@@ -4,8 +4,10 @@ Functions that share a name with numpy.fft, scipy.fft or scipy.signal take
 the same arguments and give the same results (fft, rfftn, dct, convolve,
 lfilter, firwin, ...); the library's own conventions are reached through
 functions with their own names (fft1d, fft2d, fft3, multichannel_fft, dct1d,
-dct2, power_spectrum, cross_correlate, downsample, upsample, Resampler, the
-*_window functions, fir_windowed_coefficients, IIRFilter).
+dct2, power_spectrum, convolve1d, cross_correlate, autocorrelate, downsample,
+upsample, Resampler, fir_resample, the *_window functions,
+fir_windowed_coefficients, IIRFilter).  fennel_dsp.scipy_fft is a scipy.fft
+backend.
 
 Library failures raise FennelError (a ValueError for refused arguments, a
 RuntimeError otherwise) carrying the status code and its name.  Transform
@@ -23,7 +25,9 @@ from .resampling import *   # noqa: F401,F403
 from .windows import *      # noqa: F401,F403
 from . import fourier as _fft_module
 from .fourier import *          # noqa: F401,F403
+from . import signal
+from .signal import *           # noqa: F401,F403
 
 __all__ = (["FennelError", "FennelValueError", "Plan", "TrigPlan", "host", "lib"]
            + _fft1d_module.__all__ + fftmd.__all__ + trig.__all__ + spectra.__all__
-           + correlation.__all__ + resampling.__all__ + windows.__all__ + _fft_module.__all__)
+           + correlation.__all__ + resampling.__all__ + windows.__all__ + _fft_module.__all__ + signal.__all__)

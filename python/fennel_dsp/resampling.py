@@ -1,12 +1,13 @@
-"""Decimation, upsampling by zero insertion, and streaming resampling by an
-arbitrary step through a prototype lowpass filter."""
+"""The library's decimation (downsample), upsampling by zero insertion, and
+streaming resampling by an arbitrary step through a prototype lowpass filter
+(scipy.signal's decimate, upfirdn and resample_poly are in fennel_dsp.signal)."""
 import ctypes
 
 import numpy as np
 
 from ._native import REAL_OF, TYPE_CODES, Handle, HostArray, as_supported, check, export
 
-__all__ = ["decimate", "upsample", "Resampler", "resample", "ResampleParams", "ResampleState"]
+__all__ = ["downsample", "upsample", "Resampler", "fir_resample", "ResampleParams", "ResampleState"]
 
 _I = ctypes.c_int32
 
@@ -33,11 +34,13 @@ _RESAMPLE.update({(p, 2): export(f"{p}ResampleMultiChC2CH", _RESAMPLE_ARGS) for 
 
 
 def _one(x):
-    x = as_supported(x).ravel()
+    x = as_supported(x)
+    if x.ndim != 1:
+        raise ValueError(f"a 1D signal expected, got {x.ndim} dimensions")
     return x, TYPE_CODES[x.dtype][1]
 
 
-def decimate(x, factor, average=False):
+def downsample(x, factor, average=False):
     """Every factor-th sample of x (average=True: the mean of each run of
     factor samples); the last len(x) % factor samples are dropped."""
     x, prefix = _one(x)
@@ -112,7 +115,7 @@ class Resampler:
         return out.to_numpy(), first.value
 
 
-def resample(x, coefficients, interpolation, ratio, start_offset=0.0, nearest=False,
+def fir_resample(x, coefficients, interpolation, ratio, start_offset=0.0, nearest=False,
              anti_alias=True):
     """All outputs of one stream over x (1D, or 2D channels x N)."""
     return Resampler(coefficients, interpolation, ratio, start_offset, nearest,

@@ -60,11 +60,11 @@ def _in_place(function, name, x, *args):
     return data.take_numpy().reshape(x.shape)
 
 
-def cosine_window(x, window_type=WINDOW_HANN, normalise=False):
+def cosine_window(x, window_type=WINDOW_HANN, normalize=False):
     """x times the periodic cosine-sum window of the type (0..9, 11); with
-    normalise the window's mean is 1."""
+    normalize the window's mean is 1."""
     ws = workspace(np.float64)
-    return _in_place(_ALLCOS, "AllCosWinH", x, int(window_type), int(bool(normalise)), ws.handle)
+    return _in_place(_ALLCOS, "AllCosWinH", x, int(window_type), int(bool(normalize)), ws.handle)
 
 
 def gaussian_window(x, sigma=0.2):
@@ -90,11 +90,11 @@ def triangle_window(x):
 
 
 def fir_windowed_coefficients(taps, fs, f1, f2=0.0, filter_type=LOWPASS, window_type=WINDOW_NONE,
-                              window_parameter=0.0, normalise=False, dtype=np.float64):
+                              window_parameter=0.0, normalize=False, dtype=np.float64):
     """Linear-phase FIR taps by the window method.
 
     f1 is the cut-off (lower edge for BANDPASS/BANDSTOP), f2 the upper edge of
-    band filters; HIGHPASS and BANDSTOP need an odd number of taps.  normalise
+    band filters; HIGHPASS and BANDSTOP need an odd number of taps.  normalize
     scales to unit gain at 0 Hz, fs/2 or the band centre.  dtype float32 or
     float64.
     """
@@ -104,7 +104,7 @@ def fir_windowed_coefficients(taps, fs, f1, f2=0.0, filter_type=LOWPASS, window_
     out = HostArray.empty(dtype)
     ws = workspace(np.float64)
     check(_FIR[prefix](out.handle, float(fs), float(f1), float(f2), int(taps), int(filter_type),
-                       int(window_type), float(window_parameter), int(bool(normalise)), ws.handle),
+                       int(window_type), float(window_parameter), int(bool(normalize)), ws.handle),
           f"{prefix}FIRWindowedCoefH")
     return out.take_numpy()
 
@@ -137,7 +137,12 @@ class IIRFilter:
         return self._fstate.to_numpy(), self._rstate.to_numpy()
 
     def __call__(self, x):
-        x = np.ascontiguousarray(np.asarray(x).ravel(), dtype=self.dtype)
+        x = np.asarray(x)
+        if x.ndim != 1:
+            raise ValueError(f"IIRFilter: a 1D signal expected, got {x.ndim} dimensions")
+        if x.dtype.kind == "c" and self.dtype.kind != "c":
+            raise TypeError(f"IIRFilter: complex samples for a filter of {self.dtype}")
+        x = np.ascontiguousarray(x, dtype=self.dtype)
         data = HostArray.from_numpy(x)
         check(_IIR[self.prefix](data.handle, self._a.handle, self._b.handle, self._fstate.handle,
                                 self._rstate.handle, self._init, self._tail.handle,

@@ -9,7 +9,7 @@ from conftest import random_signal
 PLAN_CALLS = {
     "fft": lambda x, plan: fd.fft1d(x, plan=plan),
     "fft2": lambda x, plan: fd.fft2d(x.reshape(8, 8), plan=plan),
-    "convolve": lambda x, plan: fd.convolve(x, x[:30], method="fft", plan=plan),
+    "convolve": lambda x, plan: fd.convolve1d(x, x[:30], method="fft", plan=plan),
     "auto_power": lambda x, plan: fd.auto_power_spectrum(x, plan=plan)[0],
 }
 

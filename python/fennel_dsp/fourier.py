@@ -17,7 +17,7 @@ import math
 
 import numpy as np
 
-from . import _run
+from . import _fastpath, _run
 from ._run import (C64, C128, COMPLEX_OF, F32, F64, REAL_OF, TrigPlan, Unsupported, as_array,
                    axis_index, check_workers, length, norm_code, plan_slot, prefix, runner,
                    shape_and_axes, working_dtype)
@@ -46,6 +46,70 @@ def _scale(y, code, n, inverse):
         f = 1 / math.sqrt(n) if code == 1 else 1.0 / n
     y *= f
     return y
+
+
+# ---- the compiled call path -------------------------------------------------
+# Contiguous inputs of up to FAST_BYTES with default layouts go through one
+# call of fennel_dsp._fast (input copy, library call without the GIL, output
+# copy with the norm's scaling); anything it declines takes the general path.
+
+_FAST_BYTES = _fastpath.FAST_BYTES if _fastpath.available else -1
+_FAST_NORM = {None: 0, "backward": 0, "ortho": 1, "forward": 2}
+_REALS = (F32, F64)
+_COMPLEX = (C64, C128)
+
+
+def _spec(symbol, src, out, ws, ndim, ints):
+    return (symbol, src, out, ws, ndim, ndim, ints)
+
+
+def _table(specs):
+    """{dtype number: (cache key, spec)}; the keys of all tables differ."""
+    global _KEYS
+    out = {}
+    for t, spec in specs.items():
+        _KEYS += 1
+        out[t.num] = (_KEYS, spec)
+    return out
+
+
+_KEYS = 0
+
+
+_FWD1 = _table({t: _spec(f"{prefix(t)}1DFFTH", t, COMPLEX_OF[t], t, 1, 2) for t in _REALS + _COMPLEX})
+_INV1 = _table({t: _spec(f"{prefix(t)}1DInvFFTH", t, t, t, 1, 1) for t in _COMPLEX})
+_IRFFT1 = _table({t: _spec(f"{prefix(REAL_OF[t])}1DInvFFTH", t, REAL_OF[t], REAL_OF[t], 1, 1)
+           for t in _COMPLEX})
+_ROWS = _table({t: _spec(f"{prefix(t)}2DMultiChFFTH", t, COMPLEX_OF[t], t, 2, 3) for t in _REALS + _COMPLEX})
+_FWD2 = _table({t: _spec(f"{prefix(t)}2DFFTH", t, COMPLEX_OF[t], t, 2, 3) for t in _REALS + _COMPLEX})
+_INV2 = _table({t: _spec(f"{prefix(t)}2DInvFFTH", t, t, t, 2, 1) for t in _COMPLEX})
+_DCT2 = _table({t: _spec(f"{prefix(t)}1DDCTH", t, t, t, 1, 1) for t in _REALS})
+_DCT3 = _table({t: _spec(f"{prefix(t)}1DInvDCTH", t, t, COMPLEX_OF[t], 1, 0) for t in _REALS})
+_calls = _fastpath._local
+
+
+def _get(table, x):
+    """This thread's compiled call for x's type, or None."""
+    entry = table.get(x.dtype.num)
+    if entry is None:
+        return None
+    c = _calls.calls.get(entry[0])
+    if c is None:
+        c = _calls.calls[entry[0]] = _fastpath.make(*entry[1])
+    return c
+
+
+def _norm_factor(norm, n, inverse):
+    """The norm's factor on the library's result, or None for a norm the
+    general path must refuse."""
+    code = _FAST_NORM.get(norm) if type(norm) is not list else None
+    if code is None:
+        return None
+    if code == 0:
+        return 1.0
+    if inverse:
+        return math.sqrt(n) if code == 1 else float(n)
+    return 1 / math.sqrt(n) if code == 1 else 1.0 / n
 
 
 # ---- one axis -------------------------------------------------------------
@@ -194,6 +258,19 @@ def fft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=
     >>> fd.fft(np.ones((2, 4), np.float32), axis=0).dtype
     dtype('complex64')
     """
+    if (type(x) is np.ndarray and n is None and axis == -1 and plan is None and workers is None
+            and 0 < x.nbytes <= _FAST_BYTES and x.ndim <= 2):
+        m = x.shape[-1]
+        f = 1.0 if norm is None else _norm_factor(norm, m, False)
+        if f is not None:
+            if x.ndim == 1:
+                c = _get(_FWD1, x)
+                y = c(x, f, 1.0, 0, 0, m, 0) if c is not None else None
+            else:
+                c = _get(_ROWS, x)
+                y = c(x, f, 1.0, 0, 0, m, 0, 0) if c is not None else None
+            if y.__class__ is np.ndarray:
+                return y
     name = "fennel_dsp.fft"
     x, wt, code = _prepare(x, name, norm, workers)
     return _one_axis(x, n, axis_index(axis, x.ndim, name), code, False, False, name, plan, wt)
@@ -225,6 +302,14 @@ def ifft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan
     >>> fd.ifft(np.array([10, -2 + 2j, -2, -2 - 2j])).real
     array([1., 2., 3., 4.])
     """
+    if (type(x) is np.ndarray and n is None and axis == -1 and plan is None and workers is None
+            and 0 < x.nbytes <= _FAST_BYTES and x.ndim == 1):
+        f = 1.0 if norm is None else _norm_factor(norm, x.shape[0], True)
+        if f is not None:
+            c = _get(_INV1, x)
+            y = c(x, f, 1.0, 0, 0, 0) if c is not None else None
+            if y.__class__ is np.ndarray:
+                return y
     name = "fennel_dsp.ifft"
     x, wt, code = _prepare(x, name, norm, workers)
     return _one_axis(x, n, axis_index(axis, x.ndim, name), code, True, False, name, plan,
@@ -260,6 +345,19 @@ def rfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan
     >>> fd.rfft(np.array([1.0, 2.0, 3.0, 4.0]))
     array([10.+0.j, -2.+2.j, -2.+0.j])
     """
+    if (type(x) is np.ndarray and n is None and axis == -1 and plan is None and workers is None
+            and 0 < x.nbytes <= _FAST_BYTES and x.ndim <= 2):
+        m = x.shape[-1]
+        f = 1.0 if norm is None else _norm_factor(norm, m, False)
+        if f is not None and x.dtype in _REALS:
+            if x.ndim == 1:
+                c = _get(_FWD1, x)
+                y = c(x, f, 1.0, m // 2 + 1, 0, m, 0) if c is not None else None
+            else:
+                c = _get(_ROWS, x)
+                y = c(x, f, 1.0, m // 2 + 1, 0, m, 0, 0) if c is not None else None
+            if y.__class__ is np.ndarray:
+                return y
     name = "fennel_dsp.rfft"
     x, wt, code = _prepare(x, name, norm, workers, real=True)
     axis = axis_index(axis, x.ndim, name)
@@ -298,6 +396,15 @@ def irfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, pla
     >>> fd.irfft(np.array([10, -2 + 2j, -2]))
     array([1., 2., 3., 4.])
     """
+    if (type(x) is np.ndarray and n is None and axis == -1 and plan is None and workers is None
+            and 0 < x.nbytes <= _FAST_BYTES and x.ndim == 1 and x.shape[0] > 1):
+        m = 2 * (x.shape[0] - 1)
+        f = 1.0 if norm is None else _norm_factor(norm, m, True)
+        if f is not None:
+            c = _get(_IRFFT1, x)
+            y = c(x, f, 1.0, 0, m, 0) if c is not None else None
+            if y.__class__ is np.ndarray:
+                return y
     name = "fennel_dsp.irfft"
     x, wt, code = _prepare(x, name, norm, workers)
     return _one_axis(x, n, axis_index(axis, x.ndim, name), code, True, True, name, plan,
@@ -481,6 +588,14 @@ def fftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, pl
     array([[6., 0., 0.],
            [0., 0., 0.]])
     """
+    if (type(x) is np.ndarray and s is None and x.ndim == 2 and plan is None and workers is None
+            and (axes is None or axes == (-2, -1)) and 0 < x.nbytes <= _FAST_BYTES):
+        f = 1.0 if norm is None else _norm_factor(norm, x.size, False)
+        if f is not None:
+            c = _get(_FWD2, x)
+            y = c(x, f, 1.0, 0, 0, 0, 0, 0) if c is not None else None
+            if y.__class__ is np.ndarray:
+                return y
     name = "fennel_dsp.fftn"
     x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name)
     return _c2c_nd(x, s, axes, code, False, name, plan, wt)
@@ -513,6 +628,14 @@ def ifftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, p
     array([[0., 1., 2.],
            [3., 4., 5.]])
     """
+    if (type(x) is np.ndarray and s is None and x.ndim == 2 and plan is None and workers is None
+            and (axes is None or axes == (-2, -1)) and 0 < x.nbytes <= _FAST_BYTES):
+        f = 1.0 if norm is None else _norm_factor(norm, x.size, True)
+        if f is not None:
+            c = _get(_INV2, x)
+            y = c(x, f, 1.0, 0, 0, 0) if c is not None else None
+            if y.__class__ is np.ndarray:
+                return y
     name = "fennel_dsp.ifftn"
     x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name)
     return _c2c_nd(x, s, axes, code, True, name, plan, wt)
@@ -608,6 +731,15 @@ def rfftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, p
     >>> fd.rfftn(np.ones((2, 4))).shape
     (2, 3)
     """
+    if (type(x) is np.ndarray and s is None and x.ndim == 2 and plan is None and workers is None
+            and (axes is None or axes == (-2, -1)) and 0 < x.nbytes <= _FAST_BYTES
+            and x.dtype in _REALS):
+        f = 1.0 if norm is None else _norm_factor(norm, x.size, False)
+        if f is not None:
+            c = _get(_FWD2, x)
+            y = c(x, f, 1.0, x.shape[1] // 2 + 1, 0, 0, 0, 0) if c is not None else None
+            if y.__class__ is np.ndarray:
+                return y
     name = "fennel_dsp.rfftn"
     x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name, real=True)
     last = axes[-1]
@@ -1066,6 +1198,21 @@ def _trig(family, x, type, n, axis, norm, workers, orthogonalize, name, plan):
     return _trig_axis(x.astype(wt, copy=False), kind, n, axis, norm, orthogonalize, name, plan)
 
 
+def _fast_dct(x, kind, norm):
+    """The DCT-II (any norm) or the orthonormal DCT-III on the compiled path,
+    or None."""
+    code = _FAST_NORM.get(norm) if norm.__class__ is not list else None
+    m = x.shape[0]
+    if kind == 2 and code is not None:
+        g = (math.sqrt(2.0 * m), 1.0, 1.0 / math.sqrt(2.0 * m))[code]
+        c = _get(_DCT2, x)
+        return c(x, g, 1.0 if code == 1 else math.sqrt(2.0), 0, 0, m) if c is not None else None
+    if kind == 3 and code == 1:
+        c = _get(_DCT3, x)
+        return c(x, 1.0, 1.0, 0, 0) if c is not None else None
+    return None
+
+
 def dct(x, type=2, n=None, axis=-1, norm=None, overwrite_x=False, workers=None,
         orthogonalize=None, *, plan=None):
     """Discrete cosine transform, as `scipy.fft.dct` (types 2 and 3).
@@ -1111,6 +1258,12 @@ def dct(x, type=2, n=None, axis=-1, norm=None, overwrite_x=False, workers=None,
     >>> fd.dct(np.array([1.0, 1.0, 1.0, 1.0]), norm="ortho")
     array([2., 0., 0., 0.])
     """
+    if (x.__class__ is np.ndarray and x.ndim == 1 and n is None and axis == -1 and plan is None
+            and workers is None and orthogonalize is None and 0 < x.nbytes <= _FAST_BYTES
+            and norm.__class__ is not list):
+        y = _fast_dct(x, type, norm)
+        if y.__class__ is np.ndarray:
+            return y
     return _trig("dct", x, type, n, axis, norm, workers, orthogonalize, "fennel_dsp.dct", plan)
 
 
@@ -1140,6 +1293,12 @@ def idct(x, type=2, n=None, axis=-1, norm=None, overwrite_x=False, workers=None,
     >>> fd.idct(np.array([8.0, 0.0, 0.0, 0.0]))
     array([1., 1., 1., 1.])
     """
+    if (x.__class__ is np.ndarray and x.ndim == 1 and n is None and axis == -1 and plan is None
+            and workers is None and orthogonalize is None and 0 < x.nbytes <= _FAST_BYTES
+            and norm.__class__ is not list and norm in _SWAP):
+        y = _fast_dct(x, 5 - type if type in (2, 3) else 0, _SWAP[norm])
+        if y.__class__ is np.ndarray:
+            return y
     return _trig("idct", x, type, n, axis, norm, workers, orthogonalize, "fennel_dsp.idct", plan)
 
 

@@ -268,26 +268,36 @@ def _fftconvolve(in1, in2, mode, axes, name):
     if a.size == 0 or b.size == 0:
         return np.array([], rt)
     axes = _axes(axes, a.ndim, name)
-    axes = [i for i in axes if a.shape[i] != 1 or b.shape[i] != 1]
-    if rt.kind in "biu":
-        rt = np.dtype(np.float64)
-    x, y = _computed(a, b)
-    if len(axes) == a.ndim and a.ndim <= 2:
-        full = _lib_full(x, y, False, "fft", name, None)
+    # Axes where an operand has one point broadcast (a product, not a sum).
+    axes = [i for i in axes if a.shape[i] != 1 and b.shape[i] != 1]
+    for i in range(a.ndim):
+        if i not in axes and a.shape[i] != b.shape[i] and 1 not in (a.shape[i], b.shape[i]):
+            raise ValueError(f"{name}: incompatible shapes for in1 and in2: {a.shape} and "
+                             f"{b.shape}")
+    if mode == "valid":
+        ok1 = all(a.shape[i] >= b.shape[i] for i in axes)
+        ok2 = all(b.shape[i] >= a.shape[i] for i in axes)
+        if not (ok1 or ok2):
+            raise ValueError(f"{name}: for 'valid' mode, one must be at least as large as "
+                             f"the other in every dimension")
+        if not ok1:
+            a, b = b, a
+    if not axes:
+        full = a * b
     else:
-        full = _fft_full(x, y, axes, name)
+        if rt.kind in "biu":
+            rt = np.dtype(np.float64)
+        x, y = _computed(a, b)
+        if len(axes) == a.ndim and a.ndim <= 2:
+            full = _lib_full(x, y, False, "fft", name, None)
+        else:
+            full = _fft_full(x, y, axes, name)
     if mode == "full":
         return _back(full, rt)
-    shape = list(full.shape)
-    for i in axes:
-        if mode == "same":
-            shape[i] = a.shape[i]
-        else:
-            if not (all(a.shape[j] >= b.shape[j] for j in axes) or
-                    all(b.shape[j] >= a.shape[j] for j in axes)):
-                raise ValueError(f"{name}: for 'valid' mode, one must be at least as large as "
-                                 f"the other in every dimension")
-            shape[i] = abs(a.shape[i] - b.shape[i]) + 1
+    if mode == "same":
+        return _back(np.ascontiguousarray(_centred(full, a.shape)), rt)
+    shape = [full.shape[i] if i not in axes else a.shape[i] - b.shape[i] + 1
+             for i in range(full.ndim)]
     return _back(np.ascontiguousarray(_centred(full, shape)), rt)
 
 

@@ -1,5 +1,7 @@
 """The scipy.signal namesakes against scipy.signal on random shapes, types
 and modes."""
+import zlib
+
 import numpy as np
 import pytest
 import scipy.signal as ss
@@ -31,7 +33,7 @@ def single(*arrays):
                                   "convolve2d", "correlate2d"])
 @pytest.mark.parametrize("mode", ["full", "same", "valid"])
 def test_convolution_family(name, mode):
-    rng = np.random.default_rng(abs(hash((name, mode))) % 2**32)
+    rng = np.random.default_rng(zlib.crc32(repr((name, mode)).encode()))
     for _ in range(12):
         nd = 2 if name.endswith("2d") else int(rng.integers(1, 4))
         s1 = tuple(int(v) for v in rng.integers(1, 9, nd))

@@ -273,6 +273,10 @@ class Plan:
     def __exit__(self, *exc):
         self.close()
 
+    def __reduce__(self):
+        # A plan caches a transform of this process: a copy starts empty.
+        return (type(self), ())
+
     def __del__(self):
         try:
             self.close()

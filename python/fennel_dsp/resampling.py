@@ -115,8 +115,37 @@ class Resampler:
         return out.to_numpy(), first.value
 
 
+    def __getstate__(self):
+        """A stream pickles with its state and histories, so that the next
+        block may be processed in another process (a chunked computation
+        passes the stream from task to task)."""
+        arrays = None
+        if self._dtype is not None:
+            arrays = (self._dtype.str, self._rank, self._hist_a.to_numpy(),
+                      self._hist_b.to_numpy())
+        return {"coefficients": self._coefficients, "interpolation": self.interpolation,
+                "params": bytes(self.params), "anti_alias": self.anti_alias,
+                "state": bytes(self.state), "arrays": arrays}
+
+    def __setstate__(self, d):
+        self._coefficients = d["coefficients"]
+        self.interpolation = d["interpolation"]
+        self.params = ResampleParams.from_buffer_copy(d["params"])
+        self.anti_alias = d["anti_alias"]
+        self.state = ResampleState.from_buffer_copy(d["state"])
+        self._dtype = self._rank = None
+        self._coef = self._hist_a = self._hist_b = None
+        if d["arrays"] is not None:
+            dtype, self._rank, hist_a, hist_b = d["arrays"]
+            self._dtype = np.dtype(dtype)
+            real = REAL_OF[self._dtype]
+            self._coef = HostArray.from_numpy(np.ascontiguousarray(self._coefficients, dtype=real))
+            self._hist_a = HostArray.from_numpy(np.ascontiguousarray(hist_a))
+            self._hist_b = HostArray.from_numpy(np.ascontiguousarray(hist_b))
+
+
 def fir_resample(x, coefficients, interpolation, ratio, start_offset=0.0, nearest=False,
-             anti_alias=True):
+                 anti_alias=True):
     """All outputs of one stream over x (1D, or 2D channels x N)."""
     return Resampler(coefficients, interpolation, ratio, start_offset, nearest,
                      anti_alias).process(x)[0]

@@ -28,6 +28,9 @@ def test_functions_and_streams_pickle():
     copy = pickle.loads(pickle.dumps(stream))
     np.testing.assert_array_equal(copy.process(x[200:])[0], stream.process(x[200:])[0])
     assert pickle.loads(pickle.dumps(fd.fft)) is fd.fft
+    lazy = chunked.resample(da.from_array(x, chunks=100), h, 2, 0.75)
+    np.testing.assert_array_equal(lazy.compute(scheduler="threads"),
+                                  lazy.compute(scheduler="threads"))
     err = pickle.loads(pickle.dumps(fd.FennelError(-20003, "d1DFFTH", "fennel_dsp.fft")))
     assert isinstance(err, ValueError) and err.name == "STATUS_EMPTY_ARRAY"
 

@@ -85,6 +85,7 @@ INVALID = [
     (lambda: fd.irfft(X, norm="bad"), ValueError, "irfft: invalid norm"),
     (lambda: fd.fft(X, workers=0), ValueError, "fft: workers must not be zero"),
     (lambda: fd.fft(X, workers=1.5), TypeError, "fft: workers must be an integer"),
+    (lambda: fd.fft(X, workers=-10**6), ValueError, "fft: workers value out of range"),
     (lambda: fd.fft(np.array(["a"])), TypeError, "fft: x must be"),
     (lambda: fd.rfft(X + 1j), TypeError, "rfft: x must be real"),
     (lambda: fd.fft(X, plan=fd.TrigPlan()), TypeError, "fft: plan must be a fennel_dsp.Plan"),

@@ -62,7 +62,7 @@ def test_fftconvolve_over_axes_broadcasts():
 def test_lfilter_with_and_without_zi(dtype, order):
     rng = np.random.default_rng(order)
     b, a = ss.butter(order, 0.3) if order else (np.array([0.5, 0.25]), np.array([2.0]))
-    for shape, axis in [((40,), 0), ((3, 50), 1), ((30, 4), 0), ((2, 3, 3), -1)]:
+    for shape, axis in [((40,), 0), ((3, 50), 1), ((30, 4), 0), ((2, 3, 3), -1), ((3,), 0)]:
         x = data(rng, shape, dtype)
         assert_like(fd.lfilter(b, a, x, axis), ss.lfilter(b, a, x, axis), single(x))
         zs = list(shape)

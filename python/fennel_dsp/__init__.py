@@ -7,7 +7,7 @@ functions with their own names (fft1d, fft2d, fft3, multichannel_fft, dct1d,
 dct2, power_spectrum, convolve1d, cross_correlate, autocorrelate, downsample,
 upsample, Resampler, fir_resample, the *_window functions,
 fir_windowed_coefficients, IIRFilter).  fennel_dsp.scipy_fft is a scipy.fft
-backend.
+backend; fennel_dsp.chunked runs the library on Dask arrays.
 
 Library failures raise FennelError (a ValueError for refused arguments, a
 RuntimeError otherwise) carrying the status code and its name.  Transform

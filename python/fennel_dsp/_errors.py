@@ -36,7 +36,11 @@ class FennelError(RuntimeError):
         self.name = _codes.STATUS_NAMES.get(status, "unknown status")
         self.symbol = symbol
         self.function = function or symbol
-        super().__init__(f"{self.function}: {self.name} ({status}) from the library's {symbol}")
+        if function:
+            message = f"{function}: {self.name} ({status}) from the library's {symbol}"
+        else:
+            message = f"{symbol} returned {status} ({self.name})"
+        super().__init__(message)
 
     def __reduce__(self):
         return (FennelError, (self.status, self.symbol, self.function))

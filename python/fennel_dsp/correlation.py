@@ -86,6 +86,34 @@ def convolve1d(x, y, mode="full", method="auto", block_size=DIRECT_BLOCK, plan=N
     "valid" (N - M + 1; needs M <= N).  block_size: block length of the direct
     method (below 1: the library's default of 100000).  A real and a complex operand are
     convolved as a mixed pair without widening the real one.
+
+    Parameters
+    ----------
+    x, y : array_like
+        1D operands.
+    mode : {'full', 'same', 'valid'}, optional
+        The library's modes ('same' starts at M // 2).
+    method : {'auto', 'direct', 'fft'}, optional
+        The computing method.
+    block_size : int, optional
+        Block length of the direct method.
+    plan : Plan, optional
+        Keeps the transform between calls.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError
+        Not 1D, an unknown mode or method.  FennelError: an empty operand, 'valid' with M > N.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.convolve1d([1.0, 2.0, 3.0], [1.0, 1.0], mode='same')
+    array([3., 5., 3.])
     """
     x, y, prefix, out_type = _pair(_vector(x, "convolve1d"), _vector(y, "convolve1d"))
     _check_mode(mode, "convolve1d")
@@ -103,6 +131,31 @@ def cross_correlate(x, y, normalization="none", method="auto", block_size=DIRECT
     The result has N + M - 1 elements, lag 0 at index N - 1; it equals
     numpy.correlate(y, x, "full").  normalization: "none", "unbiased" (each
     lag divided by its number of products) or "biased" (divided by max(N, M)).
+
+    Parameters
+    ----------
+    x, y : array_like
+        1D operands.
+    normalization : {'none', 'unbiased', 'biased'}, optional
+        Scaling of each lag.
+    method, block_size, plan
+        As in `convolve1d`.
+
+    Returns
+    -------
+    ndarray
+        N + M - 1 lags.
+
+    Raises
+    ------
+    ValueError
+        Not 1D, an unknown normalization or method.  FennelError: an empty operand.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.cross_correlate([1.0, 2.0], [1.0, 1.0, 1.0])
+    array([2., 3., 3., 1.])
     """
     x, y, prefix, out_type = _pair(_vector(x, "cross_correlate"), _vector(y, "cross_correlate"))
     if normalization not in _NORMS:
@@ -118,7 +171,31 @@ def cross_correlate(x, y, normalization="none", method="auto", block_size=DIRECT
 
 def autocorrelate(x, normalization="none", method="auto", block_size=DIRECT_BLOCK, plan=None):
     """Autocorrelation over lags -(N-1) .. N-1 (2N - 1 elements, lag 0 at
-    index N - 1), normalized as in cross_correlate."""
+    index N - 1), normalized as in cross_correlate.
+
+    Parameters
+    ----------
+    x : array_like
+        1D signal.
+    normalization, method, block_size, plan
+        As in `cross_correlate`.
+
+    Returns
+    -------
+    ndarray
+        2N - 1 lags.
+
+    Raises
+    ------
+    ValueError
+        An unknown normalization.  FennelError: an empty signal.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.autocorrelate([1.0, 2.0])
+    array([2., 5., 2.])
+    """
     x = as_supported(_vector(x, "autocorrelate"))
     if normalization not in _NORMS:
         raise ValueError(f"autocorrelate: normalization must be 'none', 'unbiased' or 'biased', not {normalization!r}")
@@ -153,7 +230,31 @@ def _matrices(x, y):
 
 def cross_correlate2d(x, y, method="auto", plan=None):
     """2D cross-correlation over all lags, lag (0, 0) at (R1 - 1, C1 - 1); equals
-    scipy.signal.correlate2d(y, x, "full")."""
+    scipy.signal.correlate2d(y, x, "full").
+
+    Parameters
+    ----------
+    x, y : array_like
+        Matrices.
+    method, plan
+        As in `convolve1d`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError
+        Not 2D.  FennelError: an empty operand.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.cross_correlate2d(np.eye(2), np.ones((1, 1)))
+    array([[1., 0.],
+           [0., 1.]])
+    """
     x, y, prefix, out_type = _matrices(x, y)
     algorithm = _algorithm(method, min(x.size, y.size), FFT_CROSSOVER_2D)
     hx, hy = HostArray.from_numpy(x), HostArray.from_numpy(y)
@@ -165,7 +266,30 @@ def cross_correlate2d(x, y, method="auto", plan=None):
 
 
 def autocorrelate2d(x, method="auto", plan=None):
-    """2D autocorrelation, (2R - 1) x (2C - 1), lag (0, 0) at (R - 1, C - 1)."""
+    """2D autocorrelation, (2R - 1) x (2C - 1), lag (0, 0) at (R - 1, C - 1).
+
+    Parameters
+    ----------
+    x : array_like
+        Matrix.
+    method, plan
+        As in `convolve1d`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError
+        Not 2D.  FennelError: an empty matrix.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.autocorrelate2d(np.ones((1, 2)))
+    array([[1., 2., 1.]])
+    """
     x = as_supported(x)
     if x.ndim != 2:
         raise ValueError("a 2D operand expected")

@@ -42,7 +42,34 @@ def _one(x):
 
 def downsample(x, factor, average=False):
     """Every factor-th sample of x (average=True: the mean of each run of
-    factor samples); the last len(x) % factor samples are dropped."""
+    factor samples); the last len(x) % factor samples are dropped.
+
+    Parameters
+    ----------
+    x : array_like
+        1D signal.
+    factor : int
+        1 .. len(x).
+    average : bool, optional
+        Mean of each run instead of its first sample.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError
+        Not 1D.  FennelError: a bad factor, an empty signal.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.downsample(np.arange(7.0), 3)
+    array([0., 3.])
+    >>> fd.downsample(np.arange(7.0), 3, average=True)
+    array([1., 4.])
+    """
     x, prefix = _one(x)
     src, out = HostArray.from_numpy(x), HostArray.empty(x.dtype)
     check(_DECIMATE[prefix](src.handle, out.handle, int(factor), int(bool(average))),
@@ -51,7 +78,32 @@ def downsample(x, factor, average=False):
 
 
 def upsample(x, factor, phase=0):
-    """len(x) * factor samples: x[i] at i * factor + phase, zeros elsewhere."""
+    """len(x) * factor samples: x[i] at i * factor + phase, zeros elsewhere.
+
+    Parameters
+    ----------
+    x : array_like
+        1D signal.
+    factor : int
+        >= 1.
+    phase : int, optional
+        0 .. factor - 1.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError
+        Not 1D.  FennelError: a bad factor or phase.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.upsample(np.array([1.0, 2.0]), 3, 1)
+    array([0., 1., 0., 0., 2., 0.])
+    """
     x, prefix = _one(x)
     src, out = HostArray.from_numpy(x), HostArray.empty(x.dtype)
     check(_UPSAMPLE[prefix](src.handle, out.handle, int(factor), int(phase)), f"{prefix}UpsampleH")
@@ -69,6 +121,28 @@ class Resampler:
     outputs it completes and the stream time of the first of them; blocks may
     have any length, and the outputs equal those of one call on the whole
     signal.  The element type and channel count are fixed by the first block.
+
+    Parameters
+    ----------
+    coefficients : array_like
+        Prototype lowpass.
+    interpolation : int
+        Its oversampling factor.
+    ratio : float
+        Output step in input samples.
+    start_offset : float, optional
+        Stream time of the first output.
+    nearest : bool, optional
+        Nearest tap instead of linear interpolation.
+    anti_alias : bool, optional
+        Stretch the prototype when ratio > 1.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> r = fd.Resampler(np.ones(3), 1, 2.0)
+    >>> r.process(np.ones(8))[0]
+    array([1.5, 2.5, 2.5])
     """
 
     def __init__(self, coefficients, interpolation, ratio, start_offset=0.0, nearest=False,
@@ -146,6 +220,29 @@ class Resampler:
 
 def fir_resample(x, coefficients, interpolation, ratio, start_offset=0.0, nearest=False,
                  anti_alias=True):
-    """All outputs of one stream over x (1D, or 2D channels x N)."""
+    """All outputs of one stream over x (1D, or 2D channels x N).
+
+    Parameters
+    ----------
+    x : array_like
+        1D signal, or 2D channels x samples.
+    coefficients, interpolation, ratio, start_offset, nearest, anti_alias
+        As in `Resampler`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    FennelError
+        A bad ratio or offset, no coefficients.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.fir_resample(np.ones(8), np.ones(3), 1, 2.0)
+    array([1.5, 2.5, 2.5])
+    """
     return Resampler(coefficients, interpolation, ratio, start_offset, nearest,
                      anti_alias).process(x)[0]

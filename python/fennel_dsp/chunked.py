@@ -90,7 +90,6 @@ def apply_along(function, x, axis=-1, n=None, dtype=None, **kwargs):
            [ 9., -1.],
            [13., -1.]])
     """
-    da = _da()
     axis = axis % x.ndim if -x.ndim <= axis < x.ndim else None
     if axis is None:
         raise ValueError("fennel_dsp.chunked.apply_along: axis out of range")

@@ -14,8 +14,9 @@ import numpy as np
 
 from . import correlation as _corr
 from . import fourier
+from . import resampling as _resampling
 from . import windows as _win
-from ._native import COMPLEX_OF, REAL_OF, TYPE_CODES, HostArray, check, plan_ref, workspace
+from ._native import COMPLEX_OF, REAL_OF, TYPE_CODES, HostArray, check, plan_ref
 from ._run import Unsupported, as_array, working_dtype
 
 __all__ = ["convolve", "correlate", "fftconvolve", "oaconvolve", "convolve2d", "correlate2d",
@@ -542,7 +543,6 @@ def lfilter(b, a, x, axis=-1, zi=None):
     work = COMPLEX_OF[np.dtype(rt)] if (x.dtype.kind == "c" or b.dtype.kind == "c") else rt
     xm = np.moveaxis(x, axis, -1)
     rows = xm.reshape(-1, xm.shape[-1]).astype(work)
-    real = REAL_OF[np.dtype(work)]
     ar = a.astype(np.float64)
     if b.dtype.kind == "c":
         y = _filter_rows(b.real.astype(np.float64), ar, rows) + \
@@ -935,8 +935,8 @@ def _odd_extend(x, n):
 def _lfilter_zi(b, a):
     """The steady-state zi of lfilter for a unit step input."""
     n = max(len(a), len(b))
+    b = np.r_[b, np.zeros(n - len(b))] / a[0]
     a = np.r_[a, np.zeros(n - len(a))] / a[0]
-    b = np.r_[b, np.zeros(n - len(b))] / a[0] if False else np.r_[b, np.zeros(n - len(b))]
     companion = np.zeros((n - 1, n - 1))
     companion[0] = -a[1:]
     companion[1:, :-1] += np.eye(n - 2)
@@ -1028,6 +1028,3 @@ def decimate(x, q, n=None, ftype="iir", axis=-1, zero_phase=True):
         y = lfilter(b, a, x, axis=axis)
     return y[tuple(step)]
 
-
-from . import resampling as _resampling  # noqa: E402
-del workspace

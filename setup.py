@@ -25,7 +25,11 @@ def build_libraries():
                        check=True)
     subprocess.run(["cmake", "--build", str(CMAKE_BUILD), "--target", "fennel_dsp", "fennel_host",
                     "-j2"], check=True)
-    return [CMAKE_BUILD / "lib" / name for name in LIBRARIES]
+    # The binding's compiled call path, where Python's headers are installed
+    # (the binding falls back to ctypes without it).
+    subprocess.run(["cmake", "--build", str(CMAKE_BUILD), "--target", "fennel_py_fast", "-j2"],
+                   check=False, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    return [CMAKE_BUILD / "lib" / name for name in LIBRARIES] + sorted((CMAKE_BUILD / "lib").glob("_fast*.so"))
 
 
 class BuildWithLibraries(build_py):

@@ -36,7 +36,7 @@ def targets():
     rng = np.random.default_rng(0)
     x, y = rng.standard_normal(1 << 16), rng.standard_normal(1 << 16)
     plan = fd.Plan()
-    report("1D fft N = M = 2^16 (float64)", lambda: fd.convolve(x, y, method="fft", plan=plan),
+    report("1D fft N = M = 2^16 (float64)", lambda: fd.convolve1d(x, y, method="fft", plan=plan),
            lambda: ss.fftconvolve(x, y), "fftconvolve")
     img, ker = rng.standard_normal((512, 512)), rng.standard_normal((64, 64))
     plan2 = fd.Plan()
@@ -45,7 +45,7 @@ def targets():
            lambda: ss.fftconvolve(img, ker), "fftconvolve", repeat=9)
     for m in (16, 128):
         k = rng.standard_normal(m)
-        report(f"1D direct N = 2^16, M = {m} (float64)", lambda: fd.convolve(x, k, method="direct"),
+        report(f"1D direct N = 2^16, M = {m} (float64)", lambda: fd.convolve1d(x, k, method="direct"),
                lambda: np.convolve(x, k), "np.convolve")
 
 
@@ -56,8 +56,8 @@ def crossover():
     plan = fd.Plan()
     for m in (8, 16, 24, 32, 48, 64, 96, 128, 256):
         k = rng.standard_normal(m)
-        a, b = side_by_side(lambda: fd.convolve(x, k, method="fft", plan=plan),
-                            lambda: fd.convolve(x, k, method="direct"), repeat=9)
+        a, b = side_by_side(lambda: fd.convolve1d(x, k, method="fft", plan=plan),
+                            lambda: fd.convolve1d(x, k, method="direct"), repeat=9)
         print(f"1D N = 2^16, M = {m:4d}: fft {a * 1e3:8.3f} ms  direct {b * 1e3:8.3f} ms  direct/fft {b / a:5.2f}")
     img = rng.standard_normal((512, 512))
     plan2 = fd.Plan()

@@ -28,7 +28,7 @@ def main():
             x = rng.standard_normal(shape).astype(dtype)
             if np.dtype(dtype).kind == "c":
                 x = x + 1j * rng.standard_normal(shape).astype(dtype)
-            ours = fd.fft2 if len(shape) == 2 else fd.fft3
+            ours = fd.fft2d if len(shape) == 2 else fd.fft3
             theirs = scipy.fft.fft2 if len(shape) == 2 else scipy.fft.fftn
             plan = fd.Plan()
             ours(x, plan=plan)  # plans once

@@ -66,14 +66,14 @@ def main():
     for shape in ((1024, 1024), (128, 128, 128)):
         for dtype in types:
             x = noisy(rng, shape, dtype)
-            ours, theirs = (fd.fft2, sf.fft2) if len(shape) == 2 else (fd.fft3, sf.fftn)
+            ours, theirs = (fd.fft2d, sf.fft2) if len(shape) == 2 else (fd.fft3, sf.fftn)
             plan = fd.Plan()
             row(f"fft {np.dtype(dtype).name} {'x'.join(map(str, shape))}", ">= 2",
                 lambda: ours(x, plan=plan), lambda: theirs(x), pairs=5)
     for n in (4096, 16384, 65536):
         x = rng.standard_normal(n)
-        row(f"dct {n}", ">= 2", lambda: fd.dct(x), lambda: sf.dct(x, type=2, norm="ortho"))
-        row(f"dst {n}", ">= 2", lambda: fd.dst(x), lambda: sf.dst(x, type=1))
+        row(f"dct {n}", ">= 2", lambda: fd.dct1d(x), lambda: sf.dct(x, type=2, norm="ortho"))
+        row(f"dst {n}", ">= 2", lambda: fd.dst1d(x), lambda: sf.dst(x, type=1))
     x = rng.standard_normal((512, 512))
     row("dctn 512x512", ">= 2", lambda: fd.dct2(x), lambda: sf.dctn(x, type=2, norm="ortho"))
     for dtype in types:
@@ -83,7 +83,7 @@ def main():
                 lambda: np.abs(np.fft.fft(x)) ** 2 / n**2)
     x, y = rng.standard_normal(1 << 16), rng.standard_normal(1 << 16)
     plan = fd.Plan()
-    row("convolve fft 2^16 * 2^16", ">= 2", lambda: fd.convolve(x, y, method="fft", plan=plan),
+    row("convolve fft 2^16 * 2^16", ">= 2", lambda: fd.convolve1d(x, y, method="fft", plan=plan),
         lambda: ss.fftconvolve(x, y))
     img, ker = rng.standard_normal((512, 512)), rng.standard_normal((64, 64))
     plan2 = fd.Plan()
@@ -91,7 +91,7 @@ def main():
         lambda: fd.convolve2d(img, ker, method="fft", plan=plan2), lambda: ss.fftconvolve(img, ker))
     for m in (16, 128):
         k = rng.standard_normal(m)
-        row(f"convolve direct 2^16 * {m}", ">= 1", lambda: fd.convolve(x, k, method="direct"),
+        row(f"convolve direct 2^16 * {m}", ">= 1", lambda: fd.convolve1d(x, k, method="direct"),
             lambda: np.convolve(x, k))
     for dtype in (np.float32, np.float64):
         x = rng.uniform(-1, 1, 1 << 20).astype(dtype)
@@ -99,10 +99,10 @@ def main():
             h = ss.firwin(64 * up, 1.0 / max(up, down), window=("kaiser", 8.0)) * up
             hr = h.astype(dtype)
             name = f"resample {np.dtype(dtype).name} {up}/{down}"
-            row(f"{name} vs upfirdn", ">= 1", lambda: fd.resample(x, h, up, down / up, anti_alias=False),
+            row(f"{name} vs upfirdn", ">= 1", lambda: fd.fir_resample(x, h, up, down / up, anti_alias=False),
                 lambda: ss.upfirdn(hr, x, up, down), pairs=3)
             row(f"{name} vs resample_poly", ">= 1",
-                lambda: fd.resample(x, h, up, down / up, anti_alias=False),
+                lambda: fd.fir_resample(x, h, up, down / up, anti_alias=False),
                 lambda: ss.resample_poly(x, up, down, window=hr), pairs=3)
     n = 1 << 20
     for dtype in (np.float64, np.float32, np.complex128):

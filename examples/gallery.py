@@ -71,7 +71,7 @@ def filters(out):
     freqs = np.arange(n // 2 + 1) * rate / n
 
     fir = fd.fir_windowed_coefficients(taps, rate, cutoff, filter_type=fd.LOWPASS,
-                                       window_type=fd.WINDOW_HAMMING, normalise=True)
+                                       window_type=fd.WINDOW_HAMMING, normalize=True)
     fir_db = db(fd.fft(fir, n=n)[:n // 2 + 1])
     fir_half = crossing(freqs, fir_db, -6.02)
     stop = freqs >= cutoff + 4 * rate / taps     # beyond the Hamming transition band
@@ -111,7 +111,7 @@ def resampling(out):
     # Prototype lowpass at interpolation times the input rate.
     prototype = fd.fir_windowed_coefficients(interpolation * 16 + 1, interpolation * rate, 0.4 * rate,
                                              window_type=fd.WINDOW_KAISER, window_parameter=8.0,
-                                             normalise=True)
+                                             normalize=True)
     y, first = fd.Resampler(prototype, interpolation, 1 / factor).process(x)
     ty = (first + np.arange(len(y)) / factor) / rate
     exact = sum(amp * np.sin(2 * np.pi * f * ty) for f, amp in tones)
@@ -140,13 +140,13 @@ def fft2d(out):
     image += 0.5 * np.cos(2 * np.pi * (grating[0] * xx + grating[1] * yy) / size)
     image += 0.2 * rng.standard_normal(image.shape)
 
-    spectrum = fd.fft2(image, shift=True)
+    spectrum = fd.fft2d(image, shift=True)
     magnitude = np.abs(spectrum)
     centre = size // 2
     magnitude_no_dc = magnitude.copy()
     magnitude_no_dc[centre - 2:centre + 3, centre - 2:centre + 3] = 0
     row, col = np.unravel_index(np.argmax(magnitude_no_dc), magnitude.shape)
-    back = fd.ifft2(spectrum, shift=True, real=True)
+    back = fd.ifft2d(spectrum, shift=True, real=True)
 
     fig, (left, right) = plt.subplots(1, 2, figsize=(9, 4.2))
     left.imshow(image, cmap="gray")

@@ -92,39 +92,17 @@ for _name in ("FennelHostResizeCalls", "FennelHostLiveArrays", "FennelHostLivePt
     getattr(host, _name).restype = ctypes.c_int64
 host.FennelHostSetPlacement.argtypes = [ctypes.c_int32]
 
-STATUS_NAMES = {
-    -20001: "STATUS_OUT_OF_MEMORY", -20003: "STATUS_EMPTY_ARRAY", -20008: "STATUS_EMPTY_OPERAND",
-    -20016: "STATUS_BAD_RESAMPLE_RATIO", -20020: "STATUS_BAND_EDGE_ABOVE_NYQUIST",
-    -20021: "STATUS_BAD_TAP_COUNT", -20022: "STATUS_BAD_DECIMATION_FACTOR",
-    -20023: "STATUS_BAD_FREQUENCY", -20033: "STATUS_EVEN_TAPS", -20043: "STATUS_BAD_PHASE",
-    -20046: "STATUS_OUTPUT_TOO_LARGE", -20059: "STATUS_BAD_START_OFFSET",
-    -20061: "STATUS_BAD_SELECTOR", -20075: "STATUS_TOO_MANY_TAPS",
-    -20140: "STATUS_BAD_SAMPLING_INTERVAL", -20999: "STATUS_NO_WORKSPACE",
-    -359501: "STATUS_DFTI_COMPUTE_FAILED", -359502: "STATUS_DFTI_SETUP_FAILED",
-    -359503: "STATUS_DFTI_FREE_FAILED",
-}
-
-
-class FennelError(RuntimeError):
-    """A negative status code returned by the library."""
-
-    def __init__(self, status, function):
-        self.status = status
-        super().__init__(f"{function} returned {status} ({STATUS_NAMES.get(status, 'unknown')})")
-
-
-def check(status, function):
-    if status < 0:
-        raise FennelError(status, function)
-    return status
+from ._codes import (STATUS_NAMES, TYPE_CODE_COMPLEX_DOUBLE, TYPE_CODE_COMPLEX_FLOAT,  # noqa: E402
+                     TYPE_CODE_DOUBLE, TYPE_CODE_FLOAT)
+from ._errors import FennelError, FennelValueError, check  # noqa: E402,F401
 
 
 # numpy dtype -> (type code, export prefix)
 TYPE_CODES = {
-    np.dtype(np.float32): (9, "s"),
-    np.dtype(np.float64): (10, "d"),
-    np.dtype(np.complex64): (12, "c"),
-    np.dtype(np.complex128): (13, "z"),
+    np.dtype(np.float32): (TYPE_CODE_FLOAT, "s"),
+    np.dtype(np.float64): (TYPE_CODE_DOUBLE, "d"),
+    np.dtype(np.complex64): (TYPE_CODE_COMPLEX_FLOAT, "c"),
+    np.dtype(np.complex128): (TYPE_CODE_COMPLEX_DOUBLE, "z"),
 }
 COMPLEX_OF = {np.dtype(np.float32): np.dtype(np.complex64), np.dtype(np.float64): np.dtype(np.complex128),
               np.dtype(np.complex64): np.dtype(np.complex64), np.dtype(np.complex128): np.dtype(np.complex128)}
@@ -342,6 +320,10 @@ class Plan:
     def __exit__(self, *exc):
         self.close()
 
+    def __reduce__(self):
+        # A plan caches a transform of this process: a copy starts empty.
+        return (type(self), ())
+
     def __del__(self):
         try:
             self.close()
@@ -355,9 +337,15 @@ class TrigPlan(Plan):
     _release = "FreeMKLDCTDSTiDescH"
 
 
-def plan_ref(plan):
-    """The plan slot's address, or NULL for a one-off plan."""
-    return plan.ref() if plan is not None else None
+def plan_ref(plan, kind=Plan):
+    """The plan slot's address, or NULL for a one-off plan.  A plan of another
+    kind is a TypeError: the library would keep a transform of one layout in
+    a slot that is later released as the other."""
+    if plan is None:
+        return None
+    if type(plan) is not kind:
+        raise TypeError(f"plan must be a fennel_dsp.{kind.__name__}, not {type(plan).__name__}")
+    return plan.ref()
 
 
 def export(name, argtypes):

@@ -1,4 +1,8 @@
-"""Convolution, correlation and autocorrelation in one and two dimensions.
+"""The library's convolution, correlation and autocorrelation in one and two
+dimensions, with its own conventions: "same" starts at index M // 2 of the
+full result, and correlation conjugates its first operand (x) and takes
+normalizations.  scipy.signal's convolve, correlate, convolve2d and
+correlate2d are in fennel_dsp.signal.
 
 method: "direct" (time-domain sums), "fft" (frequency domain), or "auto",
 which takes the frequency-domain method once the shorter operand reaches
@@ -10,7 +14,7 @@ import numpy as np
 
 from ._native import TYPE_CODES, Handle, HostArray, as_supported, check, export, plan_ref
 
-__all__ = ["convolve", "correlate", "autocorrelate", "convolve2d", "correlate2d",
+__all__ = ["convolve1d", "cross_correlate", "autocorrelate", "cross_correlate2d",
            "autocorrelate2d", "FFT_CROSSOVER", "FFT_CROSSOVER_2D", "DIRECT_BLOCK"]
 
 # Shorter-operand length (1D) and kernel element count (2D) from which the
@@ -75,15 +79,44 @@ def _call(f, name, *args):
     check(f(*args), name)
 
 
-def convolve(x, y, mode="full", method="auto", block_size=DIRECT_BLOCK, plan=None):
+def convolve1d(x, y, mode="full", method="auto", block_size=DIRECT_BLOCK, plan=None):
     """Linear convolution of two 1D sequences.
 
     mode: "full" (N + M - 1), "same" (N, centred on the full result) or
     "valid" (N - M + 1; needs M <= N).  block_size: block length of the direct
     method (below 1: the library's default of 100000).  A real and a complex operand are
     convolved as a mixed pair without widening the real one.
+
+    Parameters
+    ----------
+    x, y : array_like
+        1D operands.
+    mode : {'full', 'same', 'valid'}, optional
+        The library's modes ('same' starts at M // 2).
+    method : {'auto', 'direct', 'fft'}, optional
+        The computing method.
+    block_size : int, optional
+        Block length of the direct method.
+    plan : Plan, optional
+        Keeps the transform between calls.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError
+        Not 1D, an unknown mode or method.  FennelError: an empty operand, 'valid' with M > N.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.convolve1d([1.0, 2.0, 3.0], [1.0, 1.0], mode='same')
+    array([3., 5., 3.])
     """
-    x, y, prefix, out_type = _pair(np.ravel(x), np.ravel(y))
+    x, y, prefix, out_type = _pair(_vector(x, "convolve1d"), _vector(y, "convolve1d"))
+    _check_mode(mode, "convolve1d")
     algorithm = _algorithm(method, min(x.size, y.size))
     hx, hy = HostArray.from_numpy(x), HostArray.from_numpy(y)
     out, full, work = (HostArray.empty(out_type) for _ in range(3))
@@ -92,14 +125,41 @@ def convolve(x, y, mode="full", method="auto", block_size=DIRECT_BLOCK, plan=Non
     return out.to_numpy()
 
 
-def correlate(x, y, normalization="none", method="auto", block_size=DIRECT_BLOCK, plan=None):
+def cross_correlate(x, y, normalization="none", method="auto", block_size=DIRECT_BLOCK, plan=None):
     """Cross-correlation over all lags: r[k] = sum_j conj(x[j]) y[j + k - (N-1)].
 
     The result has N + M - 1 elements, lag 0 at index N - 1; it equals
     numpy.correlate(y, x, "full").  normalization: "none", "unbiased" (each
     lag divided by its number of products) or "biased" (divided by max(N, M)).
+
+    Parameters
+    ----------
+    x, y : array_like
+        1D operands.
+    normalization : {'none', 'unbiased', 'biased'}, optional
+        Scaling of each lag.
+    method, block_size, plan
+        As in `convolve1d`.
+
+    Returns
+    -------
+    ndarray
+        N + M - 1 lags.
+
+    Raises
+    ------
+    ValueError
+        Not 1D, an unknown normalization or method.  FennelError: an empty operand.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.cross_correlate([1.0, 2.0], [1.0, 1.0, 1.0])
+    array([2., 3., 3., 1.])
     """
-    x, y, prefix, out_type = _pair(np.ravel(x), np.ravel(y))
+    x, y, prefix, out_type = _pair(_vector(x, "cross_correlate"), _vector(y, "cross_correlate"))
+    if normalization not in _NORMS:
+        raise ValueError(f"cross_correlate: normalization must be 'none', 'unbiased' or 'biased', not {normalization!r}")
     algorithm = _algorithm(method, min(x.size, y.size))
     hx, hy = HostArray.from_numpy(x), HostArray.from_numpy(y)
     out, work = HostArray.empty(out_type), HostArray.empty(out_type)
@@ -111,8 +171,34 @@ def correlate(x, y, normalization="none", method="auto", block_size=DIRECT_BLOCK
 
 def autocorrelate(x, normalization="none", method="auto", block_size=DIRECT_BLOCK, plan=None):
     """Autocorrelation over lags -(N-1) .. N-1 (2N - 1 elements, lag 0 at
-    index N - 1), normalised as in correlate."""
-    x = as_supported(np.ravel(x))
+    index N - 1), normalized as in cross_correlate.
+
+    Parameters
+    ----------
+    x : array_like
+        1D signal.
+    normalization, method, block_size, plan
+        As in `cross_correlate`.
+
+    Returns
+    -------
+    ndarray
+        2N - 1 lags.
+
+    Raises
+    ------
+    ValueError
+        An unknown normalization.  FennelError: an empty signal.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.autocorrelate([1.0, 2.0])
+    array([2., 5., 2.])
+    """
+    x = as_supported(_vector(x, "autocorrelate"))
+    if normalization not in _NORMS:
+        raise ValueError(f"autocorrelate: normalization must be 'none', 'unbiased' or 'biased', not {normalization!r}")
     prefix = TYPE_CODES[x.dtype][1]
     algorithm = _algorithm(method, x.size)
     hx = HostArray.from_numpy(x)
@@ -122,29 +208,53 @@ def autocorrelate(x, normalization="none", method="auto", block_size=DIRECT_BLOC
     return out.to_numpy()
 
 
+def _vector(x, name):
+    x = np.asarray(x)
+    if x.ndim != 1:
+        raise ValueError(f"{name}: a 1D operand expected, got {x.ndim} dimensions")
+    return x
+
+
+def _check_mode(mode, name):
+    if mode not in _MODES:
+        raise ValueError(f"{name}: mode must be 'full', 'same' or 'valid', not {mode!r}")
+
+
 def _matrices(x, y):
     x, y = np.asarray(x), np.asarray(y)
     if x.ndim != 2 or y.ndim != 2:
-        raise ValueError("2D operands expected")
+        raise ValueError("cross_correlate2d: 2D operands expected")
     x, y, prefix, out_type = _pair(x, y, mixed=False)
     return x, y, prefix, out_type
 
 
-def convolve2d(x, y, mode="full", method="auto", plan=None):
-    """2D linear convolution of two matrices (full, same or valid)."""
-    x, y, prefix, out_type = _matrices(x, y)
-    algorithm = _algorithm(method, min(x.size, y.size), FFT_CROSSOVER_2D)
-    hx, hy = HostArray.from_numpy(x), HostArray.from_numpy(y)
-    out = HostArray.empty(out_type, 2)
-    full, work = HostArray.empty(out_type), HostArray.empty(out_type)
-    _call(_CONV2[prefix], f"{prefix}2DConvolutionH", hx.handle, hy.handle, out.handle,
-          _MODES[mode], algorithm, full.handle, work.handle, plan_ref(plan))
-    return out.take_numpy()
-
-
-def correlate2d(x, y, method="auto", plan=None):
+def cross_correlate2d(x, y, method="auto", plan=None):
     """2D cross-correlation over all lags, lag (0, 0) at (R1 - 1, C1 - 1); equals
-    scipy.signal.correlate2d(y, x, "full")."""
+    scipy.signal.correlate2d(y, x, "full").
+
+    Parameters
+    ----------
+    x, y : array_like
+        Matrices.
+    method, plan
+        As in `convolve1d`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError
+        Not 2D.  FennelError: an empty operand.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.cross_correlate2d(np.eye(2), np.ones((1, 1)))
+    array([[1., 0.],
+           [0., 1.]])
+    """
     x, y, prefix, out_type = _matrices(x, y)
     algorithm = _algorithm(method, min(x.size, y.size), FFT_CROSSOVER_2D)
     hx, hy = HostArray.from_numpy(x), HostArray.from_numpy(y)
@@ -156,7 +266,30 @@ def correlate2d(x, y, method="auto", plan=None):
 
 
 def autocorrelate2d(x, method="auto", plan=None):
-    """2D autocorrelation, (2R - 1) x (2C - 1), lag (0, 0) at (R - 1, C - 1)."""
+    """2D autocorrelation, (2R - 1) x (2C - 1), lag (0, 0) at (R - 1, C - 1).
+
+    Parameters
+    ----------
+    x : array_like
+        Matrix.
+    method, plan
+        As in `convolve1d`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError
+        Not 2D.  FennelError: an empty matrix.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.autocorrelate2d(np.ones((1, 2)))
+    array([[1., 2., 1.]])
+    """
     x = as_supported(x)
     if x.ndim != 2:
         raise ValueError("a 2D operand expected")

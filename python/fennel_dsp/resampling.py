@@ -1,12 +1,13 @@
-"""Decimation, upsampling by zero insertion, and streaming resampling by an
-arbitrary step through a prototype lowpass filter."""
+"""The library's decimation (downsample), upsampling by zero insertion, and
+streaming resampling by an arbitrary step through a prototype lowpass filter
+(scipy.signal's decimate, upfirdn and resample_poly are in fennel_dsp.signal)."""
 import ctypes
 
 import numpy as np
 
 from ._native import REAL_OF, TYPE_CODES, Handle, HostArray, as_supported, check, export
 
-__all__ = ["decimate", "upsample", "Resampler", "resample", "ResampleParams", "ResampleState"]
+__all__ = ["downsample", "upsample", "Resampler", "fir_resample", "ResampleParams", "ResampleState"]
 
 _I = ctypes.c_int32
 
@@ -33,13 +34,42 @@ _RESAMPLE.update({(p, 2): export(f"{p}ResampleMultiChC2CH", _RESAMPLE_ARGS) for 
 
 
 def _one(x):
-    x = as_supported(x).ravel()
+    x = as_supported(x)
+    if x.ndim != 1:
+        raise ValueError(f"a 1D signal expected, got {x.ndim} dimensions")
     return x, TYPE_CODES[x.dtype][1]
 
 
-def decimate(x, factor, average=False):
+def downsample(x, factor, average=False):
     """Every factor-th sample of x (average=True: the mean of each run of
-    factor samples); the last len(x) % factor samples are dropped."""
+    factor samples); the last len(x) % factor samples are dropped.
+
+    Parameters
+    ----------
+    x : array_like
+        1D signal.
+    factor : int
+        1 .. len(x).
+    average : bool, optional
+        Mean of each run instead of its first sample.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError
+        Not 1D.  FennelError: a bad factor, an empty signal.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.downsample(np.arange(7.0), 3)
+    array([0., 3.])
+    >>> fd.downsample(np.arange(7.0), 3, average=True)
+    array([1., 4.])
+    """
     x, prefix = _one(x)
     src, out = HostArray.from_numpy(x), HostArray.empty(x.dtype)
     check(_DECIMATE[prefix](src.handle, out.handle, int(factor), int(bool(average))),
@@ -48,7 +78,32 @@ def decimate(x, factor, average=False):
 
 
 def upsample(x, factor, phase=0):
-    """len(x) * factor samples: x[i] at i * factor + phase, zeros elsewhere."""
+    """len(x) * factor samples: x[i] at i * factor + phase, zeros elsewhere.
+
+    Parameters
+    ----------
+    x : array_like
+        1D signal.
+    factor : int
+        >= 1.
+    phase : int, optional
+        0 .. factor - 1.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    ValueError
+        Not 1D.  FennelError: a bad factor or phase.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.upsample(np.array([1.0, 2.0]), 3, 1)
+    array([0., 1., 0., 0., 2., 0.])
+    """
     x, prefix = _one(x)
     src, out = HostArray.from_numpy(x), HostArray.empty(x.dtype)
     check(_UPSAMPLE[prefix](src.handle, out.handle, int(factor), int(phase)), f"{prefix}UpsampleH")
@@ -66,6 +121,28 @@ class Resampler:
     outputs it completes and the stream time of the first of them; blocks may
     have any length, and the outputs equal those of one call on the whole
     signal.  The element type and channel count are fixed by the first block.
+
+    Parameters
+    ----------
+    coefficients : array_like
+        Prototype lowpass.
+    interpolation : int
+        Its oversampling factor.
+    ratio : float
+        Output step in input samples.
+    start_offset : float, optional
+        Stream time of the first output.
+    nearest : bool, optional
+        Nearest tap instead of linear interpolation.
+    anti_alias : bool, optional
+        Stretch the prototype when ratio > 1.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> r = fd.Resampler(np.ones(3), 1, 2.0)
+    >>> r.process(np.ones(8))[0]
+    array([1.5, 2.5, 2.5])
     """
 
     def __init__(self, coefficients, interpolation, ratio, start_offset=0.0, nearest=False,
@@ -112,8 +189,60 @@ class Resampler:
         return out.to_numpy(), first.value
 
 
-def resample(x, coefficients, interpolation, ratio, start_offset=0.0, nearest=False,
-             anti_alias=True):
-    """All outputs of one stream over x (1D, or 2D channels x N)."""
+    def __getstate__(self):
+        """A stream pickles with its state and histories, so that the next
+        block may be processed in another process (a chunked computation
+        passes the stream from task to task)."""
+        arrays = None
+        if self._dtype is not None:
+            arrays = (self._dtype.str, self._rank, self._hist_a.to_numpy(),
+                      self._hist_b.to_numpy())
+        return {"coefficients": self._coefficients, "interpolation": self.interpolation,
+                "params": bytes(self.params), "anti_alias": self.anti_alias,
+                "state": bytes(self.state), "arrays": arrays}
+
+    def __setstate__(self, d):
+        self._coefficients = d["coefficients"]
+        self.interpolation = d["interpolation"]
+        self.params = ResampleParams.from_buffer_copy(d["params"])
+        self.anti_alias = d["anti_alias"]
+        self.state = ResampleState.from_buffer_copy(d["state"])
+        self._dtype = self._rank = None
+        self._coef = self._hist_a = self._hist_b = None
+        if d["arrays"] is not None:
+            dtype, self._rank, hist_a, hist_b = d["arrays"]
+            self._dtype = np.dtype(dtype)
+            real = REAL_OF[self._dtype]
+            self._coef = HostArray.from_numpy(np.ascontiguousarray(self._coefficients, dtype=real))
+            self._hist_a = HostArray.from_numpy(np.ascontiguousarray(hist_a))
+            self._hist_b = HostArray.from_numpy(np.ascontiguousarray(hist_b))
+
+
+def fir_resample(x, coefficients, interpolation, ratio, start_offset=0.0, nearest=False,
+                 anti_alias=True):
+    """All outputs of one stream over x (1D, or 2D channels x N).
+
+    Parameters
+    ----------
+    x : array_like
+        1D signal, or 2D channels x samples.
+    coefficients, interpolation, ratio, start_offset, nearest, anti_alias
+        As in `Resampler`.
+
+    Returns
+    -------
+    ndarray
+
+    Raises
+    ------
+    FennelError
+        A bad ratio or offset, no coefficients.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.fir_resample(np.ones(8), np.ones(3), 1, 2.0)
+    array([1.5, 2.5, 2.5])
+    """
     return Resampler(coefficients, interpolation, ratio, start_offset, nearest,
                      anti_alias).process(x)[0]

@@ -80,7 +80,31 @@ def _pair(x, y):
 
 def power_spectrum(x, plan=None):
     """Two-sided power spectrum |X_k|^2 / n^2 of a 1D signal (n real values:
-    float32 for float32/complex64 input, float64 otherwise)."""
+    float32 for float32/complex64 input, float64 otherwise).
+
+    Parameters
+    ----------
+    x : array_like
+        1D signal.
+    plan : Plan, optional
+        Keeps the transform between calls.
+
+    Returns
+    -------
+    ndarray
+        n real values.
+
+    Raises
+    ------
+    FennelError
+        An empty signal.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.power_spectrum(np.array([1.0, 1.0]))
+    array([1., 0.])
+    """
     x, p = _one(x)
     n = x.shape[0]
     c = _call(f"{p}PowerSpectrumH", 1, (x.dtype, REAL_OF[x.dtype], x.dtype))
@@ -95,6 +119,33 @@ def auto_power_spectrum(x, dt=1.0, spectrum_type=0, plan=None):
 
     spectrum_type 0: one-sided, n // 2 + 1 bins, for real input every bin but
     DC and Nyquist doubled; 1: two-sided, n bins.  df = 1 / (n dt).
+
+    Parameters
+    ----------
+    x : array_like
+        1D signal.
+    dt : float, optional
+        Sampling interval (> 0).
+    spectrum_type : {0, 1}, optional
+        One-sided or two-sided.
+    plan : Plan, optional
+        Keeps the transform between calls.
+
+    Returns
+    -------
+    power : ndarray
+    df : float
+
+    Raises
+    ------
+    FennelError
+        dt <= 0, an unknown type, an empty signal.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.auto_power_spectrum(np.array([1.0, 0.0, 1.0, 0.0]), dt=0.5)
+    (array([0.25, 0.  , 0.25]), 0.5)
     """
     x, p = _one(x)
     n = x.shape[0]
@@ -110,7 +161,31 @@ def auto_power_spectrum(x, dt=1.0, spectrum_type=0, plan=None):
 
 def cross_power(x, y, plan=None):
     """conj(X_k) Y_k / L^2 for the L = max(len(x), len(y)) bins, the shorter
-    signal zero-padded at its end."""
+    signal zero-padded at its end.
+
+    Parameters
+    ----------
+    x, y : array_like
+        1D signals.
+    plan : Plan, optional
+        Keeps the transform between calls.
+
+    Returns
+    -------
+    ndarray
+        L complex values.
+
+    Raises
+    ------
+    FennelError
+        An empty signal.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.cross_power(np.array([1.0, 0.0]), np.array([0.0, 1.0]))
+    array([ 0.25+0.j, -0.25+0.j])
+    """
     x, y, p = _pair(x, y)
     L = max(x.shape[0], y.shape[0])
     c = _call(f"{p}CrossPowerH", 2, (x.dtype, x.dtype, COMPLEX_OF[x.dtype], x.dtype))
@@ -123,7 +198,31 @@ def cross_power(x, y, plan=None):
 def cross_power_spectrum(x, y, dt=1.0, spectrum_type=0, plan=None):
     """Cross power as (magnitude, phase, df): |conj(X_k) Y_k| / L^2 and its
     angle, one-sided (spectrum_type 0, interior bins of real signals doubled)
-    or two-sided (1); df = 1 / (L dt)."""
+    or two-sided (1); df = 1 / (L dt).
+
+    Parameters
+    ----------
+    x, y : array_like
+        1D signals.
+    dt, spectrum_type, plan
+        As in `auto_power_spectrum`.
+
+    Returns
+    -------
+    magnitude, phase : ndarray
+    df : float
+
+    Raises
+    ------
+    FennelError
+        dt <= 0, an unknown type, an empty signal.
+
+    Examples
+    --------
+    >>> import numpy as np, fennel_dsp as fd
+    >>> fd.cross_power_spectrum(np.array([1.0, 0.0]), np.array([1.0, 0.0]))
+    (array([0.25, 0.25]), array([0., 0.]), 0.5)
+    """
     x, y, p = _pair(x, y)
     L = max(x.shape[0], y.shape[0])
     real = REAL_OF[x.dtype]

@@ -28,21 +28,21 @@ def test_convolve_all_modes_and_correlate_all_normalisations(tx, ty, method):
     for i, (n, m) in enumerate(SIZES):
         x, y = random_signal(n, tx, seed=i), random_signal(m, ty, seed=100 + i)
         full = np.convolve(x.astype(np.complex128), y.astype(np.complex128))
-        got = fd.convolve(x, y, "full", method)
+        got = fd.convolve1d(x, y, "full", method)
         assert got.dtype == np.result_type(tx, ty)
         close(got, full, x, y, n + m)
-        same = fd.convolve(x, y, "same", method)
+        same = fd.convolve1d(x, y, "same", method)
         close(same, full[m // 2:m // 2 + n], x, y, n + m)
         if m % 2:
             close(same, ss.convolve(x, y, "same"), x, y, n + m)
         if m <= n:
-            close(fd.convolve(x, y, "valid", method), np.convolve(x, y, "valid"), x, y, n + m)
+            close(fd.convolve1d(x, y, "valid", method), np.convolve(x, y, "valid"), x, y, n + m)
         want = ss.correlate(y, x, "full")
-        close(fd.correlate(x, y, method=method), want, x, y, n + m)
+        close(fd.cross_correlate(x, y, method=method), want, x, y, n + m)
         lags = np.arange(n + m - 1) - (n - 1)
         counts = np.array([min(n, m - k) - max(0, -k) for k in lags])
-        close(fd.correlate(x, y, "unbiased", method), want / counts, x, y, n + m)
-        close(fd.correlate(x, y, "biased", method), want / max(n, m), x, y, n + m)
+        close(fd.cross_correlate(x, y, "unbiased", method), want / counts, x, y, n + m)
+        close(fd.cross_correlate(x, y, "biased", method), want / max(n, m), x, y, n + m)
 
 
 @pytest.mark.parametrize("dtype", [np.float32, np.float64, np.complex64, np.complex128])
@@ -71,28 +71,28 @@ def test_two_dimensional(dtype, method):
         y = random_signal(int(np.prod(sy)), dtype, seed=rng.integers(1000)).reshape(sy)
         n = (sx[0] + sy[0]) * (sx[1] + sy[1])
         full = ss.convolve2d(x, y, "full")
-        close(fd.convolve2d(x, y, "full", method), full, x, y, n)
-        r0, c0 = sy[0] // 2, sy[1] // 2
-        close(fd.convolve2d(x, y, "same", method), full[r0:r0 + sx[0], c0:c0 + sx[1]], x, y, n)
-        if sy[0] <= sx[0] and sy[1] <= sx[1]:
-            close(fd.convolve2d(x, y, "valid", method), ss.convolve2d(x, y, "valid"), x, y, n)
+        close(fd.convolve2d(x, y, "full", method=method), full, x, y, n)
+        close(fd.convolve2d(x, y, "same", method=method), ss.convolve2d(x, y, "same"), x, y, n)
+        close(fd.correlate2d(x, y, "same", method=method), ss.correlate2d(x, y, "same"), x, y, n)
+        if (np.subtract(sy, sx) <= 0).all() or (np.subtract(sy, sx) >= 0).all():
+            close(fd.convolve2d(x, y, "valid", method=method), ss.convolve2d(x, y, "valid"), x, y, n)
         else:
-            with pytest.raises(fd.FennelError) as e:
-                fd.convolve2d(x, y, "valid", method)
-            assert e.value.status == -20008
-        close(fd.correlate2d(x, y, method), ss.correlate2d(y, x, "full"), x, y, n)
+            with pytest.raises(ValueError, match="convolve2d"):
+                fd.convolve2d(x, y, "valid", method=method)
+        close(fd.cross_correlate2d(x, y, method), ss.correlate2d(y, x, "full"), x, y, n)
         close(fd.autocorrelate2d(x, method), ss.correlate2d(x, x, "full"), x, x, 4 * x.size)
     # A 1 x N matrix is the 1D convolution.
     x, y = random_signal(50, dtype, seed=1), random_signal(9, dtype, seed=2)
-    close(fd.convolve2d(x[None, :], y[None, :], "same", method)[0], fd.convolve(x, y, "same", method), x, y, 60)
+    close(fd.convolve2d(x[None, :], y[None, :], "same", method=method)[0],
+          fd.convolve(x, y, "same", method), x, y, 60)
 
 
 def test_large_operands_agree_with_scipy_fftconvolve():
     x, y = random_signal(4000, np.float64, 3), random_signal(1000, np.float64, 4)
-    close(fd.convolve(x, y, method="fft"), ss.fftconvolve(x, y), x, y, 5000)
+    close(fd.convolve1d(x, y, method="fft"), ss.fftconvolve(x, y), x, y, 5000)
     a, k = random_signal(64 * 48, np.float32, 5).reshape(64, 48), random_signal(256, np.float32, 6).reshape(16, 16)
-    want = ss.fftconvolve(a.astype(np.float64), k)[8:8 + 64, 8:8 + 48]
-    close(fd.convolve2d(a, k, "same", "fft"), want.astype(np.float32), a, k, 80 * 64)
+    want = ss.fftconvolve(a.astype(np.float64), k)[7:7 + 64, 7:7 + 48]
+    close(fd.convolve2d(a, k, "same", method="fft"), want.astype(np.float32), a, k, 80 * 64)
 
 
 @pytest.mark.parametrize("dtype", [np.float32, np.float64])
@@ -106,6 +106,6 @@ def test_one_plan_shared_by_convolution_and_2d_ffts_of_the_same_sizes(dtype):
     with fd.Plan() as plan:
         for _ in range(2):
             close(fd.convolve2d(x, y, method="fft", plan=plan), ss.convolve2d(x, y), x, y, 120)
-            A = fd.fft2(a, plan=plan)
+            A = fd.fft2d(a, plan=plan)
             close(A, np.fft.fft2(a), a, np.ones(1), 120)
-            close(fd.ifft2(A, real=True, plan=plan), a, a, np.ones(1), 120)
+            close(fd.ifft2d(A, real=True, plan=plan), a, a, np.ones(1), 120)

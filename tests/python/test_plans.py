@@ -7,9 +7,9 @@ import fennel_dsp as fd
 from conftest import random_signal
 
 PLAN_CALLS = {
-    "fft": lambda x, plan: fd.fft(x, plan=plan),
-    "fft2": lambda x, plan: fd.fft2(x.reshape(8, 8), plan=plan),
-    "convolve": lambda x, plan: fd.convolve(x, x[:30], method="fft", plan=plan),
+    "fft": lambda x, plan: fd.fft1d(x, plan=plan),
+    "fft2": lambda x, plan: fd.fft2d(x.reshape(8, 8), plan=plan),
+    "convolve": lambda x, plan: fd.convolve1d(x, x[:30], method="fft", plan=plan),
     "auto_power": lambda x, plan: fd.auto_power_spectrum(x, plan=plan)[0],
 }
 
@@ -28,7 +28,7 @@ def test_an_explicit_plan_is_kept_reused_and_released(name):
 
 @pytest.mark.parametrize("call, shape, dtype", [
     (fd.power_spectrum, (5,), np.complex128), (fd.power_spectrum, (1 << 17,), np.complex128),
-    (fd.dct, (5,), np.float64), (fd.idct, (150000,), np.float64), (fd.dct2, (400, 400), np.float64)])
+    (fd.dct1d, (5,), np.float64), (fd.idct1d, (150000,), np.float64), (fd.dct2, (400, 400), np.float64)])
 def test_results_stay_valid_across_later_calls(call, shape, dtype):
     """Outputs of 1 MiB or more are handed over without a copy, smaller ones
     copied; either way a result must not change when the kept arrays serve

@@ -35,9 +35,9 @@ def test_decimate_matches_slicing_and_reshape_mean(dtype, n):
     x = random_signal(n, dtype, seed=n)
     for factor in sorted({f for f in (1, 2, 3, 4, 7, n // 3, n) if 1 <= f <= n}):
         count = n // factor
-        np.testing.assert_array_equal(fd.decimate(x, factor), x[::factor][:count])
+        np.testing.assert_array_equal(fd.downsample(x, factor), x[::factor][:count])
         runs = x[:count * factor].reshape(count, factor)
-        got = fd.decimate(x, factor, average=True)
+        got = fd.downsample(x, factor, average=True)
         assert got.dtype == x.dtype and got.shape == (count,)
         if x.dtype == np.float32:
             np.testing.assert_array_equal(got, _float32_mean(runs))
@@ -85,14 +85,14 @@ def test_stream_matches_upfirdn_block_by_block(dtype, up, down):
     for t, k in times:  # every block continues the stream's time
         assert t == np.float32(index * down / up)
         index += k
-    np.testing.assert_array_equal(got, fd.resample(x, h, up, down / up, anti_alias=False))
+    np.testing.assert_array_equal(got, fd.fir_resample(x, h, up, down / up, anti_alias=False))
 
 
 @pytest.mark.parametrize("dtype", [np.float32, np.complex128])
 def test_multichannel_rows_are_separate_streams(dtype):
     h, _ = _prototype(3, 2, 3)
     rows = np.stack([random_signal(400, dtype, seed=s) for s in range(3)])
-    multi = fd.resample(rows, h, 3, 2 / 3)
+    multi = fd.fir_resample(rows, h, 3, 2 / 3)
     assert multi.shape[0] == 3
     for ch in range(3):
-        np.testing.assert_array_equal(multi[ch], fd.resample(rows[ch], h, 3, 2 / 3))
+        np.testing.assert_array_equal(multi[ch], fd.fir_resample(rows[ch], h, 3, 2 / 3))

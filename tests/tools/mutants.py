@@ -280,7 +280,7 @@ def run_suites(args, tree, build_dir, logfile):
             return "cpp" if rc != -9 else "cpp-timeout", times
     if args.suite in ("python", "both"):
         penv = dict(env, FENNEL_DSP_LIB_DIR=str(build_dir / "lib"), PYTHONPATH=str(tree / "python"))
-        rc, times["python"] = run([sys.executable, "-m", "pytest", "-x", "-q", "-p", "no:cacheprovider",
+        rc, times["python"] = run([args.python, "-m", "pytest", "-x", "-q", "-p", "no:cacheprovider",
                                    str(tree / "tests" / "python")], cwd=tree, env=penv,
                                   timeout=args.timeout, out=logfile)
         if rc != 0:
@@ -297,6 +297,7 @@ def main():
     ap.add_argument("--only", default="", help="comma-separated name prefixes of mutants to run")
     ap.add_argument("--scratch", default="/tmp/fennel-mutants", help="scratch tree and build")
     ap.add_argument("--timeout", type=int, default=1200, help="seconds per suite run")
+    ap.add_argument("--python", default="/usr/bin/python3", help="interpreter with numpy and pytest")
     ap.add_argument("--list", action="store_true", help="only report which mutants apply")
     args = ap.parse_args()
     args.tests = args.tests or args.source

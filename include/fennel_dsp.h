@@ -259,7 +259,6 @@ FENNEL_DSP_API int32_t z1DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
                                   FDArrayHandle workspace, FDPlanHandle *plan);
 
 /* ---- 2D and 3D FFT, multichannel 2D FFT ------------------------------------*/
-/* @@fft-md-begin */
 /* 2D FFT.  Matrices are 2D arrays R x C (rows slowest).
  * Forward: (input, output, rows, columns, shift, workspace, plan)
  *   input      R x C (float, double, complex float/double)
@@ -394,10 +393,8 @@ FENNEL_DSP_API int32_t c2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle outp
 FENNEL_DSP_API int32_t z2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t shift,
                                          int32_t orientation, FDArrayHandle workspace,
                                          FDPlanHandle *plan);
-/* @@fft-md-end */
 
 /* ---- DCT and DST (1D and 2D) -----------------------------------------------*/
-/* @@trig-begin */
 /* 1D, float (s) and double (d); the output has the input's element type.
  * Forward: (input, output, length, workspace, plan)
  *   s1DDCTH/d1DDCTH   orthonormal DCT-II
@@ -475,10 +472,8 @@ FENNEL_DSP_API int32_t s2DInvDSTH(FDArrayHandle input, FDArrayHandle output,
                                   FDArrayHandle workspace, FDPlanHandle *plan);
 FENNEL_DSP_API int32_t d2DInvDSTH(FDArrayHandle input, FDArrayHandle output,
                                   FDArrayHandle workspace, FDPlanHandle *plan);
-/* @@trig-end */
 
 /* ---- Power, auto power, cross power spectra --------------------------------*/
-/* @@spectra-begin */
 /* Power spectrum: (input, output, workspace, plan)
  *   input      1D signal of n samples (float, double, complex float/double)
  *   output     resized to n real values |X_k|^2 / n^2 (float for s/c,
@@ -558,10 +553,8 @@ FENNEL_DSP_API int32_t zCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, do
                                             int32_t spectrumType, double *df,
                                             FDArrayHandle magnitude, FDArrayHandle phase,
                                             FDArrayHandle workspace, FDPlanHandle *plan);
-/* @@spectra-end */
 
 /* ---- Convolution, correlation, autocorrelation (1D and 2D) -----------------*/
-/* @@correlation-begin */
 /*
  * 1D convolution (s d c z, and the mixed pairs sc dz cs zd: first letter x,
  * second y):
@@ -734,10 +727,8 @@ FENNEL_DSP_API int32_t c2DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output
 FENNEL_DSP_API int32_t z2DAutoCorrelationH(FDArrayHandle x, FDArrayHandle output, int32_t algorithm,
                                            FDArrayHandle reverseScratch, FDArrayHandle fftScratch,
                                            FDPlanHandle *plan);
-/* @@correlation-end */
 
 /* ---- Decimation, upsampling, rational resampling ---------------------------*/
-/* @@resampling-begin */
 /* Decimation: (x, output, factor, average)
  *   x        1D signal of N elements
  *   output   resized to N / factor elements (the last N mod factor samples
@@ -881,10 +872,8 @@ FENNEL_DSP_API int32_t zResampleMultiChC2CH(
     const FDResampleParams *params, int32_t reset, int32_t antiAlias, FDArrayHandle output,
     float *firstOutputTime, FDArrayHandle historyA, FDArrayHandle historyB,
     FDResampleState *state);
-/* @@resampling-end */
 
 /* ---- Windows, FIR design, IIR filter ---------------------------------------*/
-/* @@windows-begin */
 /* Windows are applied in place: X (1D) holds the signal and, on return, the
  * windowed signal.  s/c take float parameters, d/z double; complex samples
  * have both parts scaled by the same real factor.  After a failure X is empty.
@@ -1026,7 +1015,6 @@ FENNEL_DSP_API int32_t zdIIRDirectFilterH(FDArrayHandle x, FDArrayHandle a, FDAr
                                           FDArrayHandle forwardState, FDArrayHandle reverseState,
                                           int32_t init, FDArrayHandle tailWorkspace,
                                           FDArrayHandle aWorkspace, FDArrayHandle bWorkspace);
-/* @@windows-end */
 
 #ifdef __cplusplus
 }

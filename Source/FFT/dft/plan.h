@@ -124,24 +124,6 @@ using engine::RawKind;
 using engine::RawPlan;
 using engine::RawSpec;
 
-// The plan slot of this call: the caller's, or for a null plan address a
-// slot of this call only, released at scope exit.
-class TransientPlan {
-   public:
-    explicit TransientPlan(FDPlanHandle *plan) : plan_(plan != nullptr ? plan : &local_) {}
-    ~TransientPlan() {
-        if (plan_ == &local_) Plan(&local_).Release();
-    }
-    TransientPlan(const TransientPlan &) = delete;
-    TransientPlan &operator=(const TransientPlan &) = delete;
-    Plan plan() const { return Plan(plan_); }
-    DFTI_DESCRIPTOR_HANDLE *get() const { return reinterpret_cast<DFTI_DESCRIPTOR_HANDLE *>(plan_); }
-
-   private:
-    FDPlanHandle local_ = nullptr;
-    FDPlanHandle *plan_;
-};
-
 // The plan record of the two-dimensional DCT and DST: two descriptors, then
 // what they were built for; 32 bytes from DSNewPtr.
 struct TrigPlanRecord {
@@ -181,29 +163,9 @@ class TrigPlan {
 int32_t FreeDftiPlan(FDPlanHandle *plan);
 int32_t FreeTrigPlan(FDPlanHandle *plan);
 
-// ---- the interface before the Plan object, kept while families move over --
+// The plan handle as the engine's descriptor slot.
 inline DFTI_DESCRIPTOR_HANDLE *PlanSlot(FDPlanHandle *plan) {
     return reinterpret_cast<DFTI_DESCRIPTOR_HANDLE *>(plan);
 }
-inline int32_t AcquirePlan(DFTI_DESCRIPTOR_HANDLE *slot, const PlanGeometry &g) {
-    return Plan(slot).Acquire(g);
-}
-inline int32_t ComputePlan(DFTI_DESCRIPTOR_HANDLE plan, bool forward, const void *input, void *output) {
-    DFTI_DESCRIPTOR_HANDLE slot = plan;
-    return forward ? Plan(&slot).Forward(input, output) : Plan(&slot).Backward(input, output);
-}
-class FreePlanOnFailure {
-   public:
-    FreePlanOnFailure(DFTI_DESCRIPTOR_HANDLE *slot, const int32_t &status) : slot_(slot), status_(status) {}
-    ~FreePlanOnFailure() {
-        if (status_ < 0 && slot_ != nullptr && *slot_ != nullptr) Plan(slot_).Release();
-    }
-    FreePlanOnFailure(const FreePlanOnFailure &) = delete;
-    FreePlanOnFailure &operator=(const FreePlanOnFailure &) = delete;
-
-   private:
-    DFTI_DESCRIPTOR_HANDLE *slot_;
-    const int32_t &status_;
-};
 
 }  // namespace fennel

@@ -30,14 +30,6 @@ PlanGeometry LineGeometry(DFTI_CONFIG_VALUE precision, const LineDft &dft) {
     return Geometry1D(precision, dft.domain, dft.length, !dft.forward);
 }
 
-// Sizes the workspace to `elements` of its type; counts beyond the host's
-// 32-bit sizes are refused like a failed resize.
-template <class W>
-int32_t SizeWorkspace(HostArray<W, 1> &ws, int64_t elements) {
-    if (elements > INT32_MAX) return STATUS_OUT_OF_MEMORY;
-    return ws.Resize(static_cast<int32_t>(elements));
-}
-
 template <class T>
 Pass<T, true> Line(const T *x, int32_t n, T *out, int32_t N) {
     return Pass<T, true>{Batch<true>{1}, x, n, std::min(n, N), N, out, N};
@@ -53,7 +45,7 @@ int32_t PrepareLine(CallFrame &frame, int32_t n, HostArray<W, 1> &ws, const Line
     frame.EmptyAtExit(ws);
     if (n <= 0) return STATUS_EMPTY_ARRAY;
     if (ws.is_null()) return STATUS_NO_WORKSPACE;
-    FENNEL_TRY(SizeWorkspace(ws, dft.work));
+    FENNEL_TRY(ResizeWorkspace(ws, dft.work));
     return AcquireLine(plan, LineGeometry(precision, dft), anyDomain, domain);
 }
 

@@ -97,6 +97,9 @@ MKL_LONG Configure(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g) {
 
 int32_t Plan::Acquire(const PlanGeometry &g) const {
     DFTI_DESCRIPTOR_HANDLE *slot = slot_;
+    // A two-dimensional DCT record left by another function's call.
+    if (IsTrigRecord(*slot) && FreeTrigPlan(reinterpret_cast<FDPlanHandle *>(slot)) != STATUS_OK)
+        return STATUS_DFTI_FREE_FAILED;
     if (*slot != nullptr) {
         int32_t status = STATUS_OK;
         if (Matches(*slot, g, status)) return STATUS_OK;
@@ -158,6 +161,23 @@ bool Plan::Attach(uint32_t key, void *object, void (*release)(void *object)) con
 
 namespace {
 int32_t ReleaseTrigSlot(void *slot) { return FreeTrigPlan(static_cast<FDPlanHandle *>(slot)); }
+
+// A record's tag carries this mark in its top bits; a descriptor never holds
+// it at the same place (the engine's holds a length there, below 2^31).
+constexpr int64_t kRecordMark = int64_t{0x7FD5} << 48;
+constexpr int64_t kMarkMask = int64_t{0x7FFF} << 48;
+}  // namespace
+
+bool IsTrigRecord(const void *p) {
+    return p != nullptr && (static_cast<const TrigPlanRecord *>(p)->tag & kMarkMask) == kRecordMark;
+}
+
+namespace {
+// Whether a slot's content is a descriptor: the engine tells its own; with
+// the foreign engine anything but a marked record is taken for one.
+bool IsDescriptor(const void *p) {
+    return p != nullptr && (engine::HasExtensions() ? engine::IsDescriptor(p) : !IsTrigRecord(p));
+}
 }  // namespace
 
 TrigPlan TrigPlan::Of(CallFrame &frame, FDPlanHandle *plan) {
@@ -167,6 +187,11 @@ TrigPlan TrigPlan::Of(CallFrame &frame, FDPlanHandle *plan) {
 void TrigPlan::ReleaseOnFailure(CallFrame &frame) const { frame.FreePlanOnFailure(slot_, &ReleaseTrigSlot); }
 
 int32_t TrigPlan::Acquire(int64_t tag, int64_t sizes) const {
+    tag |= kRecordMark;
+    // A plain descriptor left by another function's call: released first.
+    if (IsDescriptor(*slot_) &&
+        DftiFreeDescriptor(reinterpret_cast<DFTI_DESCRIPTOR_HANDLE *>(slot_)) != 0)
+        return STATUS_DFTI_FREE_FAILED;
     TrigPlanRecord *r = record();
     if (r == nullptr) {
         r = static_cast<TrigPlanRecord *>(HostNewPtr(sizeof(TrigPlanRecord)));
@@ -184,10 +209,14 @@ int32_t TrigPlan::Acquire(int64_t tag, int64_t sizes) const {
     return STATUS_OK;
 }
 
-int32_t FreeDftiPlan(FDPlanHandle *plan) { return Plan(plan).Release(); }
+int32_t FreeDftiPlan(FDPlanHandle *plan) {
+    if (plan != nullptr && IsTrigRecord(*plan)) return FreeTrigPlan(plan);
+    return Plan(plan).Release();
+}
 
 int32_t FreeTrigPlan(FDPlanHandle *plan) {
     if (plan == nullptr || *plan == nullptr) return STATUS_OK;
+    if (IsDescriptor(*plan)) return Plan(plan).Release();
     auto *record = static_cast<TrigPlanRecord *>(*plan);
     DFTI_DESCRIPTOR_HANDLE second = record->second;
     if (record->first != nullptr && DftiFreeDescriptor(&record->first) != 0)

@@ -159,7 +159,13 @@ class TrigPlan {
     FDPlanHandle *slot_;
 };
 
-// The two plan-handle releases.
+// Whether a slot's content is a record of the two-dimensional DCT and DST
+// (its tag carries a mark) rather than a descriptor: a slot passed to both
+// kinds of function is released and rebuilt as the kind the call needs,
+// never read as the other.
+bool IsTrigRecord(const void *p);
+
+// The two plan-handle releases (each releases either kind).
 int32_t FreeDftiPlan(FDPlanHandle *plan);
 int32_t FreeTrigPlan(FDPlanHandle *plan);
 

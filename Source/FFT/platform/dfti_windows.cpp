@@ -180,6 +180,7 @@ double dlapy2_(const double *x, const double *y) {
 // families take their portable path.
 namespace fennel::engine {
 bool HasExtensions() { return false; }
+bool IsDescriptor(const void *) { return false; }
 void *Attachment(DFTI_DESCRIPTOR_HANDLE, uint32_t) { return nullptr; }
 bool Attach(DFTI_DESCRIPTOR_HANDLE, uint32_t, void *object, void (*release)(void *)) {
     release(object);

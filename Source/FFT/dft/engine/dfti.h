@@ -102,6 +102,9 @@ inline MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG
 namespace fennel::engine {
 
 bool HasExtensions();
+// True when p is a descriptor of this engine (its first field is the
+// engine's mark).
+bool IsDescriptor(const void *p);
 
 // Objects a family keeps with a descriptor (sub-plans, tables, blocks), one
 // per key: release(object) runs when the descriptor is reconfigured,

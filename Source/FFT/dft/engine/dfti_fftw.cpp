@@ -43,6 +43,10 @@ bool Fault(Call call) {
            countdown.fetch_sub(1, std::memory_order_relaxed) == 1;
 }
 
+// The first field of every descriptor: no pointer and no host block starts
+// with it.
+constexpr uint64_t kDescriptorMark = 0xFD5D1E5C0FF1CE00ull;
+
 // ---- FFTW in two precisions ---------------------------------------------------
 
 using fennel::engine::RawKind;
@@ -97,6 +101,7 @@ struct Layout {
 }  // namespace
 
 struct DFTI_DESCRIPTOR {
+    uint64_t mark;  // kDescriptorMark: tells a descriptor from anything else in a plan slot
     DFTI_CONFIG_VALUE precision;
     DFTI_CONFIG_VALUE domain;
     int rank;
@@ -351,6 +356,7 @@ MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
     auto *d = static_cast<DFTI_DESCRIPTOR *>(fftw_malloc(sizeof(DFTI_DESCRIPTOR)));
     if (d == nullptr) return DFTI_MEMORY_ERROR;
     std::memset(static_cast<void *>(d), 0, sizeof *d);
+    d->mark = kDescriptorMark;
     d->precision = precision;
     d->domain = domain;
     d->rank = static_cast<int>(rank);
@@ -560,6 +566,7 @@ MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle) {
     if (Fault(fennel::engine::Call::kFree)) return DFTI_MEMORY_ERROR;
     if (handle == nullptr || *handle == nullptr) return DFTI_BAD_DESCRIPTOR;
     Uncommit(*handle);
+    (*handle)->mark = 0;
     fftw_free(*handle);
     *handle = nullptr;
     ++g_frees;
@@ -599,6 +606,10 @@ MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *ou
 }
 
 bool HasExtensions() { return true; }
+
+bool IsDescriptor(const void *p) {
+    return p != nullptr && static_cast<const DFTI_DESCRIPTOR *>(p)->mark == kDescriptorMark;
+}
 
 void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key) {
     if (d == nullptr) return nullptr;

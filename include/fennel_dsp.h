@@ -22,6 +22,14 @@
  * a committed transform in it between calls and rebuilds it when the geometry
  * changes.  Release it with FreeMKLDftiDescH.  A slot belongs to one function
  * at a time; two calls must not use the same slot concurrently.
+ * A slot passed to another function is safe: a kept transform of another
+ * precision, domain, rank, length, layout or batch, and a kept record of the
+ * 2D DCT/DST in a slot given to another function (or the reverse), is
+ * released and rebuilt, and either release function frees either kind.  One
+ * reuse keeps the transform deliberately: the inverse 1D DCT keeps a kept
+ * transform of its length whatever its domain (real or complex, after the
+ * parity of the length), so an inverse DCT of the other parity's domain on
+ * that slot gives wrong values (never a memory error).
  */
 #ifndef FENNEL_DSP_H
 #define FENNEL_DSP_H

@@ -26,10 +26,11 @@
  * precision, domain, rank, length, layout or batch, and a kept record of the
  * 2D DCT/DST in a slot given to another function (or the reverse), is
  * released and rebuilt, and either release function frees either kind.  One
- * reuse keeps the transform deliberately: the inverse 1D DCT keeps a kept
- * transform of its length whatever its domain (real or complex, after the
- * parity of the length), so an inverse DCT of the other parity's domain on
- * that slot gives wrong values (never a memory error).
+ * reuse keeps the transform deliberately: the inverse 1D DCT, whose transform
+ * is real or complex after the parity of its length, keeps a kept transform
+ * of the right length whatever its domain, so an inverse DCT of length 6
+ * followed by one of length 3 on one slot gives wrong values (never a memory
+ * error).
  */
 #ifndef FENNEL_DSP_H
 #define FENNEL_DSP_H

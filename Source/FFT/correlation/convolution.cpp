@@ -53,6 +53,8 @@ int32_t Convolution1D(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, FDArra
     HostArray<O, 1> out(output);
     frame.EmptyOnFailure(out);
     corr::LeaveEmpty<O, O>(frame, fullScratch, fftScratch);
+    FENNEL_TRY(frame.KeepInput(xa, {output, fullScratch, fftScratch}));
+    FENNEL_TRY(frame.KeepInput(ya, {output, fullScratch, fftScratch}));
 
     const int32_t n = xa.size(), m = ya.size();
     if (n < 1 || m < 1) return STATUS_EMPTY_ARRAY;

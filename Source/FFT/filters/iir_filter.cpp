@@ -343,6 +343,10 @@ int32_t IIRDirectFilter(CallFrame &frame, FDArrayHandle x, FDArrayHandle a, FDAr
     frame.EmptyOnFailure(signal);
     frame.EmptyOnFailure(fstate);
     frame.EmptyOnFailure(rstate);
+    const std::initializer_list<FDArrayHandle> written = {x, forwardState, reverseState, tailWorkspace,
+                                                          aWorkspace, bWorkspace};
+    FENNEL_TRY(frame.KeepInput(ca, written));
+    FENNEL_TRY(frame.KeepInput(cb, written));
 
     const int32_t n = signal.size();
     if (n < 1) return STATUS_OK;

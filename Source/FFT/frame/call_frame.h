@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <cstring>
 #include <type_traits>
 #include <utility>
@@ -57,6 +58,30 @@ class CallFrame {
         if (record != nullptr && zero_count_ < kMaxZeroed) zeroed_[zero_count_++] = {record, bytes};
     }
 
+    // Makes `input` read a private copy of its block when any handle in
+    // `written` (outputs, workspaces, states) is the same handle: a host that
+    // reuses buffers in place passes one array as both, and what the call
+    // resizes or writes must not change what it still reads.  Called before
+    // the routine takes any data pointer of the input.  -20001 when the copy
+    // cannot be made.
+    template <class T, int Rank>
+    int32_t KeepInput(HostArray<T, Rank> &input, std::initializer_list<FDArrayHandle> written) {
+        const FDArrayHandle h = input.handle();
+        if (h == nullptr || *h == nullptr) return STATUS_OK;
+        bool aliased = false;
+        for (FDArrayHandle w : written) aliased = aliased || w == h;
+        if (!aliased) return STATUS_OK;
+        size_t count = 1;
+        for (int i = 0; i < Rank; ++i) count *= static_cast<size_t>(input.size(i) > 0 ? input.size(i) : 0);
+        const size_t bytes = DataOffset<T, Rank>() + count * sizeof(T);
+        void *block = copy_count_ < kMaxCopies ? HostNewPtr(bytes) : nullptr;
+        if (block == nullptr) return STATUS_OUT_OF_MEMORY;
+        std::memcpy(block, *h, bytes);
+        copies_[copy_count_] = block;
+        input = HostArray<T, Rank>(reinterpret_cast<FDArrayHandle>(&copies_[copy_count_++]));
+        return STATUS_OK;
+    }
+
     // A plan slot of this call only, for a caller that passed no plan
     // address: release(slot) runs when the call ends.
     void **LocalSlot(int32_t (*release)(void *slot)) {
@@ -86,7 +111,7 @@ class CallFrame {
         void *record;
         size_t bytes;
     };
-    static constexpr int kMaxEntries = 8, kMaxPlans = 2, kMaxZeroed = 2;
+    static constexpr int kMaxEntries = 8, kMaxPlans = 2, kMaxZeroed = 2, kMaxCopies = 3;
 
     void Add(Entry::Kind kind, FDArrayHandle handle, int32_t typeCode, int rank) {
         if (handle == nullptr) return;
@@ -113,6 +138,7 @@ class CallFrame {
         for (int i = 0; failed && i < zero_count_; ++i)
             std::memset(zeroed_[i].record, 0, zeroed_[i].bytes);
         if (local_release_ != nullptr) local_release_(&local_slot_);
+        for (int i = 0; i < copy_count_; ++i) HostDisposePtr(copies_[i]);
     }
 
     int32_t status_ = STATUS_OK;
@@ -121,6 +147,8 @@ class CallFrame {
     int count_ = 0;
     int plan_count_ = 0;
     ZeroEntry zeroed_[kMaxZeroed];
+    void *copies_[kMaxCopies] = {};
+    int copy_count_ = 0;
     int zero_count_ = 0;
     void *local_slot_ = nullptr;
     int32_t (*local_release_)(void *slot) = nullptr;

@@ -185,6 +185,8 @@ int32_t CrossPower(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, FDArrayHa
     HostArray<T, 1> xa(x), ya(y);
     HostArray<C, 1> out(output);
     frame.EmptyOnFailure(out);
+    FENNEL_TRY(frame.KeepInput(xa, {output, workspace}));
+    FENNEL_TRY(frame.KeepInput(ya, {output, workspace}));
     const int32_t nx = xa.size(), ny = ya.size();
     if (nx < 1 || ny < 1) return STATUS_EMPTY_ARRAY;
     FENNEL_TRY(out.Resize(std::max(nx, ny)));
@@ -202,6 +204,8 @@ int32_t CrossPowerSpectrum(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, d
     if (df != nullptr) *df = std::numeric_limits<double>::quiet_NaN();
     frame.EmptyOnFailure(mag);
     frame.EmptyOnFailure(ph);
+    FENNEL_TRY(frame.KeepInput(xa, {magnitude, phase, workspace}));
+    FENNEL_TRY(frame.KeepInput(ya, {magnitude, phase, workspace}));
     const int32_t nx = xa.size(), ny = ya.size();
     if (nx < 1 || ny < 1) return STATUS_EMPTY_ARRAY;
     // Written so that a NaN interval passes (its frequency step is NaN).

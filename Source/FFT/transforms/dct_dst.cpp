@@ -123,10 +123,11 @@ int32_t InvDCTCore(CallFrame &frame, const T *X, int32_t n, T *out, FDArrayHandl
 // Handle level of the forward functions: reads n, sizes the output to N.
 template <class T, class Core>
 int32_t Forward(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32_t length,
-                Core &&core) {
+                FDArrayHandle workspace, Core &&core) {
     HostArray<T, 1> in(input);
     HostArray<T, 1> out(output);
     frame.EmptyOnFailure(out);
+    FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
     const int32_t n = in.size();
     if (n <= 0) return STATUS_EMPTY_ARRAY;
     const int32_t N = length >= 1 ? length : n;
@@ -136,10 +137,12 @@ int32_t Forward(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int
 
 // Handle level of the inverse functions: the output takes the input's length.
 template <class T, class Core>
-int32_t Inverse(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, Core &&core) {
+int32_t Inverse(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, FDArrayHandle workspace,
+                Core &&core) {
     HostArray<T, 1> in(input);
     HostArray<T, 1> out(output);
     frame.EmptyOnFailure(out);
+    FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
     const int32_t n = in.size();
     FENNEL_TRY(out.Resize(n));
     return core(in.data(), n, out.data());
@@ -164,7 +167,7 @@ int32_t InvDSTCore(CallFrame &frame, const T *x, int32_t n, T *out, int32_t dire
 template <class T>
 int32_t DCT1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32_t length,
               FDArrayHandle workspace, FDPlanHandle *plan) {
-    return Forward<T>(frame, input, output, length, [&](const T *x, int32_t n, T *out, int32_t N) {
+    return Forward<T>(frame, input, output, length, workspace, [&](const T *x, int32_t n, T *out, int32_t N) {
         return DCTCore<T>(frame, x, n, out, N, workspace, Plan::Of(frame, plan));
     });
 }
@@ -172,7 +175,7 @@ int32_t DCT1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32
 template <class T>
 int32_t DST1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32_t length,
               FDArrayHandle workspace, FDPlanHandle *plan) {
-    return Forward<T>(frame, input, output, length, [&](const T *x, int32_t n, T *out, int32_t N) {
+    return Forward<T>(frame, input, output, length, workspace, [&](const T *x, int32_t n, T *out, int32_t N) {
         return DSTCore<T>(frame, x, n, out, N, T(-0.5), workspace, Plan::Of(frame, plan));
     });
 }
@@ -180,7 +183,7 @@ int32_t DST1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32
 template <class T>
 int32_t InvDCT1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, FDArrayHandle workspace,
                  FDPlanHandle *plan) {
-    return Inverse<T>(frame, input, output, [&](const T *X, int32_t n, T *out) {
+    return Inverse<T>(frame, input, output, workspace, [&](const T *X, int32_t n, T *out) {
         return InvDCTCore<T>(frame, X, n, out, workspace, Plan::Of(frame, plan));
     });
 }
@@ -188,7 +191,7 @@ int32_t InvDCT1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, FD
 template <class T>
 int32_t InvDST1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, FDArrayHandle workspace,
                  FDPlanHandle *plan) {
-    return Inverse<T>(frame, input, output, [&](const T *x, int32_t n, T *out) {
+    return Inverse<T>(frame, input, output, workspace, [&](const T *x, int32_t n, T *out) {
         return InvDSTCore<T>(frame, x, n, out, 3, workspace, Plan::Of(frame, plan));
     });
 }

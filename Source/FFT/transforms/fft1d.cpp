@@ -71,6 +71,7 @@ int32_t FFT1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32
     HostArray<T, 1> in(input);
     HostArray<C, 1> out(output);
     frame.EmptyOnFailure(out, Traits<T>::kComplexTypeCode);
+    FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
     const int32_t n = in.size();
     if (n <= 0) return STATUS_EMPTY_ARRAY;
     const int32_t L = fftSize > 0 ? fftSize : n;
@@ -86,6 +87,7 @@ int32_t InvFFT1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, in
     HostArray<C, 1> in(input);
     HostArray<T, 1> out(output);
     frame.EmptyOnFailure(out);
+    FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
     const int32_t n = in.size();
     if (n <= 0) return STATUS_EMPTY_ARRAY;
     FENNEL_TRY(out.Resize(n));

@@ -154,6 +154,8 @@ int32_t MultiChFFT2D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output
     using C = typename Traits<T>::Complex;
     HostArray<T, 2> in(input);
     HostArray<C, 2> out(output);
+    frame.EmptyOnFailure(out, Traits<T>::kComplexTypeCode);
+    FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
     Channels channels;
     int32_t L = 0;
     FENNEL_TRY(ChannelsOf(frame, in, out, orientation, Traits<T>::kComplexTypeCode, channels,
@@ -171,6 +173,8 @@ int32_t InvMultiChFFT2D(CallFrame &frame, FDArrayHandle input, FDArrayHandle out
     using C = typename Traits<T>::Complex;
     HostArray<C, 2> in(input);
     HostArray<T, 2> out(output);
+    frame.EmptyOnFailure(out);
+    FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
     Channels channels;
     FENNEL_TRY(ChannelsOf(frame, in, out, orientation, Traits<T>::kTypeCode, channels,
                           [](const Channels &c, int32_t(&dims)[2]) { c.Dims(dims); }));

@@ -16,6 +16,12 @@
  * Output and workspace handles must be real handles (they may hold 0
  * elements); a null workspace handle is accepted where a function does not
  * need its workspace, and gives STATUS_NO_WORKSPACE where it does.
+ * One array may be passed as an input and as an output or workspace of the
+ * same call (a host reusing buffers in place): the FFT, DCT/DST, spectrum,
+ * convolution and correlation functions and the IIR filter's coefficients
+ * then read the input as it was when the call began (from a copy the call
+ * makes, STATUS_OUT_OF_MEMORY when it cannot), so the result equals that of
+ * separate arrays.  Decimation and upsampling work in place by design.
  *
  * Plan handle: a caller-owned pointer-sized slot, initially NULL, passed by
  * address as the last argument of every transform function.  The library keeps

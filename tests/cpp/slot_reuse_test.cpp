@@ -89,6 +89,13 @@ TEST_F(HostTest, ASlotPassedToAnotherFunctionGivesThatFunctionsResult) {
             EXPECT_EQ(shared, nullptr) << r.what;
         }
     }
+    // A failing call releases whatever kind the slot holds.
+    FDPlanHandle slot = nullptr;
+    Dct2D()(&slot);
+    Array<cdouble> X(Random<cdouble>(8, 1));
+    Array<double> y;
+    EXPECT_EQ(d1DInvFFTH(X.h(), y.h(), 1, nullptr, &slot), STATUS_NO_WORKSPACE);
+    EXPECT_EQ(slot, nullptr);
 }
 
 }  // namespace

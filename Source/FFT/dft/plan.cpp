@@ -136,6 +136,8 @@ int32_t Plan::BackwardUnscaled(const void *input, void *output) const {
 
 int32_t Plan::Release() const {
     if (slot_ == nullptr || *slot_ == nullptr) return STATUS_OK;
+    // A record left by the 2D DCT/DST in a slot given to another function.
+    if (IsTrigRecord(*slot_)) return FreeTrigPlan(reinterpret_cast<FDPlanHandle *>(slot_));
     return DftiFreeDescriptor(slot_) == 0 ? STATUS_OK : STATUS_DFTI_FREE_FAILED;
 }
 
@@ -209,10 +211,7 @@ int32_t TrigPlan::Acquire(int64_t tag, int64_t sizes) const {
     return STATUS_OK;
 }
 
-int32_t FreeDftiPlan(FDPlanHandle *plan) {
-    if (plan != nullptr && IsTrigRecord(*plan)) return FreeTrigPlan(plan);
-    return Plan(plan).Release();
-}
+int32_t FreeDftiPlan(FDPlanHandle *plan) { return Plan(plan).Release(); }
 
 int32_t FreeTrigPlan(FDPlanHandle *plan) {
     if (plan == nullptr || *plan == nullptr) return STATUS_OK;

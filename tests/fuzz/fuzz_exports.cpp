@@ -19,6 +19,8 @@
 // Built with FENNEL_LIBFUZZER, the file is a libFuzzer target instead (for a
 // clang build of the library).
 #include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdarg>
@@ -37,6 +39,8 @@
 
 #include "fennel_dsp.h"
 #include "fennel_host.h"
+
+extern "C" void __sanitizer_set_death_callback(void (*)(void));
 
 // The driver's memory services: the host's, refusing blocks above 4 MB so that
 // huge accepted sizes end as a refused resize instead of exhausting memory.
@@ -63,6 +67,7 @@ int64_t g_cases[kFamilyCount];
 bool g_aliasing = false;
 bool g_continue = false;  // FENNEL_FUZZ_CONTINUE=1: report each kind of violation once and go on
 std::set<std::string> g_seen;
+std::string g_call;  // the call under way, for a sanitizer's report
 // FENNEL_FUZZ_SKIP_OPEN_DEFECTS=1 leaves out what open defects still break:
 // the checks that a failure empties the workspaces and releases the plan, and
 // a slot holding a 2D DCT/DST record passed to another function (or the
@@ -248,6 +253,7 @@ struct Case {
             g_slotTrig2D ? FreeMKLDCTDSTiDescH(&g_plan) : FreeMKLDftiDescH(&g_plan);
         g_slotTrig2D = trig2D;
         Alias();
+        g_call = name + "(" + desc + ")";
         arrays = FennelHostLiveArrays();
         switch (Pick(8)) {
             case 0: { const int32_t k = 1 + Pick(4); FennelHostFailResize(k); Say("failing resize #%d", k); break; }
@@ -528,19 +534,24 @@ void Filters(Case &c, int t, char p) {
 
 void (*const kRun[kFamilyCount])(Case &, int, char) = {FFT1D, FFTMD, Trig, Spectra, Correlation, Resampling, Filters};
 
+void PrintCounts() {
+    std::fprintf(stderr, "fuzz: cases per family:");
+    for (int i = 0; i < kFamilyCount; ++i) std::fprintf(stderr, " %s %lld;", kFamilies[i], static_cast<long long>(g_cases[i]));
+    std::fprintf(stderr, "\n");
+}
+
 void Init() {
     setenv("FENNEL_DSP_PLANNER", "estimate", 0);
     const char *alias = std::getenv("FENNEL_FUZZ_ALIASING");
     g_aliasing = alias != nullptr && std::strcmp(alias, "1") == 0;
     g_continue = std::getenv("FENNEL_FUZZ_CONTINUE") != nullptr;
+    __sanitizer_set_death_callback([] { std::fprintf(stderr, "fuzz: the call was %s\n", g_call.c_str()); });
     g_hygiene = std::getenv("FENNEL_FUZZ_SKIP_OPEN_DEFECTS") == nullptr;
     g_separateSlots = !g_hygiene || std::getenv("FENNEL_FUZZ_SEPARATE_SLOTS") != nullptr;
     ParseHeader();
     g_ptrs = FennelHostLivePtrs();
     std::atexit([] {
-        std::fprintf(stderr, "fuzz: cases per family:");
-        for (int i = 0; i < kFamilyCount; ++i) std::fprintf(stderr, " %s %lld;", kFamilies[i], static_cast<long long>(g_cases[i]));
-        std::fprintf(stderr, "\n");
+        PrintCounts();
         FreeMKLDftiDescH(&g_plan);
     });
 }
@@ -584,7 +595,11 @@ int main(int argc, char **argv) {
     uint8_t bytes[96];
     for (long i = 0; i < cases; ++i) {
         for (uint8_t &b : bytes) seed = seed * 6364136223846793005ULL + 1442695040888963407ULL, b = static_cast<uint8_t>(seed >> 56);
-        RunCase(bytes, sizeof bytes);
+        // FENNEL_FUZZ_FORK=1: each case in a child process, so that a crash ends only its case.
+        if (std::getenv("FENNEL_FUZZ_FORK") == nullptr) RunCase(bytes, sizeof bytes);
+        else if (const pid_t pid = fork(); pid == 0) _exit(RunCase(bytes, sizeof bytes));
+        else waitpid(pid, nullptr, 0);
+        if ((i + 1) % 100000 == 0) PrintCounts();
     }
     return 0;
 }

@@ -253,13 +253,13 @@ struct Case {
             g_slotTrig2D ? FreeMKLDCTDSTiDescH(&g_plan) : FreeMKLDftiDescH(&g_plan);
         g_slotTrig2D = trig2D;
         Alias();
-        g_call = name + "(" + desc + ")";
         arrays = FennelHostLiveArrays();
         switch (Pick(8)) {
             case 0: { const int32_t k = 1 + Pick(4); FennelHostFailResize(k); Say("failing resize #%d", k); break; }
             case 1: { const int32_t k = 1 + Pick(3); FennelHostFailNewPtr(k); Say("failing DSNewPtr #%d", k); break; }
             default: break;
         }
+        g_call = name + "(" + desc + ")";
     }
 };
 

@@ -132,7 +132,7 @@ int32_t Size(int32_t n) {
     return Of<int32_t>({0, 1, 2, 3, -1, -7, n, n + 1, n - 1, 2 * n, n / 2, 64, 1000, 32768, 46341, 65536, 1 << 20,
                         1 << 30, INT32_MAX, INT32_MIN});
 }
-int32_t Selector() { return Of<int32_t>({0, 1, 2, 0, 1, 2, 3, -1, 255, INT32_MIN, INT32_MAX}); }
+int32_t Selector() { return Of<int32_t>({0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 3, -1, 255, INT32_MIN, INT32_MAX}); }
 double Real() { return Of({1.0, 0.25, 0.5, 3.0, 0.0, -1.0, 1e-300, 1e300, kNaN, kInf, -kInf}); }
 int32_t Code(char p) { return p == 's' ? 9 : p == 'd' ? 10 : p == 'c' ? 12 : 13; }
 int32_t Cx(char p) { return (p == 's' || p == 'c') ? 12 : 13; }

@@ -40,7 +40,8 @@
 #include "fennel_dsp.h"
 #include "fennel_host.h"
 
-extern "C" void __sanitizer_set_death_callback(void (*)(void));
+// Present in sanitizer builds only.
+extern "C" void __sanitizer_set_death_callback(void (*)(void)) __attribute__((weak));
 
 // The driver's memory services: the host's, refusing blocks above 4 MB so that
 // huge accepted sizes end as a refused resize instead of exhausting memory.
@@ -545,7 +546,7 @@ void Init() {
     const char *alias = std::getenv("FENNEL_FUZZ_ALIASING");
     g_aliasing = alias != nullptr && std::strcmp(alias, "1") == 0;
     g_continue = std::getenv("FENNEL_FUZZ_CONTINUE") != nullptr;
-    __sanitizer_set_death_callback([] { std::fprintf(stderr, "fuzz: the call was %s\n", g_call.c_str()); });
+    if (__sanitizer_set_death_callback != nullptr) __sanitizer_set_death_callback([] { std::fprintf(stderr, "fuzz: the call was %s\n", g_call.c_str()); });
     g_hygiene = std::getenv("FENNEL_FUZZ_SKIP_OPEN_DEFECTS") == nullptr;
     g_separateSlots = !g_hygiene || std::getenv("FENNEL_FUZZ_SEPARATE_SLOTS") != nullptr;
     ParseHeader();

@@ -7,6 +7,9 @@ BUILD     := build
 ASAN      := build-asan
 TSAN      := build-tsan
 WIN64     := build-win64
+FUZZ      := build-fuzz
+FUZZ_CASES ?= 1000000
+FUZZ_SEED ?= 1
 JOBS      := $(shell nproc)
 PREFIX    ?= /usr/local
 
@@ -17,7 +20,7 @@ LEAN      := -DFENNEL_DSP_BUILD_TESTS=OFF -DFENNEL_DSP_BUILD_BENCH=OFF -DFENNEL_
 # log; on failure prints the log's last lines and fails.
 logged = env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL $(1) >$(2) 2>&1 || { echo "failed: $(1)"; echo "--- last lines of $(2):"; tail -n 40 $(2); exit 1; }
 
-.PHONY: all libs build build-asan build-tsan windows demo install test bench clean
+.PHONY: all libs build build-asan build-tsan windows demo install test fuzz bench clean
 
 all: libs
 
@@ -86,6 +89,19 @@ test: build build-asan build-tsan windows
 	@tests/consumers/check_install.sh $(BUILD)
 	@tests/consumers/check_python_package.sh $(BUILD)
 
+# Random bad-input cases over every export under ASan and UBSan, optimised:
+# FUZZ_CASES in all (at least 10^5 per export family by default), split over
+# $(JOBS) processes seeded FUZZ_SEED + 1, FUZZ_SEED + 2, ...  The driver's
+# FENNEL_FUZZ_* variables pass through (FENNEL_FUZZ_ALIASING=1 make fuzz).
+fuzz:
+	@scripts/install-deps test
+	@mkdir -p $(FUZZ)
+	@$(call logged,cmake -S . -B $(FUZZ) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFENNEL_SANITIZE=ON -DFENNEL_DSP_BUILD_TESTS=ON -DFENNEL_DSP_BUILD_BENCH=OFF -DFENNEL_DSP_BUILD_EXAMPLES=OFF -DFENNEL_DSP_BUILD_WINDOWS_TESTS=OFF,$(FUZZ)/configure.log)
+	@$(call logged,cmake --build $(FUZZ) -j$(JOBS) --target fennel_fuzz,$(FUZZ)/build.log)
+	@pids=; for i in $$(seq 1 $(JOBS)); do \
+	  FENNEL_DSP_PLANNER=estimate $(FUZZ)/bin/fennel_fuzz $$(($(FUZZ_CASES) / $(JOBS))) $$(($(FUZZ_SEED) + $$i)) & pids="$$pids $$!"; \
+	done; st=0; for p in $$pids; do wait $$p || st=1; done; exit $$st
+
 bench:
 	@scripts/install-deps bench
 	@mkdir -p $(BUILD)
@@ -95,4 +111,4 @@ bench:
 	@for p in bench/py_*.py; do PYTHONPATH=python $(PY) $$p; done
 
 clean:
-	rm -rf $(BUILD) $(ASAN) $(TSAN) $(WIN64) build-python
+	rm -rf $(BUILD) $(ASAN) $(TSAN) $(WIN64) $(FUZZ) build-python

@@ -21,7 +21,9 @@
  * convolution and correlation functions and the IIR filter's coefficients
  * then read the input as it was when the call began (from a copy the call
  * makes, STATUS_OUT_OF_MEMORY when it cannot), so the result equals that of
- * separate arrays.  Decimation and upsampling work in place by design.
+ * separate arrays.  Decimation and upsampling work in place by design.  A
+ * workspace that is also an output of the call (or, for the IIR filter, the
+ * signal, a state or another of its workspaces) gives STATUS_NO_WORKSPACE.
  *
  * Plan handle: a caller-owned pointer-sized slot, initially NULL, passed by
  * address as the last argument of every transform function.  The library keeps

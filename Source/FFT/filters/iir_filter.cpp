@@ -347,6 +347,8 @@ int32_t IIRDirectFilter(CallFrame &frame, FDArrayHandle x, FDArrayHandle a, FDAr
                                                           aWorkspace, bWorkspace};
     FENNEL_TRY(frame.KeepInput(ca, written));
     FENNEL_TRY(frame.KeepInput(cb, written));
+    FENNEL_TRY(SeparateWorkspaces({tailWorkspace, aWorkspace, bWorkspace}, {x, forwardState, reverseState},
+                                  true));
 
     const int32_t n = signal.size();
     if (n < 1) return STATUS_OK;

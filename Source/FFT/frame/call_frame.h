@@ -162,6 +162,22 @@ int32_t ResizeWorkspace(HostArray<T, 1> &workspace, int64_t count) {
     return workspace.Resize(static_cast<int32_t>(count));
 }
 
+// STATUS_NO_WORKSPACE when a workspace handle is also one of the call's
+// outputs (or, with `distinct`, another of its workspaces): an array cannot
+// be both emptied as a workspace and hold a result.  Null workspaces are left
+// to the routine.
+inline int32_t SeparateWorkspaces(std::initializer_list<FDArrayHandle> workspaces,
+                                  std::initializer_list<FDArrayHandle> outputs, bool distinct = false) {
+    for (auto w = workspaces.begin(); w != workspaces.end(); ++w) {
+        if (*w == nullptr) continue;
+        for (FDArrayHandle o : outputs)
+            if (o == *w) return STATUS_NO_WORKSPACE;
+        for (auto v = w + 1; distinct && v != workspaces.end(); ++v)
+            if (*v == *w) return STATUS_NO_WORKSPACE;
+    }
+    return STATUS_OK;
+}
+
 // Returns the status of a step when it failed: the steps of a routine read
 // FENNEL_TRY(out.Resize(L)); and the frame cleans up.
 #define FENNEL_TRY(step)                                   \

@@ -187,6 +187,7 @@ int32_t CrossPower(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, FDArrayHa
     frame.EmptyOnFailure(out);
     FENNEL_TRY(frame.KeepInput(xa, {output, workspace}));
     FENNEL_TRY(frame.KeepInput(ya, {output, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {output}));
     const int32_t nx = xa.size(), ny = ya.size();
     if (nx < 1 || ny < 1) return STATUS_EMPTY_ARRAY;
     FENNEL_TRY(out.Resize(std::max(nx, ny)));
@@ -206,6 +207,7 @@ int32_t CrossPowerSpectrum(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, d
     frame.EmptyOnFailure(ph);
     FENNEL_TRY(frame.KeepInput(xa, {magnitude, phase, workspace}));
     FENNEL_TRY(frame.KeepInput(ya, {magnitude, phase, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {magnitude, phase}));
     const int32_t nx = xa.size(), ny = ya.size();
     if (nx < 1 || ny < 1) return STATUS_EMPTY_ARRAY;
     // Written so that a NaN interval passes (its frequency step is NaN).

@@ -88,6 +88,7 @@ int32_t PowerSpectrumSteps(CallFrame &frame, FDArrayHandle input, FDArrayHandle 
     HostArray<R, 1> out(output);
     frame.EmptyOnFailure(out);
     FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {output}));
     const int32_t n = in.size();
     if (n <= 0) return STATUS_EMPTY_ARRAY;
     // Written so that a NaN interval passes (its frequency step is NaN).

@@ -128,6 +128,7 @@ int32_t Forward(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int
     HostArray<T, 1> out(output);
     frame.EmptyOnFailure(out);
     FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {output}));
     const int32_t n = in.size();
     if (n <= 0) return STATUS_EMPTY_ARRAY;
     const int32_t N = length >= 1 ? length : n;
@@ -143,6 +144,7 @@ int32_t Inverse(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, FDA
     HostArray<T, 1> out(output);
     frame.EmptyOnFailure(out);
     FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {output}));
     const int32_t n = in.size();
     FENNEL_TRY(out.Resize(n));
     return core(in.data(), n, out.data());

@@ -118,6 +118,7 @@ int32_t Trig2D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int3
     HostArray<T, 2> out(output);
     frame.EmptyOnFailure(out);
     FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {output}));
     if (in.empty()) return STATUS_EMPTY_ARRAY;
     if (kind < trig::kDCT || kind > trig::kInvDST) return STATUS_BAD_SELECTOR;
     const int32_t R = in.size(0), C = in.size(1);

@@ -72,6 +72,7 @@ int32_t FFT1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32
     HostArray<C, 1> out(output);
     frame.EmptyOnFailure(out, Traits<T>::kComplexTypeCode);
     FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {output}));
     const int32_t n = in.size();
     if (n <= 0) return STATUS_EMPTY_ARRAY;
     const int32_t L = fftSize > 0 ? fftSize : n;
@@ -88,6 +89,7 @@ int32_t InvFFT1D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, in
     HostArray<T, 1> out(output);
     frame.EmptyOnFailure(out);
     FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {output}));
     const int32_t n = in.size();
     if (n <= 0) return STATUS_EMPTY_ARRAY;
     FENNEL_TRY(out.Resize(n));

@@ -160,6 +160,7 @@ int32_t Forward(CallFrame &frame, FDArrayHandle input, FDArrayHandle output,
     HostArray<C, Rank> out(output);
     frame.EmptyOnFailure(out, Traits<T>::kComplexTypeCode);
     FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {output}));
     int32_t n[Rank], L[Rank];
     FENNEL_TRY(ReadSizes(in, n));
     for (int a = 0; a < Rank; ++a) L[a] = requested[a] > 0 ? requested[a] : n[a];
@@ -177,6 +178,7 @@ int32_t Inverse(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int
     HostArray<T, Rank> out(output);
     frame.EmptyOnFailure(out);
     FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {output}));
     int32_t n[Rank];
     FENNEL_TRY(ReadSizes(in, n));
     FENNEL_TRY(SizeOutput(out, n));

@@ -156,6 +156,7 @@ int32_t MultiChFFT2D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output
     HostArray<C, 2> out(output);
     frame.EmptyOnFailure(out, Traits<T>::kComplexTypeCode);
     FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {output}));
     Channels channels;
     int32_t L = 0;
     FENNEL_TRY(ChannelsOf(frame, in, out, orientation, Traits<T>::kComplexTypeCode, channels,
@@ -175,6 +176,7 @@ int32_t InvMultiChFFT2D(CallFrame &frame, FDArrayHandle input, FDArrayHandle out
     HostArray<T, 2> out(output);
     frame.EmptyOnFailure(out);
     FENNEL_TRY(frame.KeepInput(in, {output, workspace}));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {output}));
     Channels channels;
     FENNEL_TRY(ChannelsOf(frame, in, out, orientation, Traits<T>::kTypeCode, channels,
                           [](const Channels &c, int32_t(&dims)[2]) { c.Dims(dims); }));

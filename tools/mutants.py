@@ -12,9 +12,9 @@ The source tree (Source/, include/, CMake files) and the tests (tests/ and
 python/) can come from different revisions, so that one set of mutants can
 score an older and a newer test suite on the same source:
 
-  tests/tools/mutants.py --source redesign --tests redesign --suite both
-  tests/tools/mutants.py --source HEAD --tests a167072 --suite cpp --only corr-
-  tests/tools/mutants.py --list            # applicability only, no build
+  tools/mutants.py --source redesign --tests redesign --suite both
+  tools/mutants.py --source HEAD --tests a167072 --suite cpp --only corr-
+  tools/mutants.py --list            # applicability only, no build
 
 A revision is anything git understands, or a directory holding a work tree.
 The scratch tree and its build are kept (--scratch) so that later runs build
@@ -33,7 +33,7 @@ import tempfile
 import time
 from pathlib import Path
 
-REPO = Path(__file__).resolve().parents[2]
+REPO = Path(__file__).resolve().parents[1]
 
 # (name, file, text, replacement, what it breaks)
 MUTANTS = [

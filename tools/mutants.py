@@ -39,11 +39,11 @@ REPO = Path(__file__).resolve().parents[1]
 MUTANTS = [
     # ---- call frame and host arrays
     ("frame-output-kept-on-failure", "frame/call_frame.h",
-     "if (failed || entries_[i].kind == Entry::kWorkspace)",
-     "if (entries_[i].kind == Entry::kWorkspace)",
+     "if (e.kind == Entry::kOutput && !failed) continue;",
+     "if (e.kind == Entry::kOutput) continue;",
      "a failed call leaves its outputs filled"),
     ("frame-workspace-kept", "frame/call_frame.h",
-     "if (failed || entries_[i].kind == Entry::kWorkspace)", "if (failed)",
+     "if (e.kind == Entry::kOutput && !failed) continue;", "if (!failed) continue;",
      "a successful call leaves its workspaces filled"),
     ("frame-plan-kept-on-failure", "frame/call_frame.h",
      "for (int i = plan_count_ - 1; failed && i >= 0; --i) plans_[i].release(plans_[i].slot);",
@@ -119,8 +119,8 @@ MUTANTS = [
     ("cross-phase-sign", "spectra/cross_power.cpp",
      "const double pi = xr * yi - xi * yr;", "const double pi = xi * yr - xr * yi;",
      "cross spectrum phase has the wrong sign"),
-    ("autopower-dt-zero-accepted", "spectra/auto_power_spectrum.cpp",
-     "if (dt <= 0.0)", "if (dt < 0.0)",
+    ("autopower-dt-zero-accepted", "spectra/power_spectrum.cpp",
+     "if (dt != nullptr && *dt <= 0.0)", "if (dt != nullptr && *dt < 0.0)",
      "a zero sampling interval is accepted"),
     # ---- convolution and correlation
     ("corr-conj-dropped", "correlation/correlation_core.h",

@@ -133,43 +133,6 @@ TYPED_TEST(EngineTest, MatchesNaiveDftAtEveryAlignmentAndKeepsItsInput) {
     }
 }
 
-// Every alignment class gives the same bits as the aligned case.
-TYPED_TEST(EngineTest, ResultsAreIdenticalAtEveryAlignment) {
-    using R = TypeParam;
-    using C = typename TestFixture::C;
-    for (const std::vector<long> &dims : std::vector<std::vector<long>>{{64}, {45}, {6, 10}}) {
-        long n = 1;
-        for (long v : dims) n *= v;
-        const long nc = n / dims.back() * (dims.back() / 2 + 1);
-        DFTI_DESCRIPTOR_HANDLE real = this->Make(DFTI_REAL, dims, 1.0 / n);
-        DFTI_DESCRIPTOR_HANDLE cplx = this->Make(DFTI_COMPLEX, dims, 1.0 / n);
-        const auto x = Random<R>(n, 11);
-        const auto z = Random<C>(n, 12);
-        std::vector<C> ref_spec, ref_z;
-        std::vector<R> ref_back;
-        for (size_t offset = 0; offset < 16; offset += sizeof(R)) {
-            Buffer xin(n * sizeof(R), offset), spectrum(nc * sizeof(C), offset), back(n * sizeof(R), offset),
-                zin(n * sizeof(C), offset), zout(n * sizeof(C), offset);
-            std::memcpy(xin.as<R>(), x.data(), n * sizeof(R));
-            std::memcpy(zin.as<C>(), z.data(), n * sizeof(C));
-            ASSERT_EQ(DftiComputeForward(real, xin.as<R>(), spectrum.as<C>()), 0);
-            ASSERT_EQ(DftiComputeBackward(real, spectrum.as<C>(), back.as<R>()), 0);
-            ASSERT_EQ(DftiComputeBackward(cplx, zin.as<C>(), zout.as<C>()), 0);
-            std::vector<C> s(spectrum.as<C>(), spectrum.as<C>() + nc), zz(zout.as<C>(), zout.as<C>() + n);
-            std::vector<R> b(back.as<R>(), back.as<R>() + n);
-            if (offset == 0) {
-                ref_spec = s, ref_back = b, ref_z = zz;
-            } else {
-                EXPECT_EQ(s, ref_spec) << "offset " << offset;
-                EXPECT_EQ(b, ref_back) << "offset " << offset;
-                EXPECT_EQ(zz, ref_z) << "offset " << offset;
-            }
-        }
-        EXPECT_EQ(DftiFreeDescriptor(&real), 0);
-        EXPECT_EQ(DftiFreeDescriptor(&cplx), 0);
-    }
-}
-
 // A real inverse disregards the imaginary parts of the zero and Nyquist bins.
 TYPED_TEST(EngineTest, RealInverseIgnoresImaginaryPartsOfZeroAndNyquist) {
     using R = TypeParam;
@@ -185,39 +148,6 @@ TYPED_TEST(EngineTest, RealInverseIgnoresImaginaryPartsOfZeroAndNyquist) {
         for (long i = 0; i < n; ++i) EXPECT_EQ(a[i], b[i]) << n << " at " << i;
         EXPECT_EQ(DftiFreeDescriptor(&d), 0);
     }
-}
-
-// Batched strided transforms: every column of a rows x cols matrix.
-TYPED_TEST(EngineTest, BatchedColumnsWithStridesAndDistances) {
-    using C = typename TestFixture::C;
-    const long rows = 6, cols = 5;
-    DFTI_DESCRIPTOR_HANDLE d = nullptr;
-    const long len[1] = {rows};
-    ASSERT_EQ(DftiCreateDescriptor(&d, TestFixture::kPrecision, DFTI_COMPLEX, 1, len), 0);
-    const MKL_LONG strides[2] = {0, cols};
-    ASSERT_EQ(DftiSetValue(d, DFTI_PLACEMENT, DFTI_NOT_INPLACE), 0);
-    ASSERT_EQ(DftiSetValue(d, DFTI_INPUT_STRIDES, strides), 0);
-    ASSERT_EQ(DftiSetValue(d, DFTI_OUTPUT_STRIDES, strides), 0);
-    ASSERT_EQ(DftiSetValue(d, DFTI_NUMBER_OF_TRANSFORMS, MKL_LONG{cols}), 0);
-    ASSERT_EQ(DftiSetValue(d, DFTI_INPUT_DISTANCE, MKL_LONG{1}), 0);
-    ASSERT_EQ(DftiSetValue(d, DFTI_OUTPUT_DISTANCE, MKL_LONG{1}), 0);
-    ASSERT_EQ(DftiCommitDescriptor(d), 0);
-    MKL_LONG got[2] = {};
-    ASSERT_EQ(DftiGetValue(d, DFTI_INPUT_STRIDES, got), 0);
-    EXPECT_EQ(got[1], cols);
-    const auto x = Random<C>(rows * cols, 3);
-    std::vector<C> y(rows * cols);
-    ASSERT_EQ(DftiComputeForward(d, const_cast<C *>(x.data()), y.data()), 0);
-    for (long c = 0; c < cols; ++c) {
-        std::vector<LC> col(rows);
-        for (long r = 0; r < rows; ++r) col[r] = Widen(x[r * cols + c]);
-        const auto ref = NaiveDft(col, -1);
-        for (long r = 0; r < rows; ++r) {
-            EXPECT_NEAR(y[r * cols + c].real(), static_cast<double>(ref[r].real()), 1e-5);
-            EXPECT_NEAR(y[r * cols + c].imag(), static_cast<double>(ref[r].imag()), 1e-5);
-        }
-    }
-    EXPECT_EQ(DftiFreeDescriptor(&d), 0);
 }
 
 // The forward transform taken apart by rows and columns reads only the

@@ -25,6 +25,7 @@ incrementally.  Results go to stdout and, one JSON object a line, to
 import argparse
 import json
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -268,14 +269,23 @@ def build(tree, build_dir, targets, logfile, timeout):
     return run(cmd, out=logfile, timeout=timeout)[0]
 
 
-def run_suites(args, tree, build_dir, logfile):
-    """Returns (failed suite or None, seconds per suite)."""
+def run_suites(args, tree, build_dir, logfile, failures=None):
+    """Returns (failed suite or None, seconds per suite).  With --every-test
+    the C++ suite runs to the end and the names of its failing tests are
+    appended to `failures`."""
     env = dict(os.environ, FENNEL_DSP_PLANNER="estimate")
     times = {}
     if args.suite in ("cpp", "both"):
-        rc, times["cpp"] = run(["ctest", "-j2", "--stop-on-failure", "--timeout", "300",
-                                "--output-on-failure"], cwd=build_dir, env=env,
-                               timeout=args.timeout, out=logfile)
+        stop = [] if args.every_test else ["--stop-on-failure"]
+        out = Path(str(logfile) + ".ctest")
+        out.write_text("")
+        rc, times["cpp"] = run(["ctest", "-j2", "--timeout", "300"] + stop, cwd=build_dir, env=env,
+                               timeout=args.timeout, out=out)
+        text = out.read_text()
+        with open(logfile, "a") as f:
+            f.write(text)
+        if failures is not None:
+            failures += re.findall(r"^\s*\d+ - (\S+) \(", text, re.M)
         if rc != 0:
             return "cpp" if rc != -9 else "cpp-timeout", times
     if args.suite in ("python", "both"):
@@ -299,6 +309,8 @@ def main():
     ap.add_argument("--timeout", type=int, default=1200, help="seconds per suite run")
     ap.add_argument("--python", default="/usr/bin/python3", help="interpreter with numpy and pytest")
     ap.add_argument("--list", action="store_true", help="only report which mutants apply")
+    ap.add_argument("--every-test", action="store_true", help="run the whole C++ suite on each "
+                    "mutant and record every failing test (which tests kill which mutant)")
     args = ap.parse_args()
     args.tests = args.tests or args.source
 
@@ -341,6 +353,7 @@ def main():
             n = original.count(text)
             t0 = time.time()
             by = None
+            failed = []
             if n == 0:
                 verdict = "not applicable"
             else:
@@ -351,7 +364,7 @@ def main():
                     if build(tree, build_dir, ["fennel_dsp", "fennel_tests"], logfile, 1800) != 0:
                         verdict = "no build"
                     else:
-                        by, _ = run_suites(args, tree, build_dir, logfile)
+                        by, _ = run_suites(args, tree, build_dir, logfile, failed)
                         verdict = "killed" if by else "survived"
                 finally:
                     path.write_text(original)
@@ -360,6 +373,8 @@ def main():
                 survivors.append(name)
             rec = {"name": name, "file": file, "verdict": verdict, "by": by, "what": what,
                    "occurrences": n, "seconds": round(time.time() - t0)}
+            if args.every_test:
+                rec["failed_tests"] = failed
             out.write(json.dumps(rec) + "\n")
             out.flush()
             log(f"{name:36s} {verdict + (' (' + by + ')' if by else ''):20s} {rec['seconds']:5d}s  {what}")

@@ -248,7 +248,7 @@ def prepare(args, scratch):
     tree = scratch / "tree"
     fresh = scratch / "fresh"
     shutil.rmtree(fresh, ignore_errors=True)
-    src_parts = ["CMakeLists.txt", "Source", "include", "cmake", "examples", "bench", "Makefile"]
+    src_parts = ["CMakeLists.txt", "Source", "include", "cmake", "examples", "bench", "scripts", "Makefile"]
     export_tree(args.source, fresh, src_parts)
     export_tree(args.tests, fresh, ["tests", "python"])
     tree.mkdir(parents=True, exist_ok=True)

@@ -285,7 +285,7 @@ def run_suites(args, tree, build_dir, logfile, failures=None):
         with open(logfile, "a") as f:
             f.write(text)
         if failures is not None:
-            failures += re.findall(r"^\s*\d+ - (\S+) \(", text, re.M)
+            failures += re.findall(r"^\s*\d+ - (.+) \([^()]*\)\s*$", text, re.M)
         if rc != 0:
             return "cpp" if rc != -9 else "cpp-timeout", times
     if args.suite in ("python", "both"):

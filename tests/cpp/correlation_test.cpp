@@ -125,25 +125,6 @@ TEST_F(CorrelationTest, DocumentedExamplesByBothMethods) {
         }
 }
 
-TEST_F(CorrelationTest, SingleElementsAndTheOneByOneMatrix) {
-    for (int algorithm : {0, 1}) {
-        Array<cdouble> x(std::vector<cdouble>{{2, 3}}), y(std::vector<cdouble>{{-1, 4}}), out, full, fft;
-        FDPlanHandle plan = nullptr;
-        ASSERT_EQ(z1DConvolutionH(x.h(), y.h(), out.h(), 0, algorithm, 0, full.h(), fft.h(), &plan), 0);
-        EXPECT_EQ(out.values(), (std::vector<cdouble>{{-14, 5}}));
-        if (algorithm == 1) {
-            EXPECT_NE(plan, nullptr);
-        }
-        Array<cdouble> m({1, 1}), auto2({0, 0}), rev;
-        m.data()[0] = {3, -4};
-        ASSERT_EQ(z2DAutoCorrelationH(m.h(), auto2.h(), algorithm, rev.h(), fft.h(), &plan), 0);
-        EXPECT_EQ(auto2.dims(), (std::vector<int32_t>{1, 1}));
-        EXPECT_NEAR(auto2.values()[0].real(), 25.0, 1e-12);
-        EXPECT_NEAR(auto2.values()[0].imag(), 0.0, 1e-12);
-        EXPECT_EQ(FreeMKLDftiDescH(&plan), 0);
-    }
-}
-
 // ---- both methods against the reference, every type and pair -------------------
 
 template <class P>

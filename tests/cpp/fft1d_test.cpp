@@ -29,14 +29,16 @@ class FFT1DTest : public HostTest {
 using ElementTypes = ::testing::Types<float, double, cfloat, cdouble>;
 TYPED_TEST_SUITE(FFT1DTest, ElementTypes);
 
-TYPED_TEST(FFT1DTest, ForwardMatchesNaiveDftWithPaddingTruncationAndShift) {
+// Forward against the naive DFT (padding, truncation, centring); the inverse
+// of an unpadded spectrum returns the input.
+TYPED_TEST(FFT1DTest, ForwardMatchesNaiveDftAndInverseReturnsTheInput) {
     using T = TypeParam;
     using C = typename TestFixture::C;
     using R = typename TestFixture::R;
     Array<C> out;
-    Array<T> ws;
-    FDPlanHandle plan = nullptr;
-    for (int32_t n : {1, 2, 3, 7, 8, 16, 60, 97}) {
+    Array<T> ws, back;
+    FDPlanHandle plan = nullptr, inv = nullptr;
+    for (int32_t n : {1, 2, 3, 5, 7, 8, 9, 16, 60, 64, 97, 101}) {
         const auto x = Random<T>(n, n);
         Array<T> in(x);
         for (int32_t fft_size : {0, -3, n, n / 2, n + 5, 2 * n}) {
@@ -49,12 +51,9 @@ TYPED_TEST(FFT1DTest, ForwardMatchesNaiveDftWithPaddingTruncationAndShift) {
                 const auto ref = Reference(x, L, shift != 0);
                 const auto got = out.values();
                 const double tol = Tolerance<R>(L) * std::sqrt(static_cast<double>(L)) * 2;
-                for (int32_t k = 0; k < L; ++k) {
-                    EXPECT_NEAR(got[k].real(), static_cast<double>(ref[k].real()), tol)
+                for (int32_t k = 0; k < L; ++k)
+                    EXPECT_LE(std::abs(Widen(got[k]) - ref[k]), tol)
                         << "n=" << n << " L=" << L << " shift=" << shift << " k=" << k;
-                    EXPECT_NEAR(got[k].imag(), static_cast<double>(ref[k].imag()), tol)
-                        << "n=" << n << " L=" << L << " shift=" << shift << " k=" << k;
-                }
                 if constexpr (!Traits<T>::kComplex) {
                     if (!shift) {  // exact conjugate symmetry, bit for bit
                         for (int32_t k = 1; k < L; ++k) {
@@ -63,35 +62,19 @@ TYPED_TEST(FFT1DTest, ForwardMatchesNaiveDftWithPaddingTruncationAndShift) {
                         }
                     }
                 }
+                if (fft_size != 0) continue;
+                ASSERT_EQ(Fn<T>::inv1(out.h(), back.h(), shift, ws.h(), &inv), STATUS_OK);
+                EXPECT_TRUE(ws.empty());
+                const auto y = back.values();
+                ASSERT_EQ(y.size(), x.size());
+                for (int32_t i = 0; i < n; ++i)
+                    EXPECT_LE(std::abs(Widen(y[i]) - Widen(x[i])), Tolerance<R>(n) * 4)
+                        << "n=" << n << " shift=" << shift << " round trip";
             }
         }
     }
     EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
-}
-
-TYPED_TEST(FFT1DTest, ForwardThenInverseReturnsTheInput) {
-    using T = TypeParam;
-    using C = typename TestFixture::C;
-    using R = typename TestFixture::R;
-    Array<C> spectrum;
-    Array<T> back, ws;
-    FDPlanHandle fwd = nullptr, inv = nullptr;
-    for (int32_t n : {1, 2, 5, 8, 9, 64, 101}) {
-        const auto x = Random<T>(n, 7 * n);
-        Array<T> in(x);
-        for (int shift : {0, 1}) {
-            ASSERT_EQ(Fn<T>::fwd1(in.h(), spectrum.h(), 0, shift, ws.h(), &fwd), STATUS_OK);
-            ASSERT_EQ(Fn<T>::inv1(spectrum.h(), back.h(), shift, ws.h(), &inv), STATUS_OK);
-            EXPECT_TRUE(ws.empty());
-            const auto y = back.values();
-            ASSERT_EQ(y.size(), x.size());
-            for (int32_t i = 0; i < n; ++i)
-                EXPECT_NEAR(std::abs(Widen(y[i]) - Widen(x[i])), 0.0, Tolerance<R>(n) * 4)
-                    << "n=" << n << " shift=" << shift;
-        }
-    }
-    FreeMKLDftiDescH(&fwd);
-    FreeMKLDftiDescH(&inv);
+    EXPECT_EQ(FreeMKLDftiDescH(&inv), STATUS_OK);
 }
 
 // A real inverse reads only bins 0 .. N/2; a complex one reads them all.

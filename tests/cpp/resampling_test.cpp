@@ -291,6 +291,19 @@ TYPED_TEST(ResamplingTest, BlockSplitsGiveTheSameSamplesBitForBit) {
     }
 }
 
+// Anti-aliasing stretches the taps only when decimating: at a ratio of 1 or
+// below it gives the samples of the plain stream.
+TYPED_TEST(ResamplingTest, AntiAliasChangesOnlyDecimation) {
+    using T = TypeParam;
+    const auto h = Lowpass<RealOf<T>>(6, 4);
+    const auto x = Random<T>(200, 8);
+    for (const float ratio : {0.3f, 0.75f, 1.0f, 1.5f}) {
+        Stream<T, 1> plain(h, 6, ratio, 0.4f, 0, 0), aa(h, 6, ratio, 0.4f, 0, 1);
+        const bool same = FeedBlocks(plain, {x}, {}).y[0] == FeedBlocks(aa, {x}, {}).y[0];
+        EXPECT_EQ(same, ratio <= 1.0f) << "ratio " << ratio;
+    }
+}
+
 TYPED_TEST(ResamplingTest, MultichannelEqualsOneCallPerChannel) {
     using T = TypeParam;
     const auto h = Lowpass<RealOf<T>>(6, 4);

@@ -71,11 +71,13 @@ TEST_F(HostTest, ASlotPassedToAnotherFunctionGivesThatFunctionsResult) {
     };
     const Row rows[] = {
         {"double then float forward", Fft1D<double>(d1DFFTH), Fft1D<float>(s1DFFTH)},
+        {"float then double forward", Fft1D<float>(s1DFFTH), Fft1D<double>(d1DFFTH)},
         {"double then float inverse", InvFft1D<double>(d1DInvFFTH), InvFft1D<float>(s1DInvFFTH)},
         {"real then complex", Fft1D<double>(d1DFFTH), Fft1D<cdouble>(z1DFFTH)},
         {"1D FFT then 2D DCT", Fft1D<double>(d1DFFTH), Dct2D()},
         {"2D DCT then 1D FFT", Dct2D(), Fft1D<double>(d1DFFTH)},
         {"4 channels then 2", Multichannel(4), Multichannel(2)},
+        {"2 channels then 4", Multichannel(2), Multichannel(4)},
         {"1D FFT then 3 channels", Fft1D<cdouble>(z1DFFTH), Multichannel(3)},
     };
     for (const Row &r : rows) {

@@ -86,13 +86,3 @@ def test_stream_matches_upfirdn_block_by_block(dtype, up, down):
         assert t == np.float32(index * down / up)
         index += k
     np.testing.assert_array_equal(got, fd.fir_resample(x, h, up, down / up, anti_alias=False))
-
-
-@pytest.mark.parametrize("dtype", [np.float32, np.complex128])
-def test_multichannel_rows_are_separate_streams(dtype):
-    h, _ = _prototype(3, 2, 3)
-    rows = np.stack([random_signal(400, dtype, seed=s) for s in range(3)])
-    multi = fd.fir_resample(rows, h, 3, 2 / 3)
-    assert multi.shape[0] == 3
-    for ch in range(3):
-        np.testing.assert_array_equal(multi[ch], fd.fir_resample(rows[ch], h, 3, 2 / 3))

@@ -8,8 +8,8 @@ and block placements, each call's status and the bytes and sizes of all its
 arrays, scalar outputs and plan slot.  Prints the calls whose digests differ
 and exits 1 if any do (2 when a driver fails to run).
 
-  tests/tools/compare_builds.py --before /work/main/build/lib --after build/lib
-  tests/tools/compare_builds.py --before A --after B --placements 0 24 --keep out/
+  tools/compare_builds.py --before /work/main/build/lib --after build/lib
+  tools/compare_builds.py --before A --after B --placements 0 24 --keep out/
 
 FENNEL_DSP_PLANNER is set to "estimate" unless given (FFTW's measured plans
 may round differently from run to run).
@@ -23,7 +23,7 @@ import tempfile
 from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
-REPO = HERE.parents[1]
+REPO = HERE.parent
 
 
 def build_driver(out_dir, cxx):

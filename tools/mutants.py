@@ -12,9 +12,9 @@ The source tree (Source/, include/, CMake files) and the tests (tests/ and
 python/) can come from different revisions, so that one set of mutants can
 score an older and a newer test suite on the same source:
 
-  tests/tools/mutants.py --source redesign --tests redesign --suite both
-  tests/tools/mutants.py --source HEAD --tests a167072 --suite cpp --only corr-
-  tests/tools/mutants.py --list            # applicability only, no build
+  tools/mutants.py --source redesign --tests redesign --suite both
+  tools/mutants.py --source HEAD --tests a167072 --suite cpp --only corr-
+  tools/mutants.py --list            # applicability only, no build
 
 A revision is anything git understands, or a directory holding a work tree.
 The scratch tree and its build are kept (--scratch) so that later runs build
@@ -25,6 +25,7 @@ incrementally.  Results go to stdout and, one JSON object a line, to
 import argparse
 import json
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -33,17 +34,17 @@ import tempfile
 import time
 from pathlib import Path
 
-REPO = Path(__file__).resolve().parents[2]
+REPO = Path(__file__).resolve().parents[1]
 
 # (name, file, text, replacement, what it breaks)
 MUTANTS = [
     # ---- call frame and host arrays
     ("frame-output-kept-on-failure", "frame/call_frame.h",
-     "if (failed || entries_[i].kind == Entry::kWorkspace)",
-     "if (entries_[i].kind == Entry::kWorkspace)",
+     "if (e.kind == Entry::kOutput && !failed) continue;",
+     "if (e.kind == Entry::kOutput) continue;",
      "a failed call leaves its outputs filled"),
     ("frame-workspace-kept", "frame/call_frame.h",
-     "if (failed || entries_[i].kind == Entry::kWorkspace)", "if (failed)",
+     "if (e.kind == Entry::kOutput && !failed) continue;", "if (!failed) continue;",
      "a successful call leaves its workspaces filled"),
     ("frame-plan-kept-on-failure", "frame/call_frame.h",
      "for (int i = plan_count_ - 1; failed && i >= 0; --i) plans_[i].release(plans_[i].slot);",
@@ -119,8 +120,8 @@ MUTANTS = [
     ("cross-phase-sign", "spectra/cross_power.cpp",
      "const double pi = xr * yi - xi * yr;", "const double pi = xi * yr - xr * yi;",
      "cross spectrum phase has the wrong sign"),
-    ("autopower-dt-zero-accepted", "spectra/auto_power_spectrum.cpp",
-     "if (dt <= 0.0)", "if (dt < 0.0)",
+    ("autopower-dt-zero-accepted", "spectra/power_spectrum.cpp",
+     "if (dt != nullptr && *dt <= 0.0)", "if (dt != nullptr && *dt < 0.0)",
      "a zero sampling interval is accepted"),
     # ---- convolution and correlation
     ("corr-conj-dropped", "correlation/correlation_core.h",
@@ -247,7 +248,7 @@ def prepare(args, scratch):
     tree = scratch / "tree"
     fresh = scratch / "fresh"
     shutil.rmtree(fresh, ignore_errors=True)
-    src_parts = ["CMakeLists.txt", "Source", "include", "cmake", "examples", "bench", "Makefile"]
+    src_parts = ["CMakeLists.txt", "Source", "include", "cmake", "examples", "bench", "scripts", "Makefile"]
     export_tree(args.source, fresh, src_parts)
     export_tree(args.tests, fresh, ["tests", "python"])
     tree.mkdir(parents=True, exist_ok=True)
@@ -268,14 +269,23 @@ def build(tree, build_dir, targets, logfile, timeout):
     return run(cmd, out=logfile, timeout=timeout)[0]
 
 
-def run_suites(args, tree, build_dir, logfile):
-    """Returns (failed suite or None, seconds per suite)."""
+def run_suites(args, tree, build_dir, logfile, failures=None):
+    """Returns (failed suite or None, seconds per suite).  With --every-test
+    the C++ suite runs to the end and the names of its failing tests are
+    appended to `failures`."""
     env = dict(os.environ, FENNEL_DSP_PLANNER="estimate")
     times = {}
     if args.suite in ("cpp", "both"):
-        rc, times["cpp"] = run(["ctest", "-j2", "--stop-on-failure", "--timeout", "300",
-                                "--output-on-failure"], cwd=build_dir, env=env,
-                               timeout=args.timeout, out=logfile)
+        stop = [] if args.every_test else ["--stop-on-failure"]
+        out = Path(str(logfile) + ".ctest")
+        out.write_text("")
+        rc, times["cpp"] = run(["ctest", "-j2", "--timeout", "300"] + stop, cwd=build_dir, env=env,
+                               timeout=args.timeout, out=out)
+        text = out.read_text()
+        with open(logfile, "a") as f:
+            f.write(text)
+        if failures is not None:
+            failures += re.findall(r"^\s*\d+ - (.+) \([^()]*\)\s*$", text, re.M)
         if rc != 0:
             return "cpp" if rc != -9 else "cpp-timeout", times
     if args.suite in ("python", "both"):
@@ -299,6 +309,8 @@ def main():
     ap.add_argument("--timeout", type=int, default=1200, help="seconds per suite run")
     ap.add_argument("--python", default="/usr/bin/python3", help="interpreter with numpy and pytest")
     ap.add_argument("--list", action="store_true", help="only report which mutants apply")
+    ap.add_argument("--every-test", action="store_true", help="run the whole C++ suite on each "
+                    "mutant and record every failing test (which tests kill which mutant)")
     args = ap.parse_args()
     args.tests = args.tests or args.source
 
@@ -341,6 +353,7 @@ def main():
             n = original.count(text)
             t0 = time.time()
             by = None
+            failed = []
             if n == 0:
                 verdict = "not applicable"
             else:
@@ -351,7 +364,7 @@ def main():
                     if build(tree, build_dir, ["fennel_dsp", "fennel_tests"], logfile, 1800) != 0:
                         verdict = "no build"
                     else:
-                        by, _ = run_suites(args, tree, build_dir, logfile)
+                        by, _ = run_suites(args, tree, build_dir, logfile, failed)
                         verdict = "killed" if by else "survived"
                 finally:
                     path.write_text(original)
@@ -360,6 +373,8 @@ def main():
                 survivors.append(name)
             rec = {"name": name, "file": file, "verdict": verdict, "by": by, "what": what,
                    "occurrences": n, "seconds": round(time.time() - t0)}
+            if args.every_test:
+                rec["failed_tests"] = failed
             out.write(json.dumps(rec) + "\n")
             out.flush()
             log(f"{name:36s} {verdict + (' (' + by + ')' if by else ''):20s} {rec['seconds']:5d}s  {what}")

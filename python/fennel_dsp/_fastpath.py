@@ -24,8 +24,8 @@ def _load():
         return None
     for path in sorted(_lib_dir().glob("_fast*.so")):
         loader = importlib.machinery.ExtensionFileLoader("fennel_dsp._fast", str(path))
-        spec = importlib.util.spec_from_file_location("fennel_dsp._fast", str(path), loader=loader)
-        module = importlib.util.module_from_spec(spec)
+        found = importlib.util.spec_from_file_location("fennel_dsp._fast", str(path), loader=loader)
+        module = importlib.util.module_from_spec(found)
         loader.exec_module(module)
         return module
     return None

@@ -64,12 +64,12 @@ def _spec(symbol, src, out, ws, ndim, ints):
 
 
 def _table(specs):
-    """{dtype number: (cache key, spec)}; the keys of all tables differ."""
+    """{dtype number: (cache key, call)}; the keys of all tables differ."""
     global _KEYS
     out = {}
-    for t, spec in specs.items():
+    for t, call in specs.items():
         _KEYS += 1
-        out[t.num] = (_KEYS, spec)
+        out[t.num] = (_KEYS, call)
     return out
 
 

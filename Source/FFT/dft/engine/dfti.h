@@ -136,7 +136,7 @@ struct RawSpec {
     bool one_thread = false;
 };
 struct RawPlan;
-RawPlan *MakeRawPlan(const RawSpec &spec);
+RawPlan *MakeRawPlan(const RawSpec &wanted);
 void ExecuteRawPlan(const RawPlan *plan, void *input, void *output);
 void FreeRawPlan(RawPlan *plan);
 // The engine's aligned memory, FFTW's alignment class of an address (0:

@@ -137,7 +137,7 @@ static inline const char *FDStatusText(int32_t status) {
                "or the histories no longer match the state";
     case STATUS_BAD_SAMPLING_INTERVAL:
         return "STATUS_BAD_SAMPLING_INTERVAL: the sampling interval or factor is not positive";
-    case STATUS_NO_WORKSPACE: return "STATUS_NO_WORKSPACE: a needed workspace handle is NULL";
+    case STATUS_NO_WORKSPACE: return "STATUS_NO_WORKSPACE: a needed workspace handle is NULL or is also an output";
     case STATUS_DFTI_COMPUTE_FAILED: return "STATUS_DFTI_COMPUTE_FAILED: the transform failed";
     case STATUS_DFTI_SETUP_FAILED:
         return "STATUS_DFTI_SETUP_FAILED: the transform could not be created or committed";

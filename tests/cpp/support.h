@@ -12,7 +12,7 @@
 #include <random>
 #include <vector>
 
-#include "dft/engine/testing.h"
+#include "dft/engine/dfti.h"
 #include "fennel_dsp.h"
 #include "fennel_host.h"
 #include "frame/types.h"

@@ -5,68 +5,49 @@
 namespace fennel {
 namespace {
 
-// Whether the descriptor's strides of one kind equal the expected ones; a
-// failed query sets the status.
-bool SameStrides(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM which, const MKL_LONG *expected, int rank,
-                 int32_t &status) {
-    MKL_LONG strides[4] = {0, 0, 0, 0};
-    if (DftiGetValue(d, which, strides) != 0) {
-        status = STATUS_DFTI_SETUP_FAILED;
-        return false;
-    }
-    for (int i = 0; i <= rank; ++i)
-        if (strides[i] != expected[i]) return false;
-    return true;
+// The kept descriptor's geometry: one query to this engine, value by value
+// from the foreign one (which keeps no backward layouts).
+MKL_LONG Query(DFTI_DESCRIPTOR_HANDLE d, engine::Geometry &k) {
+    if (engine::HasExtensions()) return engine::GetGeometry(d, &k);
+    k = {};
+    const bool failed =
+        DftiGetValue(d, DFTI_DIMENSION, &k.rank) != 0 || DftiGetValue(d, DFTI_LENGTHS, k.lengths) != 0 ||
+        DftiGetValue(d, DFTI_PRECISION, &k.precision) != 0 || DftiGetValue(d, DFTI_FORWARD_DOMAIN, &k.domain) != 0 ||
+        DftiGetValue(d, DFTI_INPUT_STRIDES, k.input_strides) != 0 ||
+        DftiGetValue(d, DFTI_OUTPUT_STRIDES, k.output_strides) != 0 ||
+        DftiGetValue(d, DFTI_NUMBER_OF_TRANSFORMS, &k.transforms) != 0 ||
+        DftiGetValue(d, DFTI_INPUT_DISTANCE, &k.input_distance) != 0 ||
+        DftiGetValue(d, DFTI_OUTPUT_DISTANCE, &k.output_distance) != 0;
+    return failed ? DFTI_INVALID_CONFIGURATION : DFTI_NO_ERROR;
 }
 
-bool Matches(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g, int32_t &status) {
-    MKL_LONG lengths[3] = {0, 0, 0}, rank = 0;
-    DFTI_CONFIG_VALUE precision = DFTI_DOUBLE, domain = DFTI_COMPLEX;
-    if (DftiGetValue(d, DFTI_LENGTHS, lengths) != 0 || DftiGetValue(d, DFTI_DIMENSION, &rank) != 0 ||
-        DftiGetValue(d, DFTI_PRECISION, &precision) != 0 ||
-        DftiGetValue(d, DFTI_FORWARD_DOMAIN, &domain) != 0) {
-        status = STATUS_DFTI_SETUP_FAILED;
-        return false;
-    }
+bool Matches(const engine::Geometry &k, const PlanGeometry &g) {
     // Another function's descriptor of the same lengths would read and
     // write other amounts of memory: precision, domain and rank decide too.
-    if (rank != g.rank || precision != g.precision || (!g.any_domain && domain != g.domain))
+    if (k.rank != g.rank || k.precision != g.precision || (!g.any_domain && k.domain != g.domain))
         return false;
     for (int i = 0; i < g.rank; ++i)
-        if (lengths[i] != g.lengths[i]) return false;
+        if (k.lengths[i] != g.lengths[i]) return false;
     // One line, contiguous both ways, unless the geometry gives strides.
+    // The output strides too: a real forward transform writes its spectrum
+    // packed, the inverse of the same sizes and input strides does not.
     static constexpr MKL_LONG kUnit[4] = {0, 1, 0, 0};
     const MKL_LONG *in = g.rank > 1 || g.strides ? g.input_strides : kUnit;
     const MKL_LONG *out = g.strides ? g.output_strides : kUnit;
-    if (!SameStrides(d, DFTI_INPUT_STRIDES, in, g.rank, status)) return false;
-    // The output strides too: a real forward transform writes its spectrum
-    // packed, the inverse of the same sizes and input strides does not.
-    if ((g.rank == 1 || g.strides) && !SameStrides(d, DFTI_OUTPUT_STRIDES, out, g.rank, status))
-        return false;
+    const bool outputs = g.rank == 1 || g.strides;
+    for (int i = 0; i <= g.rank; ++i)
+        if (k.input_strides[i] != in[i] || (outputs && k.output_strides[i] != out[i])) return false;
     // A backward layout of its own, when either side has one.
-    MKL_LONG bin[4] = {}, bout[4] = {};
-    if (engine::GetBackwardLayout(d, bin, bout) != g.backward_layout) return false;
-    if (g.backward_layout)
-        for (int i = 0; i <= g.rank; ++i)
-            if (bin[i] != g.backward_input_strides[i] || bout[i] != g.backward_output_strides[i])
-                return false;
+    if (k.backward_layout != g.backward_layout) return false;
+    for (int i = 0; g.backward_layout && i <= g.rank; ++i)
+        if (k.backward_input_strides[i] != g.backward_input_strides[i] ||
+            k.backward_output_strides[i] != g.backward_output_strides[i])
+            return false;
     // The count of transforms always: a kept batch of the same length would
     // overrun the output.
-    MKL_LONG count = 0, in_distance = 0, out_distance = 0;
-    if (DftiGetValue(d, DFTI_NUMBER_OF_TRANSFORMS, &count) != 0) {
-        status = STATUS_DFTI_SETUP_FAILED;
-        return false;
-    }
-    if (count != g.transforms) return false;
-    if (g.transforms > 1) {
-        if (DftiGetValue(d, DFTI_INPUT_DISTANCE, &in_distance) != 0 ||
-            DftiGetValue(d, DFTI_OUTPUT_DISTANCE, &out_distance) != 0) {
-            status = STATUS_DFTI_SETUP_FAILED;
-            return false;
-        }
-        if (in_distance != g.input_distance || out_distance != g.output_distance) return false;
-    }
-    return true;
+    if (k.transforms != g.transforms) return false;
+    return g.transforms == 1 ||
+           (k.input_distance == g.input_distance && k.output_distance == g.output_distance);
 }
 
 MKL_LONG Configure(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g) {
@@ -101,9 +82,9 @@ int32_t Plan::Acquire(const PlanGeometry &g) const {
     if (IsTrigRecord(*slot) && FreeTrigPlan(reinterpret_cast<FDPlanHandle *>(slot)) != STATUS_OK)
         return STATUS_DFTI_FREE_FAILED;
     if (*slot != nullptr) {
-        int32_t status = STATUS_OK;
-        if (Matches(*slot, g, status)) return STATUS_OK;
-        if (status != STATUS_OK) return status;
+        engine::Geometry kept;
+        if (Query(*slot, kept) != 0) return STATUS_DFTI_SETUP_FAILED;
+        if (Matches(kept, g)) return STATUS_OK;
         if (DftiFreeDescriptor(slot) != 0) return STATUS_DFTI_FREE_FAILED;
     }
     if (DftiCreateDescriptor(slot, g.precision, g.domain, g.rank, g.lengths) != 0) {
@@ -165,7 +146,7 @@ namespace {
 int32_t ReleaseTrigSlot(void *slot) { return FreeTrigPlan(static_cast<FDPlanHandle *>(slot)); }
 
 // A record's tag carries this mark in its top bits; a descriptor never holds
-// it at the same place (the engine's holds a length there, below 2^31).
+// it at the same place (the engine's holds its rank there).
 constexpr int64_t kRecordMark = int64_t{0x7FD5} << 48;
 constexpr int64_t kMarkMask = int64_t{0x7FFF} << 48;
 }  // namespace

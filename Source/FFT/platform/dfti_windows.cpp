@@ -196,7 +196,7 @@ int ThreadsFor(ptrdiff_t) { return 1; }
 MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, const MKL_LONG *, const MKL_LONG *, bool) {
     return DFTI_UNIMPLEMENTED;
 }
-bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, MKL_LONG *, MKL_LONG *) { return false; }
+MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE, Geometry *) { return DFTI_UNIMPLEMENTED; }
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE, void *, void *) {
     return DFTI_UNIMPLEMENTED;
 }

@@ -1,6 +1,7 @@
 // The subset of the DFTI transform interface that the library calls, with the
-// interface's own numeric constants.  On Linux it is implemented on FFTW
-// (dfti_fftw.cpp); its symbols stay hidden inside the library.
+// interface's own numeric constants, and the engine's extensions.  On Linux
+// it is implemented on FFTW (dfti_fftw.cpp); its symbols stay hidden inside
+// the library.
 #pragma once
 
 #include <cstddef>
@@ -18,33 +19,22 @@ enum DFTI_CONFIG_PARAM {
     DFTI_FORWARD_SCALE = 4,
     DFTI_BACKWARD_SCALE = 5,
     DFTI_NUMBER_OF_TRANSFORMS = 7,
-    DFTI_COMPLEX_STORAGE = 8,
-    DFTI_REAL_STORAGE = 9,
     DFTI_CONJUGATE_EVEN_STORAGE = 10,
     DFTI_PLACEMENT = 11,
     DFTI_INPUT_STRIDES = 12,
     DFTI_OUTPUT_STRIDES = 13,
     DFTI_INPUT_DISTANCE = 14,
     DFTI_OUTPUT_DISTANCE = 15,
-    DFTI_PACKED_FORMAT = 21,
-    DFTI_COMMIT_STATUS = 22,
 };
 
 enum DFTI_CONFIG_VALUE {
-    DFTI_COMMITTED = 30,
-    DFTI_UNCOMMITTED = 31,
     DFTI_COMPLEX = 32,
     DFTI_REAL = 33,
     DFTI_SINGLE = 35,
     DFTI_DOUBLE = 36,
     DFTI_COMPLEX_COMPLEX = 39,
-    DFTI_COMPLEX_REAL = 40,
-    DFTI_REAL_COMPLEX = 41,
-    DFTI_REAL_REAL = 42,
     DFTI_INPLACE = 43,
     DFTI_NOT_INPLACE = 44,
-    DFTI_CCS_FORMAT = 54,
-    DFTI_CCE_FORMAT = 57,
 };
 
 enum : MKL_LONG {
@@ -68,9 +58,8 @@ MKL_LONG DftiCreateDescriptor_s_md(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_V
                                    MKL_LONG dimension, ...);
 MKL_LONG DftiCreateDescriptor_d_md(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain,
                                    MKL_LONG dimension, ...);
-// Values: MKL_LONG for counts, lengths (1D) and distances; DFTI_CONFIG_VALUE
-// for placement, storage and format; double for scales; const MKL_LONG * for
-// strides and multi-dimensional lengths.
+// Values: MKL_LONG for counts and distances, DFTI_CONFIG_VALUE for placement
+// and storage, double for scales, const MKL_LONG * for strides.
 MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE handle, DFTI_CONFIG_PARAM param, ...);
 // Out-arguments: MKL_LONG * (or an array of them), DFTI_CONFIG_VALUE *, and
 // for scales float * or double * by the descriptor's precision.
@@ -82,7 +71,6 @@ MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE handle, void *input, ...);
 // Frees the descriptor and sets *handle to null.
 MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle);
 }
-
 
 // The dispatching form used by the library.
 inline MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
@@ -102,20 +90,43 @@ inline MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG
 namespace fennel::engine {
 
 bool HasExtensions();
-// True when p is a descriptor of this engine (its first field is the
-// engine's mark).
+// True when p is a descriptor of this engine (its first field is a mark).
 bool IsDescriptor(const void *p);
+
+// A descriptor's geometry in one query, as DftiGetValue reports it value by
+// value (strides not set read as the forward direction's row-major ones), and
+// the backward direction's own strides when it has them.
+struct Geometry {
+    DFTI_CONFIG_VALUE precision, domain;
+    MKL_LONG rank, lengths[3];
+    MKL_LONG input_strides[4], output_strides[4];  // [0] offset, then one per dimension
+    MKL_LONG transforms, input_distance, output_distance;
+    bool backward_layout;
+    MKL_LONG backward_input_strides[4], backward_output_strides[4];
+};
+MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, Geometry *geometry);
+
+// A backward transform with strides of its own, so that a real transform can
+// read and write its packed half spectrum where FFTW prefers it in both
+// directions; with `input_is_scratch` it may overwrite its input (a
+// multi-dimensional real backward transform otherwise runs on a copy).  Set
+// before the commit; any DftiSetValue clears it.
+MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, const MKL_LONG *output,
+                           bool input_is_scratch);
+// The backward transform without its scale, for a caller that applies it
+// while it copies the result out.
+MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
 
 // Objects a family keeps with a descriptor (sub-plans, tables, blocks), one
 // per key: release(object) runs when the descriptor is reconfigured,
-// committed again or freed, or when another object is attached under the
-// same key.  Attach returns false (having released the object) when the
+// committed again or freed, or another object is attached under the same
+// key.  Attach returns false (having released the object) when the
 // descriptor cannot keep it.
 void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key);
 bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *object));
 
-// FFTW plans of a family's own geometry, made (under the planner lock, with
-// the engine's planner effort) for 16-byte aligned arrays of the engine's
+// FFTW plans of a family's own geometry, made under the planner lock with
+// the engine's planner effort, for 16-byte aligned arrays of the engine's
 // allocator.  Dimensions and one loop in FFTW's guru terms (element strides).
 struct Dim {
     ptrdiff_t n, is, os;
@@ -139,33 +150,32 @@ struct RawPlan;
 RawPlan *MakeRawPlan(const RawSpec &wanted);
 void ExecuteRawPlan(const RawPlan *plan, void *input, void *output);
 void FreeRawPlan(RawPlan *plan);
-// The engine's aligned memory, FFTW's alignment class of an address (0:
-// aligned) and the threads FFTW runs a transform of `points` on.
+// The engine's aligned memory and FFTW's alignment class of an address (0:
+// aligned).
 void *AllocateAligned(size_t bytes);
 void FreeAligned(void *p);
 int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p);
-int ThreadsFor(ptrdiff_t points);
 
+// The threads FFTW runs a transform of `points` on (settings.cpp, with the
+// planner effort).
+int ThreadsFor(ptrdiff_t points);
 // FFTW's parallel loops run through `share`, which runs task(context) on the
 // caller and on a second thread the library owns (and ends at unload) and
 // returns false, having run nothing, when no second thread is free: FFTW
 // then starts no threads of its own.  Set once at load (Linux).
 void SetWorkSharing(bool (*share)(void (*task)(void *), void *context));
 
-// A backward transform with a layout of its own, so that a real transform can
-// read and write its packed half spectrum where FFTW prefers it in both
-// directions.  `input` and `output` are the backward direction's strides
-// ({offset, one per dimension}); with `input_is_scratch` the backward
-// transform may overwrite its input (a multi-dimensional real backward
-// transform otherwise runs on a copy).  Set before the commit; any
-// DftiSetValue clears it.
-MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, const MKL_LONG *output,
-                           bool input_is_scratch);
-// True, with the strides, when the descriptor has a backward layout of its own.
-bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, MKL_LONG *input, MKL_LONG *output);
-// The backward transform without the backward scale, for a caller that
-// applies it while it copies the result out (the same products, one pass
-// less).
-MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
+// ---- test controls: call counters and fault injection (linked into the
+// C++ tests through the static library, not exported) ----
+enum class Call { kCreate, kSetValue, kGetValue, kCommit, kCompute, kFree, kCount };
+struct Counters {
+    long creates = 0, commits = 0, frees = 0, computes = 0;  // successful calls
+    long live = 0;  // descriptors created and not yet freed
+};
+Counters GetCounters();
+void ResetCounters();  // zeroes all but live
+// Makes the nth next call of the given function fail (n = 1: the next one).
+void FailCall(Call call, int nth = 1);
+void ClearFaults();
 
 }  // namespace fennel::engine

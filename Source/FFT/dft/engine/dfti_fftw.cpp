@@ -1,39 +1,32 @@
 // The DFTI subset on FFTW 3.
 //
-// A descriptor records the configuration; commit checks it; the FFTW plan of
-// each direction is made at its first computation and kept in the descriptor.
-// FFTW runs a plan only on arrays of the alignment class it was planned for,
-// and plans for different classes round differently.  So that results never
-// depend on where the host put its blocks, every descriptor has one plan per
-// direction, made for 16-byte aligned arrays: a misaligned input is copied to
-// an aligned buffer first, a misaligned output is produced in an aligned
-// buffer and copied out (scaled on the way when a scale is set).
-// Multi-dimensional c2r overwrites its input in FFTW, so that input is
-// copied (inputs are never modified) unless the caller gave the backward
-// direction a layout of its own with its input as scratch.  The planner is
-// not thread-safe: every planner call and plan destruction holds one lock.
+// A descriptor records its configuration; the commit fixes the layout of
+// both directions, and the FFTW plan of a direction is made at its first
+// computation.  FFTW plans for different alignment classes round
+// differently, so that results never depend on where the host put a block
+// each direction has one plan, made for 16-byte aligned arrays: misaligned
+// data go through aligned buffers (the output scaled on the way out).  A
+// multi-dimensional c2r overwrites its input in FFTW, so that input is
+// copied unless the caller gave it as scratch.  The planner is not
+// thread-safe: every planner call and plan destruction holds one lock.
 #include <fftw3.h>
 
 #include <algorithm>
 #include <atomic>
-#include <complex>
 #include <cstdarg>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
 
 #include "dft/engine/dfti.h"
 #include "dft/engine/settings.h"
-#include "dft/engine/testing.h"
+
+using namespace fennel::engine;
 
 namespace {
 
 std::mutex g_planner_mutex;
 
-// ---- test counters and fault injection (atomics: no lock on any path) ------
-
-using fennel::engine::Call;
+// Test counters and fault injection: atomics, no lock on any path.
 std::atomic<long> g_creates{0}, g_commits{0}, g_frees{0}, g_computes{0}, g_live{0};
 std::atomic<int> g_faults[static_cast<int>(Call::kCount)];
 
@@ -47,90 +40,60 @@ bool Fault(Call call) {
 // with it.
 constexpr uint64_t kDescriptorMark = 0xFD5D1E5C0FF1CE00ull;
 
-// ---- FFTW in two precisions ---------------------------------------------------
-
-using fennel::engine::RawKind;
-
+// FFTW's two precisions behind one interface.
 template <class R> struct Fftw;
 #define FENNEL_FFTW(R, X)                                                                          \
     template <> struct Fftw<R> {                                                                   \
+        using C = X(complex);                                                                      \
         static void *Plan(RawKind kind, int rank, const fftw_iodim64 *dims, int loops,             \
                           const fftw_iodim64 *loop, void *in, void *out, unsigned flags) {         \
             const auto *d = reinterpret_cast<const X(iodim64) *>(dims);                            \
             const auto *h = reinterpret_cast<const X(iodim64) *>(loop);                            \
-            auto *ci = static_cast<X(complex) *>(in);                                              \
-            auto *co = static_cast<X(complex) *>(out);                                             \
-            switch (kind) {                                                                        \
-                case RawKind::kRealForward:                                                        \
-                    return X(plan_guru64_dft_r2c)(rank, d, loops, h, static_cast<R *>(in), co, flags); \
-                case RawKind::kRealBackward:                                                       \
-                    return X(plan_guru64_dft_c2r)(rank, d, loops, h, ci, static_cast<R *>(out), flags); \
-                default:                                                                           \
-                    return X(plan_guru64_dft)(rank, d, loops, h, ci, co,                            \
-                                              kind == RawKind::kForward ? FFTW_FORWARD : FFTW_BACKWARD, \
-                                              flags);                                              \
-            }                                                                                      \
+            if (kind == RawKind::kRealForward)                                                     \
+                return X(plan_guru64_dft_r2c)(rank, d, loops, h, (R *)in, (C *)out, flags);        \
+            if (kind == RawKind::kRealBackward)                                                    \
+                return X(plan_guru64_dft_c2r)(rank, d, loops, h, (C *)in, (R *)out, flags);        \
+            return X(plan_guru64_dft)(rank, d, loops, h, (C *)in, (C *)out,                        \
+                                      kind == RawKind::kForward ? FFTW_FORWARD : FFTW_BACKWARD, flags); \
         }                                                                                          \
         static void Execute(RawKind kind, void *plan, void *in, void *out) {                       \
-            const auto p = static_cast<X(plan)>(plan);                                             \
             if (kind == RawKind::kRealForward)                                                     \
-                X(execute_dft_r2c)(p, static_cast<R *>(in), static_cast<X(complex) *>(out));       \
+                X(execute_dft_r2c)((X(plan))plan, (R *)in, (C *)out);                              \
             else if (kind == RawKind::kRealBackward)                                               \
-                X(execute_dft_c2r)(p, static_cast<X(complex) *>(in), static_cast<R *>(out));       \
+                X(execute_dft_c2r)((X(plan))plan, (C *)in, (R *)out);                              \
             else                                                                                   \
-                X(execute_dft)(p, static_cast<X(complex) *>(in), static_cast<X(complex) *>(out));  \
+                X(execute_dft)((X(plan))plan, (C *)in, (C *)out);                                  \
         }                                                                                          \
-        static void Destroy(void *plan) { X(destroy_plan)(static_cast<X(plan)>(plan)); }           \
-        static int AlignmentOf(const void *p) { return X(alignment_of)(static_cast<R *>(const_cast<void *>(p))); } \
+        static void Destroy(void *plan) { X(destroy_plan)((X(plan))plan); }                        \
+        static int AlignmentOf(const void *p) { return X(alignment_of)((R *)p); }                  \
     };
 FENNEL_FFTW(double, FFTW_MANGLE_DOUBLE)
 FENNEL_FFTW(float, FFTW_MANGLE_FLOAT)
 #undef FENNEL_FFTW
 
-// Geometry of one direction: the input and output side of the computation.
+// One direction's layout, fixed at the commit.  Strides are in elements,
+// [0] the offset of the first one; the complex side of a real transform
+// holds n/2 + 1 in its last dimension.
 struct Layout {
-    int rank;
-    ptrdiff_t n[3];        // logical lengths
-    ptrdiff_t in_dims[3];  // per-side lengths (the complex side of a real
-    ptrdiff_t out_dims[3]; // transform holds n/2 + 1 in its last dimension)
-    ptrdiff_t is[4], os[4];  // [0]: offset of the first element, then strides
-    ptrdiff_t howmany, idist, odist;
-    size_t in_bytes, out_bytes;  // bytes of one element on each side
+    ptrdiff_t in_dims[3], out_dims[3], is[4], os[4], idist, odist;
+    size_t in_bytes, out_bytes;  // one element on each side
+    size_t in_span, out_span;    // bytes from the first element to the last
+    bool dense_out;              // the output fills its span
+    bool copy_in;                // the plan overwrites its input
 };
 
 }  // namespace
 
 struct DFTI_DESCRIPTOR {
-    uint64_t mark;  // kDescriptorMark: tells a descriptor from anything else in a plan slot
-    DFTI_CONFIG_VALUE precision;
-    DFTI_CONFIG_VALUE domain;
-    int rank;
-    MKL_LONG lengths[3];
-    MKL_LONG in_strides[4];
-    MKL_LONG out_strides[4];
-    bool in_strides_set;
-    bool out_strides_set;
-    // The backward direction's own strides (extension), and whether its
-    // input may be overwritten.
-    MKL_LONG bwd_in_strides[4];
-    MKL_LONG bwd_out_strides[4];
-    bool bwd_strides_set;
-    bool bwd_input_is_scratch;
+    uint64_t mark;  // kDescriptorMark
+    Geometry g;     // unset strides hold the forward direction's row-major ones
+    bool in_strides_set, out_strides_set, bwd_input_is_scratch, committed;
     DFTI_CONFIG_VALUE placement;
-    DFTI_CONFIG_VALUE ce_storage;
-    DFTI_CONFIG_VALUE packed_format;
-    double forward_scale;
-    double backward_scale;
-    MKL_LONG howmany;
-    MKL_LONG in_distance;
-    MKL_LONG out_distance;
-    bool committed;
-    fennel::engine::RawPlan *plans[2];  // [0] backward, [1] forward; null until first needed
-    void *in_buffer;
-    size_t in_buffer_bytes;
-    void *out_buffer;
-    size_t out_buffer_bytes;
-    // The families' objects (Attach).
+    double scales[2];         // [0] backward, [1] forward, as the arrays below
+    Layout layouts[2];
+    RawPlan *plans[2];        // null until first needed
+    void *buffers[2];         // [0] input, [1] output
+    size_t buffer_bytes[2];
     struct {
         uint32_t key;
         void *object;
@@ -140,110 +103,96 @@ struct DFTI_DESCRIPTOR {
 
 namespace {
 
-void DestroyPlans(DFTI_DESCRIPTOR *d) {
-    for (fennel::engine::RawPlan *&plan : d->plans) {
-        fennel::engine::FreeRawPlan(plan);
-        plan = nullptr;
+// Any change of configuration uncommits the descriptor.
+void Uncommit(DFTI_DESCRIPTOR *d) {
+    for (int i = 0; i < 2; ++i) {
+        FreeRawPlan(d->plans[i]);
+        fftw_free(d->buffers[i]);
+        d->plans[i] = nullptr;
+        d->buffers[i] = nullptr;
+        d->buffer_bytes[i] = 0;
     }
-}
-
-void ReleaseBuffers(DFTI_DESCRIPTOR *d) {
     for (auto &a : d->attachments) {
         if (a.object != nullptr) a.release(a.object);
         a = {};
     }
-    fftw_free(d->in_buffer);
-    fftw_free(d->out_buffer);
-    d->in_buffer = d->out_buffer = nullptr;
-    d->in_buffer_bytes = d->out_buffer_bytes = 0;
-}
-
-// Any change of configuration uncommits the descriptor.
-void Uncommit(DFTI_DESCRIPTOR *d) {
-    DestroyPlans(d);
-    ReleaseBuffers(d);
     d->committed = false;
 }
 
-void RowMajor(int rank, const ptrdiff_t *dims, ptrdiff_t *strides) {
+void RowMajor(int rank, const ptrdiff_t *dims, MKL_LONG *strides) {
     strides[0] = 0;
-    ptrdiff_t s = 1;
-    for (int i = rank; i >= 1; --i) {
-        strides[i] = s;
-        s *= dims[i - 1];
-    }
+    for (MKL_LONG i = rank, s = 1; i >= 1; s *= dims[--i]) strides[i] = s;
+}
+
+// Bytes from the first touched element to the last, inclusive.
+size_t Span(int rank, const ptrdiff_t *dims, const ptrdiff_t *strides, ptrdiff_t howmany,
+            ptrdiff_t dist, size_t bytes) {
+    ptrdiff_t last = (howmany - 1) * dist;
+    for (int i = 0; i < rank; ++i) last += (dims[i] - 1) * strides[i + 1];
+    return static_cast<size_t>(last + 1) * bytes;
 }
 
 Layout MakeLayout(const DFTI_DESCRIPTOR *d, bool forward) {
+    const Geometry &g = d->g;
+    const int rank = static_cast<int>(g.rank);
+    const bool real = g.domain == DFTI_REAL;
     Layout l{};
-    l.rank = d->rank;
-    const bool real = d->domain == DFTI_REAL;
-    ptrdiff_t real_dims[3], complex_dims[3];
-    for (int i = 0; i < d->rank; ++i) {
-        l.n[i] = d->lengths[i];
-        real_dims[i] = complex_dims[i] = d->lengths[i];
+    ptrdiff_t real_dims[3], complex_dims[3], in_count = 1, out_count = 1;
+    for (int i = 0; i < rank; ++i) real_dims[i] = complex_dims[i] = g.lengths[i];
+    if (real) complex_dims[rank - 1] = g.lengths[rank - 1] / 2 + 1;
+    const size_t component = g.precision == DFTI_SINGLE ? 4 : 8;
+    l.in_bytes = forward && real ? component : 2 * component;
+    l.out_bytes = !forward && real ? component : 2 * component;
+    MKL_LONG is[4], os[4];
+    const MKL_LONG *in = g.input_strides, *out = g.output_strides;
+    if (!forward && g.backward_layout) {
+        in = g.backward_input_strides;
+        out = g.backward_output_strides;
+    } else if (!forward) {
+        RowMajor(rank, complex_dims, is);
+        RowMajor(rank, real_dims, os);
+        if (!d->in_strides_set) in = is;
+        if (!d->out_strides_set) out = os;
     }
-    if (real) complex_dims[d->rank - 1] = d->lengths[d->rank - 1] / 2 + 1;
-    const size_t component = d->precision == DFTI_SINGLE ? 4 : 8;
-    const size_t real_bytes = real ? component : 2 * component;
-    const size_t complex_bytes = 2 * component;
-    const ptrdiff_t *in_dims = forward ? real_dims : complex_dims;
-    const ptrdiff_t *out_dims = forward ? complex_dims : real_dims;
-    l.in_bytes = forward ? real_bytes : complex_bytes;
-    l.out_bytes = forward ? complex_bytes : real_bytes;
-    for (int i = 0; i < d->rank; ++i) {
-        l.in_dims[i] = in_dims[i];
-        l.out_dims[i] = out_dims[i];
+    for (int i = 0; i <= rank; ++i) {
+        l.is[i] = in[i];
+        l.os[i] = out[i];
+        if (i == rank) break;
+        l.in_dims[i] = forward ? real_dims[i] : complex_dims[i];
+        l.out_dims[i] = forward ? complex_dims[i] : real_dims[i];
+        in_count *= l.in_dims[i];
+        out_count *= l.out_dims[i];
     }
-    if (!forward && d->bwd_strides_set) {
-        for (int i = 0; i <= d->rank; ++i) {
-            l.is[i] = d->bwd_in_strides[i];
-            l.os[i] = d->bwd_out_strides[i];
-        }
-    } else if (d->in_strides_set) {
-        for (int i = 0; i <= d->rank; ++i) l.is[i] = d->in_strides[i];
-    } else {
-        RowMajor(d->rank, in_dims, l.is);
-    }
-    if (!forward && d->bwd_strides_set) {
-    } else if (d->out_strides_set) {
-        for (int i = 0; i <= d->rank; ++i) l.os[i] = d->out_strides[i];
-    } else {
-        RowMajor(d->rank, out_dims, l.os);
-    }
-    ptrdiff_t in_count = 1, out_count = 1;
-    for (int i = 0; i < d->rank; ++i) {
-        in_count *= in_dims[i];
-        out_count *= out_dims[i];
-    }
-    l.howmany = d->howmany;
-    l.idist = d->in_distance != 0 ? d->in_distance : in_count;
-    l.odist = d->out_distance != 0 ? d->out_distance : out_count;
+    l.idist = g.input_distance != 0 ? g.input_distance : in_count;
+    l.odist = g.output_distance != 0 ? g.output_distance : out_count;
+    l.in_span = Span(rank, l.in_dims, l.is, g.transforms, l.idist, l.in_bytes);
+    l.out_span = Span(rank, l.out_dims, l.os, g.transforms, l.odist, l.out_bytes);
+    l.dense_out = l.out_span == static_cast<size_t>(out_count * g.transforms) * l.out_bytes;
+    l.copy_in = real && !forward && rank > 1 && !d->bwd_input_is_scratch;
     return l;
 }
 
-// Number of elements from the first touched element to the last, inclusive.
-ptrdiff_t Span(int rank, const ptrdiff_t *dims, const ptrdiff_t *strides, ptrdiff_t howmany,
-               ptrdiff_t dist) {
-    ptrdiff_t last = (howmany - 1) * dist;
-    for (int i = 0; i < rank; ++i) last += (dims[i] - 1) * strides[i + 1];
-    return last + 1;
-}
-
-bool Dense(int rank, const ptrdiff_t *dims, const ptrdiff_t *strides, ptrdiff_t howmany,
-           ptrdiff_t dist) {
-    ptrdiff_t count = howmany;
-    for (int i = 0; i < rank; ++i) count *= dims[i];
-    return Span(rank, dims, strides, howmany, dist) == count;
-}
-
-// Ensures a buffer of at least bytes, aligned for every FFTW class 0 plan.
-bool EnsureBuffer(void *&buffer, size_t &have, size_t bytes) {
-    if (have >= bytes) return true;
-    fftw_free(buffer);
-    buffer = fftw_malloc(bytes);
-    have = buffer != nullptr ? bytes : 0;
-    return buffer != nullptr;
+// The FFTW plan of one direction, on the descriptor's layout.
+RawPlan *MakePlan(const DFTI_DESCRIPTOR *d, bool forward) {
+    const Layout &l = d->layouts[forward];
+    const bool real = d->g.domain == DFTI_REAL;
+    RawSpec s;
+    s.precision = d->g.precision;
+    s.kind = real ? (forward ? RawKind::kRealForward : RawKind::kRealBackward)
+                  : (forward ? RawKind::kForward : RawKind::kBackward);
+    s.rank = static_cast<int>(d->g.rank);
+    s.points = d->g.transforms;
+    for (int i = 0; i < s.rank; ++i) {
+        s.dims[i] = {d->g.lengths[i], l.is[i + 1], l.os[i + 1]};
+        s.points *= d->g.lengths[i];
+    }
+    s.loop = true;
+    s.loop_dim = {d->g.transforms, l.idist, l.odist};
+    s.in_bytes = l.in_span + 64;
+    s.out_bytes = l.out_span + 64;
+    // 1D c2r can keep its input; multi-dimensional c2r runs on a copy.
+    if (real && !forward) (s.rank == 1 ? s.preserve_input : s.destroy_input) = true;
+    return MakeRawPlan(s);
 }
 
 unsigned PlannerFlags(ptrdiff_t total) {
@@ -255,117 +204,97 @@ unsigned PlannerFlags(ptrdiff_t total) {
     return FFTW_ESTIMATE;
 }
 
-// The plan of one direction, on the descriptor's layout.
-fennel::engine::RawPlan *MakePlan(const DFTI_DESCRIPTOR *d, const Layout &l, bool forward) {
-    fennel::engine::RawSpec s;
-    s.precision = d->precision;
-    const bool real = d->domain == DFTI_REAL;
-    s.kind = real ? (forward ? RawKind::kRealForward : RawKind::kRealBackward)
-                  : (forward ? RawKind::kForward : RawKind::kBackward);
-    s.rank = l.rank;
-    ptrdiff_t total = l.howmany;
-    for (int i = 0; i < l.rank; ++i) {
-        s.dims[i] = {l.n[i], l.is[i + 1], l.os[i + 1]};
-        total *= l.n[i];
+// An aligned buffer of at least `bytes`, kept with the descriptor.
+void *Buffer(DFTI_DESCRIPTOR *d, int which, size_t bytes) {
+    if (d->buffer_bytes[which] < bytes) {
+        fftw_free(d->buffers[which]);
+        d->buffers[which] = fftw_malloc(bytes);
+        d->buffer_bytes[which] = d->buffers[which] != nullptr ? bytes : 0;
     }
-    s.loop = true;
-    s.loop_dim = {l.howmany, l.idist, l.odist};
-    s.in_bytes = Span(l.rank, l.in_dims, l.is, l.howmany, l.idist) * l.in_bytes + 64;
-    s.out_bytes = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * l.out_bytes + 64;
-    s.points = total;
-    // 1D c2r can keep its input; multi-dimensional c2r runs on a copy.
-    if (real && !forward) (l.rank == 1 ? s.preserve_input : s.destroy_input) = true;
-    return fennel::engine::MakeRawPlan(s);
+    return d->buffers[which];
 }
 
 // dst[e] = src[e] * scale for every output element e the layout touches
 // (src and dst may be the same array).
 template <class R>
-void CopyOut(const Layout &l, R *dst, const R *src, double scale, bool complex_out) {
+void CopyOut(const DFTI_DESCRIPTOR *d, const Layout &l, R *dst, const R *src, double scale) {
     const R s = static_cast<R>(scale);
-    const int k = complex_out ? 2 : 1;
-    if (Dense(l.rank, l.out_dims, l.os, l.howmany, l.odist)) {
-        const ptrdiff_t count = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * k;
+    if (l.dense_out) {
+        const ptrdiff_t count = static_cast<ptrdiff_t>(l.out_span / sizeof(R));
         if (scale == 1.0) {
-            if (dst != src) std::memcpy(dst, src, sizeof(R) * count);
+            if (dst != src) std::memcpy(dst, src, l.out_span);
         } else {
             for (ptrdiff_t i = 0; i < count; ++i) dst[i] = src[i] * s;
         }
         return;
     }
-    const ptrdiff_t d0 = l.out_dims[0], d1 = l.rank > 1 ? l.out_dims[1] : 1,
-                    d2 = l.rank > 2 ? l.out_dims[2] : 1;
-    const ptrdiff_t s0 = l.os[1], s1 = l.rank > 1 ? l.os[2] : 0, s2 = l.rank > 2 ? l.os[3] : 0;
-    for (ptrdiff_t h = 0; h < l.howmany; ++h)
-        for (ptrdiff_t i = 0; i < d0; ++i)
+    const int rank = static_cast<int>(d->g.rank), k = static_cast<int>(l.out_bytes / sizeof(R));
+    const ptrdiff_t d1 = rank > 1 ? l.out_dims[1] : 1, d2 = rank > 2 ? l.out_dims[2] : 1;
+    const ptrdiff_t s1 = rank > 1 ? l.os[2] : 0, s2 = rank > 2 ? l.os[3] : 0;
+    for (ptrdiff_t h = 0; h < d->g.transforms; ++h)
+        for (ptrdiff_t i = 0; i < l.out_dims[0]; ++i)
             for (ptrdiff_t j = 0; j < d1; ++j)
                 for (ptrdiff_t m = 0; m < d2; ++m) {
-                    const ptrdiff_t e = (h * l.odist + i * s0 + j * s1 + m * s2) * k;
+                    const ptrdiff_t e = (h * l.odist + i * l.os[1] + j * s1 + m * s2) * k;
                     for (int c = 0; c < k; ++c) dst[e + c] = src[e + c] * s;
                 }
 }
 
 template <class R>
 MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bool scaled = true) {
-    if (Fault(fennel::engine::Call::kCompute)) return DFTI_INCONSISTENT_CONFIGURATION;
+    if (Fault(Call::kCompute)) return DFTI_INCONSISTENT_CONFIGURATION;
     if (d == nullptr || !d->committed) return DFTI_BAD_DESCRIPTOR;
     if (input == nullptr || output == nullptr || input == output) return DFTI_INVALID_CONFIGURATION;
-    const Layout l = MakeLayout(d, forward);
+    const Layout &l = d->layouts[forward];
     char *in = static_cast<char *>(input) + l.is[0] * l.in_bytes;
     char *out = static_cast<char *>(output) + l.os[0] * l.out_bytes;
-    const bool real = d->domain == DFTI_REAL;
-    const size_t in_span = Span(l.rank, l.in_dims, l.is, l.howmany, l.idist) * l.in_bytes;
-    const size_t out_span = Span(l.rank, l.out_dims, l.os, l.howmany, l.odist) * l.out_bytes;
-
-    // One aligned plan per direction; misaligned data go through buffers.
-    const bool copy_in = Fftw<R>::AlignmentOf(in) != 0 ||
-                         (real && !forward && l.rank > 1 && !d->bwd_input_is_scratch);
+    void *src = in, *dst = out;
     const bool copy_out = Fftw<R>::AlignmentOf(out) != 0;
-    void *src = in;
-    void *dst = out;
-    if (copy_in) {
-        if (!EnsureBuffer(d->in_buffer, d->in_buffer_bytes, in_span)) return DFTI_MEMORY_ERROR;
-        std::memcpy(d->in_buffer, in, in_span);
-        src = d->in_buffer;
+    if (l.copy_in || Fftw<R>::AlignmentOf(in) != 0) {
+        if ((src = Buffer(d, 0, l.in_span)) == nullptr) return DFTI_MEMORY_ERROR;
+        std::memcpy(src, in, l.in_span);
     }
-    if (copy_out) {
-        if (!EnsureBuffer(d->out_buffer, d->out_buffer_bytes, out_span)) return DFTI_MEMORY_ERROR;
-        dst = d->out_buffer;
-    }
-
-    fennel::engine::RawPlan *&plan = d->plans[forward ? 1 : 0];
-    if (plan == nullptr && (plan = MakePlan(d, l, forward)) == nullptr) return DFTI_UNIMPLEMENTED;
-    fennel::engine::ExecuteRawPlan(plan, src, dst);
-
-    const double scale = !scaled ? 1.0 : forward ? d->forward_scale : d->backward_scale;
-    if (copy_out || scale != 1.0)
-        CopyOut<R>(l, reinterpret_cast<R *>(out), static_cast<const R *>(dst), scale, !real || forward);
+    if (copy_out && (dst = Buffer(d, 1, l.out_span)) == nullptr) return DFTI_MEMORY_ERROR;
+    RawPlan *&plan = d->plans[forward];
+    if (plan == nullptr && (plan = MakePlan(d, forward)) == nullptr) return DFTI_UNIMPLEMENTED;
+    ExecuteRawPlan(plan, src, dst);
+    const double scale = scaled ? d->scales[forward] : 1.0;
+    if (copy_out || scale != 1.0) CopyOut<R>(d, l, reinterpret_cast<R *>(out), static_cast<const R *>(dst), scale);
     ++g_computes;
     return DFTI_NO_ERROR;
 }
 
-MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
-                DFTI_CONFIG_VALUE domain, MKL_LONG rank, const MKL_LONG *lengths) {
+MKL_LONG Run(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bool scaled = true) {
+    if (d != nullptr && d->g.precision == DFTI_SINGLE) return Compute<float>(d, forward, input, output, scaled);
+    return Compute<double>(d, forward, input, output, scaled);
+}
+
+MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision, DFTI_CONFIG_VALUE domain,
+                MKL_LONG rank, const MKL_LONG *lengths) {
     if (handle == nullptr) return DFTI_INVALID_CONFIGURATION;
     *handle = nullptr;
-    if (Fault(fennel::engine::Call::kCreate)) return DFTI_MEMORY_ERROR;
+    if (Fault(Call::kCreate)) return DFTI_MEMORY_ERROR;
     if (domain != DFTI_REAL && domain != DFTI_COMPLEX) return DFTI_INVALID_CONFIGURATION;
     if (rank < 1 || rank > 3) return DFTI_UNIMPLEMENTED;
-    for (MKL_LONG i = 0; i < rank; ++i)
+    ptrdiff_t real_dims[3], complex_dims[3];
+    for (MKL_LONG i = 0; i < rank; ++i) {
         if (lengths[i] < 1) return DFTI_INVALID_CONFIGURATION;
+        real_dims[i] = complex_dims[i] = lengths[i];
+    }
+    if (domain == DFTI_REAL) complex_dims[rank - 1] = lengths[rank - 1] / 2 + 1;
     auto *d = static_cast<DFTI_DESCRIPTOR *>(fftw_malloc(sizeof(DFTI_DESCRIPTOR)));
     if (d == nullptr) return DFTI_MEMORY_ERROR;
     std::memset(static_cast<void *>(d), 0, sizeof *d);
     d->mark = kDescriptorMark;
-    d->precision = precision;
-    d->domain = domain;
-    d->rank = static_cast<int>(rank);
-    for (MKL_LONG i = 0; i < rank; ++i) d->lengths[i] = lengths[i];
+    d->g.precision = precision;
+    d->g.domain = domain;
+    d->g.rank = rank;
+    std::copy(lengths, lengths + rank, d->g.lengths);
+    RowMajor(static_cast<int>(rank), real_dims, d->g.input_strides);
+    RowMajor(static_cast<int>(rank), complex_dims, d->g.output_strides);
+    d->g.transforms = 1;
     d->placement = DFTI_INPLACE;
-    d->ce_storage = DFTI_COMPLEX_REAL;
-    d->packed_format = DFTI_CCS_FORMAT;
-    d->forward_scale = d->backward_scale = 1.0;
-    d->howmany = 1;
+    d->scales[0] = d->scales[1] = 1.0;
     *handle = d;
     ++g_creates;
     ++g_live;
@@ -374,70 +303,42 @@ MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
 
 }  // namespace
 
-// ---- the interface ------------------------------------------------------------
-
 extern "C" {
 
-MKL_LONG DftiCreateDescriptor_s_1d(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain, ...) {
-    va_list ap;
-    va_start(ap, domain);
-    const MKL_LONG length = va_arg(ap, MKL_LONG);
-    va_end(ap);
-    return Create(handle, DFTI_SINGLE, domain, 1, &length);
-}
-
-MKL_LONG DftiCreateDescriptor_d_1d(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain, ...) {
-    va_list ap;
-    va_start(ap, domain);
-    const MKL_LONG length = va_arg(ap, MKL_LONG);
-    va_end(ap);
-    return Create(handle, DFTI_DOUBLE, domain, 1, &length);
-}
-
-MKL_LONG DftiCreateDescriptor_s_md(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain,
-                                   MKL_LONG dimension, ...) {
-    va_list ap;
-    va_start(ap, dimension);
-    const MKL_LONG *lengths = va_arg(ap, const MKL_LONG *);
-    va_end(ap);
-    return Create(handle, DFTI_SINGLE, domain, dimension, lengths);
-}
-
-MKL_LONG DftiCreateDescriptor_d_md(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain,
-                                   MKL_LONG dimension, ...) {
-    va_list ap;
-    va_start(ap, dimension);
-    const MKL_LONG *lengths = va_arg(ap, const MKL_LONG *);
-    va_end(ap);
-    return Create(handle, DFTI_DOUBLE, domain, dimension, lengths);
-}
+// 1D: the length follows the domain; md: the dimension, then the lengths.
+#define FENNEL_CREATE(P, precision)                                                                \
+    MKL_LONG DftiCreateDescriptor_##P##_1d(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE domain, ...) { \
+        va_list ap;                                                                                \
+        va_start(ap, domain);                                                                      \
+        const MKL_LONG n = va_arg(ap, MKL_LONG);                                                   \
+        va_end(ap);                                                                                \
+        return Create(h, precision, domain, 1, &n);                                                \
+    }                                                                                              \
+    MKL_LONG DftiCreateDescriptor_##P##_md(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE domain,     \
+                                           MKL_LONG rank, ...) {                                   \
+        va_list ap;                                                                                \
+        va_start(ap, rank);                                                                        \
+        const MKL_LONG *n = va_arg(ap, const MKL_LONG *);                                          \
+        va_end(ap);                                                                                \
+        return Create(h, precision, domain, rank, n);                                              \
+    }
+FENNEL_CREATE(s, DFTI_SINGLE)
+FENNEL_CREATE(d, DFTI_DOUBLE)
+#undef FENNEL_CREATE
 
 MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM param, ...) {
-    if (Fault(fennel::engine::Call::kSetValue)) return DFTI_INVALID_CONFIGURATION;
+    if (Fault(Call::kSetValue)) return DFTI_INVALID_CONFIGURATION;
     if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
     va_list ap;
     va_start(ap, param);
     MKL_LONG status = DFTI_NO_ERROR;
     switch (param) {
-        case DFTI_LENGTHS:
-            if (d->rank == 1) {
-                const MKL_LONG n = va_arg(ap, MKL_LONG);
-                if (n < 1) status = DFTI_INVALID_CONFIGURATION;
-                else d->lengths[0] = n;
-            } else {
-                const MKL_LONG *n = va_arg(ap, const MKL_LONG *);
-                for (int i = 0; i < d->rank; ++i)
-                    if (n[i] < 1) status = DFTI_INVALID_CONFIGURATION;
-                if (status == DFTI_NO_ERROR)
-                    for (int i = 0; i < d->rank; ++i) d->lengths[i] = n[i];
-            }
-            break;
         case DFTI_INPUT_STRIDES:
         case DFTI_OUTPUT_STRIDES: {
             const MKL_LONG *s = va_arg(ap, const MKL_LONG *);
-            MKL_LONG *dst = param == DFTI_INPUT_STRIDES ? d->in_strides : d->out_strides;
-            for (int i = 0; i <= d->rank; ++i) dst[i] = s[i];
-            (param == DFTI_INPUT_STRIDES ? d->in_strides_set : d->out_strides_set) = true;
+            const bool input = param == DFTI_INPUT_STRIDES;
+            std::copy(s, s + d->g.rank + 1, input ? d->g.input_strides : d->g.output_strides);
+            (input ? d->in_strides_set : d->out_strides_set) = true;
             break;
         }
         case DFTI_PLACEMENT: {
@@ -446,99 +347,75 @@ MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM param, ...) {
             else d->placement = static_cast<DFTI_CONFIG_VALUE>(v);
             break;
         }
-        case DFTI_CONJUGATE_EVEN_STORAGE: {
-            const int v = va_arg(ap, int);
-            if (v != DFTI_COMPLEX_COMPLEX && v != DFTI_COMPLEX_REAL) status = DFTI_INVALID_CONFIGURATION;
-            else d->ce_storage = static_cast<DFTI_CONFIG_VALUE>(v);
+        // The only storage of a half spectrum the engine writes.
+        case DFTI_CONJUGATE_EVEN_STORAGE:
+            if (va_arg(ap, int) != DFTI_COMPLEX_COMPLEX) status = DFTI_UNIMPLEMENTED;
             break;
-        }
-        case DFTI_PACKED_FORMAT: {
-            const int v = va_arg(ap, int);
-            if (v != DFTI_CCS_FORMAT && v != DFTI_CCE_FORMAT) status = DFTI_UNIMPLEMENTED;
-            else d->packed_format = static_cast<DFTI_CONFIG_VALUE>(v);
-            break;
-        }
-        case DFTI_FORWARD_SCALE: d->forward_scale = va_arg(ap, double); break;
-        case DFTI_BACKWARD_SCALE: d->backward_scale = va_arg(ap, double); break;
+        case DFTI_FORWARD_SCALE:
+        case DFTI_BACKWARD_SCALE: d->scales[param == DFTI_FORWARD_SCALE] = va_arg(ap, double); break;
         case DFTI_NUMBER_OF_TRANSFORMS: {
             const MKL_LONG n = va_arg(ap, MKL_LONG);
             if (n < 1) status = DFTI_INVALID_CONFIGURATION;
-            else d->howmany = n;
+            else d->g.transforms = n;
             break;
         }
-        case DFTI_INPUT_DISTANCE: d->in_distance = va_arg(ap, MKL_LONG); break;
-        case DFTI_OUTPUT_DISTANCE: d->out_distance = va_arg(ap, MKL_LONG); break;
+        case DFTI_INPUT_DISTANCE: d->g.input_distance = va_arg(ap, MKL_LONG); break;
+        case DFTI_OUTPUT_DISTANCE: d->g.output_distance = va_arg(ap, MKL_LONG); break;
         default: status = DFTI_INVALID_CONFIGURATION; break;
     }
     va_end(ap);
     if (status == DFTI_NO_ERROR) {
         Uncommit(d);
-        d->bwd_strides_set = d->bwd_input_is_scratch = false;
+        d->g.backward_layout = d->bwd_input_is_scratch = false;
     }
     return status;
 }
 
 MKL_LONG DftiGetValue(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM param, ...) {
-    if (Fault(fennel::engine::Call::kGetValue)) return DFTI_INVALID_CONFIGURATION;
+    if (Fault(Call::kGetValue)) return DFTI_INVALID_CONFIGURATION;
     if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
+    const Geometry &g = d->g;
     va_list ap;
     va_start(ap, param);
-    MKL_LONG status = DFTI_NO_ERROR;
+    void *out = va_arg(ap, void *);
+    va_end(ap);
+    auto copy = [out](const MKL_LONG *from, MKL_LONG count) { std::copy(from, from + count, (MKL_LONG *)out); };
     switch (param) {
-        case DFTI_LENGTHS: {
-            MKL_LONG *out = va_arg(ap, MKL_LONG *);
-            for (int i = 0; i < d->rank; ++i) out[i] = d->lengths[i];
-            break;
-        }
-        case DFTI_DIMENSION: *va_arg(ap, MKL_LONG *) = d->rank; break;
-        case DFTI_INPUT_STRIDES:
-        case DFTI_OUTPUT_STRIDES: {
-            MKL_LONG *out = va_arg(ap, MKL_LONG *);
-            const bool input = param == DFTI_INPUT_STRIDES;
-            if (input ? d->in_strides_set : d->out_strides_set) {
-                for (int i = 0; i <= d->rank; ++i) out[i] = input ? d->in_strides[i] : d->out_strides[i];
-            } else {
-                const Layout l = MakeLayout(d, true);
-                for (int i = 0; i <= d->rank; ++i) out[i] = input ? l.is[i] : l.os[i];
-            }
-            break;
-        }
-        case DFTI_PRECISION: *va_arg(ap, DFTI_CONFIG_VALUE *) = d->precision; break;
-        case DFTI_FORWARD_DOMAIN: *va_arg(ap, DFTI_CONFIG_VALUE *) = d->domain; break;
-        case DFTI_PLACEMENT: *va_arg(ap, DFTI_CONFIG_VALUE *) = d->placement; break;
-        case DFTI_CONJUGATE_EVEN_STORAGE: *va_arg(ap, DFTI_CONFIG_VALUE *) = d->ce_storage; break;
-        case DFTI_PACKED_FORMAT: *va_arg(ap, DFTI_CONFIG_VALUE *) = d->packed_format; break;
-        case DFTI_COMMIT_STATUS:
-            *va_arg(ap, DFTI_CONFIG_VALUE *) = d->committed ? DFTI_COMMITTED : DFTI_UNCOMMITTED;
-            break;
+        case DFTI_PRECISION: *static_cast<DFTI_CONFIG_VALUE *>(out) = g.precision; break;
+        case DFTI_FORWARD_DOMAIN: *static_cast<DFTI_CONFIG_VALUE *>(out) = g.domain; break;
+        case DFTI_DIMENSION: copy(&g.rank, 1); break;
+        case DFTI_LENGTHS: copy(g.lengths, g.rank); break;
+        case DFTI_INPUT_STRIDES: copy(g.input_strides, g.rank + 1); break;
+        case DFTI_OUTPUT_STRIDES: copy(g.output_strides, g.rank + 1); break;
+        case DFTI_NUMBER_OF_TRANSFORMS: copy(&g.transforms, 1); break;
+        case DFTI_INPUT_DISTANCE: copy(&g.input_distance, 1); break;
+        case DFTI_OUTPUT_DISTANCE: copy(&g.output_distance, 1); break;
         case DFTI_FORWARD_SCALE:
         case DFTI_BACKWARD_SCALE: {
-            const double v = param == DFTI_FORWARD_SCALE ? d->forward_scale : d->backward_scale;
-            if (d->precision == DFTI_SINGLE) *va_arg(ap, float *) = static_cast<float>(v);
-            else *va_arg(ap, double *) = v;
+            const double v = d->scales[param == DFTI_FORWARD_SCALE];
+            if (g.precision == DFTI_SINGLE) *static_cast<float *>(out) = static_cast<float>(v);
+            else *static_cast<double *>(out) = v;
             break;
         }
-        case DFTI_NUMBER_OF_TRANSFORMS: *va_arg(ap, MKL_LONG *) = d->howmany; break;
-        case DFTI_INPUT_DISTANCE: *va_arg(ap, MKL_LONG *) = d->in_distance; break;
-        case DFTI_OUTPUT_DISTANCE: *va_arg(ap, MKL_LONG *) = d->out_distance; break;
-        default: status = DFTI_INVALID_CONFIGURATION; break;
+        default: return DFTI_INVALID_CONFIGURATION;
     }
-    va_end(ap);
-    return status;
+    return DFTI_NO_ERROR;
 }
 
 MKL_LONG DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE d) {
-    if (Fault(fennel::engine::Call::kCommit)) return DFTI_INCONSISTENT_CONFIGURATION;
+    if (Fault(Call::kCommit)) return DFTI_INCONSISTENT_CONFIGURATION;
     if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
     // Only out-of-place transforms with non-negative strides are offered.
     if (d->placement != DFTI_NOT_INPLACE) return DFTI_UNIMPLEMENTED;
-    for (int i = 0; i <= d->rank; ++i)
-        if ((d->in_strides_set && d->in_strides[i] < 0) || (d->out_strides_set && d->out_strides[i] < 0) ||
-            (d->bwd_strides_set && (d->bwd_in_strides[i] < 0 || d->bwd_out_strides[i] < 0)))
+    const Geometry &g = d->g;
+    for (int i = 0; i <= g.rank; ++i)
+        if (g.input_strides[i] < 0 || g.output_strides[i] < 0 ||
+            (g.backward_layout && (g.backward_input_strides[i] < 0 || g.backward_output_strides[i] < 0)))
             return DFTI_INVALID_CONFIGURATION;
-    if (d->howmany > 1 && (d->in_distance < 0 || d->out_distance < 0))
-        return DFTI_INVALID_CONFIGURATION;
+    if (g.transforms > 1 && (g.input_distance < 0 || g.output_distance < 0)) return DFTI_INVALID_CONFIGURATION;
     Uncommit(d);
+    d->layouts[0] = MakeLayout(d, false);
+    d->layouts[1] = MakeLayout(d, true);
     d->committed = true;
     ++g_commits;
     return DFTI_NO_ERROR;
@@ -549,8 +426,7 @@ MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE d, void *input, ...) {
     va_start(ap, input);
     void *output = va_arg(ap, void *);
     va_end(ap);
-    if (d != nullptr && d->precision == DFTI_SINGLE) return Compute<float>(d, true, input, output);
-    return Compute<double>(d, true, input, output);
+    return Run(d, true, input, output);
 }
 
 MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE d, void *input, ...) {
@@ -558,12 +434,11 @@ MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE d, void *input, ...) {
     va_start(ap, input);
     void *output = va_arg(ap, void *);
     va_end(ap);
-    if (d != nullptr && d->precision == DFTI_SINGLE) return Compute<float>(d, false, input, output);
-    return Compute<double>(d, false, input, output);
+    return Run(d, false, input, output);
 }
 
 MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle) {
-    if (Fault(fennel::engine::Call::kFree)) return DFTI_MEMORY_ERROR;
+    if (Fault(Call::kFree)) return DFTI_MEMORY_ERROR;
     if (handle == nullptr || *handle == nullptr) return DFTI_BAD_DESCRIPTOR;
     Uncommit(*handle);
     (*handle)->mark = 0;
@@ -578,62 +453,55 @@ MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle) {
 
 namespace fennel::engine {
 
-MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, const MKL_LONG *output,
-                           bool input_is_scratch) {
-    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
-    for (int i = 0; i <= d->rank; ++i) {
-        d->bwd_in_strides[i] = input[i];
-        d->bwd_out_strides[i] = output[i];
-    }
-    d->bwd_strides_set = true;
-    d->bwd_input_is_scratch = input_is_scratch;
-    Uncommit(d);
-    return DFTI_NO_ERROR;
-}
-
-bool GetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, MKL_LONG *input, MKL_LONG *output) {
-    if (d == nullptr || !d->bwd_strides_set) return false;
-    for (int i = 0; i <= d->rank; ++i) {
-        input[i] = d->bwd_in_strides[i];
-        output[i] = d->bwd_out_strides[i];
-    }
-    return true;
-}
-
-MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output) {
-    if (d != nullptr && d->precision == DFTI_SINGLE) return Compute<float>(d, false, input, output, false);
-    return Compute<double>(d, false, input, output, false);
-}
-
 bool HasExtensions() { return true; }
 
 bool IsDescriptor(const void *p) {
     return p != nullptr && static_cast<const DFTI_DESCRIPTOR *>(p)->mark == kDescriptorMark;
 }
 
+MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, Geometry *geometry) {
+    if (Fault(Call::kGetValue)) return DFTI_INVALID_CONFIGURATION;
+    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
+    *geometry = d->g;
+    return DFTI_NO_ERROR;
+}
+
+MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, const MKL_LONG *output,
+                           bool input_is_scratch) {
+    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
+    std::copy(input, input + d->g.rank + 1, d->g.backward_input_strides);
+    std::copy(output, output + d->g.rank + 1, d->g.backward_output_strides);
+    d->g.backward_layout = true;
+    d->bwd_input_is_scratch = input_is_scratch;
+    Uncommit(d);
+    return DFTI_NO_ERROR;
+}
+
+MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output) {
+    return Run(d, false, input, output, false);
+}
+
 void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key) {
-    if (d == nullptr) return nullptr;
-    for (const auto &a : d->attachments)
-        if (a.object != nullptr && a.key == key) return a.object;
+    if (d != nullptr)
+        for (const auto &a : d->attachments)
+            if (a.object != nullptr && a.key == key) return a.object;
     return nullptr;
 }
 
 bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *)) {
-    if (d == nullptr || !d->committed) {
-        release(object);
-        return false;
+    if (d != nullptr && d->committed) {
+        // The slot of the same key, else the first free one.
+        auto *slot = std::find_if(std::begin(d->attachments), std::end(d->attachments),
+                                  [key](const auto &a) { return a.object != nullptr && a.key == key; });
+        if (slot == std::end(d->attachments))
+            slot = std::find_if(std::begin(d->attachments), std::end(d->attachments),
+                                [](const auto &a) { return a.object == nullptr; });
+        if (slot != std::end(d->attachments)) {
+            if (slot->object != nullptr) slot->release(slot->object);
+            *slot = {key, object, release};
+            return true;
+        }
     }
-    for (auto &a : d->attachments)
-        if (a.object != nullptr && a.key == key) {
-            a.release(a.object);
-            a = {key, object, release};
-            return true;
-        }
-    for (auto &a : d->attachments)
-        if (a.object == nullptr) {
-            a = {key, object, release};
-            return true;
-        }
     release(object);
     return false;
 }
@@ -669,28 +537,22 @@ RawPlan *MakeRawPlan(const RawSpec &s) {
     }
     if (out != in) fftw_free(out);
     fftw_free(in);
-    if (raw->plan == nullptr) {
-        fftw_free(raw);
-        return nullptr;
-    }
-    return raw;
+    if (raw->plan != nullptr) return raw;
+    fftw_free(raw);
+    return nullptr;
 }
 
 void ExecuteRawPlan(const RawPlan *raw, void *input, void *output) {
-    if (raw->single)
-        Fftw<float>::Execute(raw->kind, raw->plan, input, output);
-    else
-        Fftw<double>::Execute(raw->kind, raw->plan, input, output);
+    if (raw->single) Fftw<float>::Execute(raw->kind, raw->plan, input, output);
+    else Fftw<double>::Execute(raw->kind, raw->plan, input, output);
 }
 
 void FreeRawPlan(RawPlan *raw) {
     if (raw == nullptr) return;
     {
         std::lock_guard<std::mutex> lock(g_planner_mutex);
-        if (raw->single)
-            Fftw<float>::Destroy(raw->plan);
-        else
-            Fftw<double>::Destroy(raw->plan);
+        if (raw->single) Fftw<float>::Destroy(raw->plan);
+        else Fftw<double>::Destroy(raw->plan);
     }
     fftw_free(raw);
 }
@@ -701,15 +563,9 @@ int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p) {
     return precision == DFTI_SINGLE ? Fftw<float>::AlignmentOf(p) : Fftw<double>::AlignmentOf(p);
 }
 
-Counters GetCounters() {
-    return Counters{g_creates.load(), g_commits.load(), g_frees.load(), g_computes.load(),
-                    g_live.load()};
-}
-
+Counters GetCounters() { return {g_creates, g_commits, g_frees, g_computes, g_live}; }
 void ResetCounters() { g_creates = g_commits = g_frees = g_computes = 0; }
-
 void FailCall(Call call, int nth) { g_faults[static_cast<int>(call)] = nth; }
-
 void ClearFaults() {
     for (std::atomic<int> &countdown : g_faults) countdown = 0;
 }

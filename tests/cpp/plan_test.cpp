@@ -7,6 +7,7 @@ namespace fennel::test {
 namespace {
 
 using engine::Call;
+constexpr MKL_LONG kFour = 4;
 
 TEST_F(HostTest, SameLengthReusesAnotherLengthRebuilds) {
     Array<double> x(Random<double>(16, 1)), y(Random<double>(8, 2));
@@ -29,7 +30,7 @@ TEST_F(HostTest, FreeDftiPlanOnNullCallsNothingAndReportsFailedFrees) {
     FDPlanHandle plan = nullptr;
     EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
     EXPECT_EQ(engine::GetCounters().frees, 0);
-    ASSERT_EQ(DftiCreateDescriptor_d_1d(PlanSlot(&plan), DFTI_REAL, MKL_LONG{4}), 0);
+    ASSERT_EQ(DftiCreateDescriptor(PlanSlot(&plan), DFTI_DOUBLE, DFTI_REAL, 1, &kFour), 0);
     engine::FailCall(Call::kFree);
     EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_DFTI_FREE_FAILED);
     EXPECT_NE(plan, nullptr);
@@ -52,10 +53,10 @@ TEST_F(HostTest, FreeTrigPlanFreesWhatIsSetThenTheRecord) {
         auto *record = static_cast<TrigPlanRecord *>(DSNewPtr(sizeof(TrigPlanRecord)));
         record->first = record->second = nullptr;
         if (r.first) {
-            ASSERT_EQ(DftiCreateDescriptor_s_1d(&record->first, DFTI_REAL, MKL_LONG{4}), 0);
+            ASSERT_EQ(DftiCreateDescriptor(&record->first, DFTI_SINGLE, DFTI_REAL, 1, &kFour), 0);
         }
         if (r.second) {
-            ASSERT_EQ(DftiCreateDescriptor_s_1d(&record->second, DFTI_REAL, MKL_LONG{4}), 0);
+            ASSERT_EQ(DftiCreateDescriptor(&record->second, DFTI_SINGLE, DFTI_REAL, 1, &kFour), 0);
         }
         plan = record;
         const long frees = engine::GetCounters().frees;

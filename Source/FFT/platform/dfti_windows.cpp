@@ -43,42 +43,19 @@ bool IsScale(DFTI_CONFIG_PARAM p) { return p == DFTI_FORWARD_SCALE || p == DFTI_
 
 }  // namespace
 
-extern "C" {
-
-MKL_LONG DftiCreateDescriptor_s_1d(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE domain, ...) {
-    va_list ap;
-    va_start(ap, domain);
-    const MKL_LONG n = va_arg(ap, MKL_LONG);
-    va_end(ap);
-    CreateFn f = Bound(g_create_s_1d, "DftiCreateDescriptor_s_1d");
-    return f ? f(h, domain, n) : kMissing;
-}
-
-MKL_LONG DftiCreateDescriptor_d_1d(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE domain, ...) {
-    va_list ap;
-    va_start(ap, domain);
-    const MKL_LONG n = va_arg(ap, MKL_LONG);
-    va_end(ap);
-    CreateFn f = Bound(g_create_d_1d, "DftiCreateDescriptor_d_1d");
-    return f ? f(h, domain, n) : kMissing;
-}
-
-MKL_LONG DftiCreateDescriptor_s_md(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE domain, MKL_LONG dim, ...) {
-    va_list ap;
-    va_start(ap, dim);
-    const MKL_LONG *n = va_arg(ap, const MKL_LONG *);
-    va_end(ap);
-    CreateMdFn f = Bound(g_create_s_md, "DftiCreateDescriptor_s_md");
-    return f ? f(h, domain, dim, n) : kMissing;
-}
-
-MKL_LONG DftiCreateDescriptor_d_md(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE domain, MKL_LONG dim, ...) {
-    va_list ap;
-    va_start(ap, dim);
-    const MKL_LONG *n = va_arg(ap, const MKL_LONG *);
-    va_end(ap);
-    CreateMdFn f = Bound(g_create_d_md, "DftiCreateDescriptor_d_md");
-    return f ? f(h, domain, dim, n) : kMissing;
+// The interface's creation functions: 1D takes the length, md the dimension
+// and a pointer to the lengths.
+MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE precision, DFTI_CONFIG_VALUE domain,
+                              MKL_LONG dimension, const MKL_LONG *lengths) {
+    const bool single = precision == DFTI_SINGLE;
+    if (dimension == 1) {
+        CreateFn f = single ? Bound(g_create_s_1d, "DftiCreateDescriptor_s_1d")
+                            : Bound(g_create_d_1d, "DftiCreateDescriptor_d_1d");
+        return f ? f(h, domain, lengths[0]) : kMissing;
+    }
+    CreateMdFn f = single ? Bound(g_create_s_md, "DftiCreateDescriptor_s_md")
+                          : Bound(g_create_d_md, "DftiCreateDescriptor_d_md");
+    return f ? f(h, domain, dimension, lengths) : kMissing;
 }
 
 // One value follows the parameter: a double for the scales, otherwise an
@@ -115,20 +92,12 @@ MKL_LONG DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE h) {
     return f ? f(h) : kMissing;
 }
 
-MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE h, void *in, ...) {
-    va_list ap;
-    va_start(ap, in);
-    void *out = va_arg(ap, void *);
-    va_end(ap);
+MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE h, void *in, void *out) {
     ComputeFn f = Bound(g_forward, "DftiComputeForward");
     return f ? f(h, in, out) : kMissing;
 }
 
-MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE h, void *in, ...) {
-    va_list ap;
-    va_start(ap, in);
-    void *out = va_arg(ap, void *);
-    va_end(ap);
+MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE h, void *in, void *out) {
     ComputeFn f = Bound(g_backward, "DftiComputeBackward");
     return f ? f(h, in, out) : kMissing;
 }
@@ -137,6 +106,8 @@ MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *h) {
     FreeFn f = Bound(g_free, "DftiFreeDescriptor");
     return f ? f(h) : kMissing;
 }
+
+extern "C" {
 
 // CBLAS level 1 and dlapy2 from the same module.
 #define FENNEL_BIND_VOID(name, params, args)          \

@@ -1,133 +1,92 @@
-// The subset of the DFTI transform interface that the library calls, with the
-// interface's own numeric constants, and the engine's extensions.  On Linux
-// it is implemented on FFTW (dfti_fftw.cpp); its symbols stay hidden inside
-// the library.
+// The part of the DFTI transform interface that the library calls, with the
+// interface's numeric constants, and the engine's extensions.  On Linux it
+// runs on FFTW (dfti_fftw.cpp), its symbols hidden inside the library.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-// The interface's integer type: long on every platform (32 bits on 64-bit
-// Windows, 64 bits on Linux).
+// long on every platform: 32 bits on 64-bit Windows, 64 bits on Linux.
 using MKL_LONG = long;
 
 enum DFTI_CONFIG_PARAM {
-    DFTI_FORWARD_DOMAIN = 0,
-    DFTI_DIMENSION = 1,
-    DFTI_LENGTHS = 2,
-    DFTI_PRECISION = 3,
-    DFTI_FORWARD_SCALE = 4,
-    DFTI_BACKWARD_SCALE = 5,
-    DFTI_NUMBER_OF_TRANSFORMS = 7,
-    DFTI_CONJUGATE_EVEN_STORAGE = 10,
-    DFTI_PLACEMENT = 11,
-    DFTI_INPUT_STRIDES = 12,
-    DFTI_OUTPUT_STRIDES = 13,
-    DFTI_INPUT_DISTANCE = 14,
-    DFTI_OUTPUT_DISTANCE = 15,
+    DFTI_FORWARD_DOMAIN = 0, DFTI_DIMENSION = 1, DFTI_LENGTHS = 2, DFTI_PRECISION = 3,
+    DFTI_FORWARD_SCALE = 4, DFTI_BACKWARD_SCALE = 5, DFTI_NUMBER_OF_TRANSFORMS = 7,
+    DFTI_CONJUGATE_EVEN_STORAGE = 10, DFTI_PLACEMENT = 11, DFTI_INPUT_STRIDES = 12,
+    DFTI_OUTPUT_STRIDES = 13, DFTI_INPUT_DISTANCE = 14, DFTI_OUTPUT_DISTANCE = 15,
 };
-
 enum DFTI_CONFIG_VALUE {
-    DFTI_COMPLEX = 32,
-    DFTI_REAL = 33,
-    DFTI_SINGLE = 35,
-    DFTI_DOUBLE = 36,
-    DFTI_COMPLEX_COMPLEX = 39,
-    DFTI_INPLACE = 43,
-    DFTI_NOT_INPLACE = 44,
+    DFTI_COMPLEX = 32, DFTI_REAL = 33, DFTI_SINGLE = 35, DFTI_DOUBLE = 36,
+    DFTI_COMPLEX_COMPLEX = 39, DFTI_INPLACE = 43, DFTI_NOT_INPLACE = 44,
 };
-
 enum : MKL_LONG {
-    DFTI_NO_ERROR = 0,
-    DFTI_MEMORY_ERROR = 1,
-    DFTI_INVALID_CONFIGURATION = 2,
-    DFTI_INCONSISTENT_CONFIGURATION = 3,
-    DFTI_BAD_DESCRIPTOR = 5,
-    DFTI_UNIMPLEMENTED = 6,
+    DFTI_NO_ERROR = 0, DFTI_MEMORY_ERROR = 1, DFTI_INVALID_CONFIGURATION = 2,
+    DFTI_INCONSISTENT_CONFIGURATION = 3, DFTI_BAD_DESCRIPTOR = 5, DFTI_UNIMPLEMENTED = 6,
 };
 
 struct DFTI_DESCRIPTOR;
 using DFTI_DESCRIPTOR_HANDLE = DFTI_DESCRIPTOR *;
 
-extern "C" {
-// 1D: the trailing argument is the length (MKL_LONG).  md: dimension, then a
-// pointer to the lengths (const MKL_LONG *).
-MKL_LONG DftiCreateDescriptor_s_1d(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain, ...);
-MKL_LONG DftiCreateDescriptor_d_1d(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain, ...);
-MKL_LONG DftiCreateDescriptor_s_md(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain,
-                                   MKL_LONG dimension, ...);
-MKL_LONG DftiCreateDescriptor_d_md(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE domain,
-                                   MKL_LONG dimension, ...);
+// The interface's four creation functions in one: `dimension` lengths.
+MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
+                              DFTI_CONFIG_VALUE domain, MKL_LONG dimension, const MKL_LONG *lengths);
 // Values: MKL_LONG for counts and distances, DFTI_CONFIG_VALUE for placement
-// and storage, double for scales, const MKL_LONG * for strides.
+// and storage, double for scales, const MKL_LONG * for strides ([0] offset,
+// then one per dimension).
 MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE handle, DFTI_CONFIG_PARAM param, ...);
 // Out-arguments: MKL_LONG * (or an array of them), DFTI_CONFIG_VALUE *, and
 // for scales float * or double * by the descriptor's precision.
 MKL_LONG DftiGetValue(DFTI_DESCRIPTOR_HANDLE handle, DFTI_CONFIG_PARAM param, ...);
 MKL_LONG DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE handle);
-// Out of place: (handle, input, output).  Inputs are never modified.
-MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE handle, void *input, ...);
-MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE handle, void *input, ...);
+// Out of place; inputs are never modified.
+MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE handle, void *input, void *output);
+MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE handle, void *input, void *output);
 // Frees the descriptor and sets *handle to null.
 MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle);
-}
 
-// The dispatching form used by the library.
-inline MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
-                                     DFTI_CONFIG_VALUE domain, MKL_LONG dimension,
-                                     const MKL_LONG *lengths) {
-    if (dimension == 1)
-        return precision == DFTI_SINGLE ? DftiCreateDescriptor_s_1d(handle, domain, lengths[0])
-                                        : DftiCreateDescriptor_d_1d(handle, domain, lengths[0]);
-    return precision == DFTI_SINGLE ? DftiCreateDescriptor_s_md(handle, domain, dimension, lengths)
-                                    : DftiCreateDescriptor_d_md(handle, domain, dimension, lengths);
-}
-
-// ---- extensions of the FFTW engine (not part of the DFTI interface) --------
+// ---- extensions of the FFTW engine --------------------------------------------
 // The engine bound on Windows is a foreign one: there HasExtensions() is
-// false, every extension call fails (DFTI_UNIMPLEMENTED, null or false) and
-// the families take their portable path.
+// false, every extension fails (DFTI_UNIMPLEMENTED, null or false) and the
+// families take their portable path.
 namespace fennel::engine {
 
 bool HasExtensions();
 // True when p is a descriptor of this engine (its first field is a mark).
 bool IsDescriptor(const void *p);
 
-// A descriptor's geometry in one query, as DftiGetValue reports it value by
-// value (strides not set read as the forward direction's row-major ones), and
-// the backward direction's own strides when it has them.
+// A descriptor's whole geometry in one query: the values DftiGetValue would
+// report (unset strides read as the forward direction's row-major ones) and
+// the backward direction's own strides.
 struct Geometry {
     DFTI_CONFIG_VALUE precision, domain;
-    MKL_LONG rank, lengths[3];
-    MKL_LONG input_strides[4], output_strides[4];  // [0] offset, then one per dimension
+    MKL_LONG rank, lengths[3], input_strides[4], output_strides[4];
     MKL_LONG transforms, input_distance, output_distance;
     bool backward_layout;
     MKL_LONG backward_input_strides[4], backward_output_strides[4];
 };
 MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, Geometry *geometry);
 
-// A backward transform with strides of its own, so that a real transform can
-// read and write its packed half spectrum where FFTW prefers it in both
-// directions; with `input_is_scratch` it may overwrite its input (a
-// multi-dimensional real backward transform otherwise runs on a copy).  Set
-// before the commit; any DftiSetValue clears it.
+// Strides of the backward direction's own, so that a real transform reads
+// and writes its half spectrum where FFTW prefers it both ways; with
+// `input_is_scratch` the backward transform may overwrite its input (a
+// multi-dimensional c2r otherwise runs on a copy).  Set before the commit;
+// any DftiSetValue clears it.
 MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, const MKL_LONG *output,
                            bool input_is_scratch);
 // The backward transform without its scale, for a caller that applies it
 // while it copies the result out.
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
 
-// Objects a family keeps with a descriptor (sub-plans, tables, blocks), one
-// per key: release(object) runs when the descriptor is reconfigured,
-// committed again or freed, or another object is attached under the same
-// key.  Attach returns false (having released the object) when the
-// descriptor cannot keep it.
+// A family's objects kept with a descriptor, one per key: release(object)
+// runs when the descriptor is reconfigured, committed again or freed, or
+// another object is attached under the key.  Attach returns false, having
+// released the object, when the descriptor cannot keep it.
 void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key);
 bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *object));
 
-// FFTW plans of a family's own geometry, made under the planner lock with
-// the engine's planner effort, for 16-byte aligned arrays of the engine's
-// allocator.  Dimensions and one loop in FFTW's guru terms (element strides).
+// FFTW plans of a family's own geometry, in FFTW's guru terms (element
+// strides), made under the planner lock with the engine's effort, for
+// 16-byte aligned arrays.
 struct Dim {
     ptrdiff_t n, is, os;
 };
@@ -150,23 +109,18 @@ struct RawPlan;
 RawPlan *MakeRawPlan(const RawSpec &wanted);
 void ExecuteRawPlan(const RawPlan *plan, void *input, void *output);
 void FreeRawPlan(RawPlan *plan);
-// The engine's aligned memory and FFTW's alignment class of an address (0:
-// aligned).
+// The engine's aligned memory; FFTW's alignment class of an address (0: aligned).
 void *AllocateAligned(size_t bytes);
 void FreeAligned(void *p);
 int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p);
-
-// The threads FFTW runs a transform of `points` on (settings.cpp, with the
-// planner effort).
+// The threads FFTW runs a transform of `points` on (settings.cpp).
 int ThreadsFor(ptrdiff_t points);
 // FFTW's parallel loops run through `share`, which runs task(context) on the
-// caller and on a second thread the library owns (and ends at unload) and
-// returns false, having run nothing, when no second thread is free: FFTW
-// then starts no threads of its own.  Set once at load (Linux).
+// caller and on a second thread the library owns, or returns false having
+// run nothing when that thread is busy.  Set once at load (Linux).
 void SetWorkSharing(bool (*share)(void (*task)(void *), void *context));
 
-// ---- test controls: call counters and fault injection (linked into the
-// C++ tests through the static library, not exported) ----
+// Test controls, linked into the C++ tests through the static library.
 enum class Call { kCreate, kSetValue, kGetValue, kCommit, kCompute, kFree, kCount };
 struct Counters {
     long creates = 0, commits = 0, frees = 0, computes = 0;  // successful calls

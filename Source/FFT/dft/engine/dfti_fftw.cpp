@@ -1,14 +1,12 @@
-// The DFTI subset on FFTW 3.
-//
-// A descriptor records its configuration; the commit fixes the layout of
-// both directions, and the FFTW plan of a direction is made at its first
-// computation.  FFTW plans for different alignment classes round
+// The DFTI part on FFTW 3.  A descriptor records its configuration, the
+// commit fixes both directions' layouts, and a direction's FFTW plan is made
+// at its first computation.  Plans for different alignment classes round
 // differently, so that results never depend on where the host put a block
-// each direction has one plan, made for 16-byte aligned arrays: misaligned
-// data go through aligned buffers (the output scaled on the way out).  A
-// multi-dimensional c2r overwrites its input in FFTW, so that input is
-// copied unless the caller gave it as scratch.  The planner is not
-// thread-safe: every planner call and plan destruction holds one lock.
+// each direction has one plan, for 16-byte aligned arrays: misaligned data
+// go through aligned buffers (the output scaled on the way out).  FFTW's
+// multi-dimensional c2r overwrites its input, so that input is copied unless
+// the caller gave it as scratch.  The planner is not thread-safe: every
+// planner call and plan destruction holds one lock.
 #include <fftw3.h>
 
 #include <algorithm>
@@ -16,6 +14,8 @@
 #include <cstdarg>
 #include <cstring>
 #include <mutex>
+#include <new>
+#include <utility>
 
 #include "dft/engine/dfti.h"
 #include "dft/engine/settings.h"
@@ -36,8 +36,7 @@ bool Fault(Call call) {
            countdown.fetch_sub(1, std::memory_order_relaxed) == 1;
 }
 
-// The first field of every descriptor: no pointer and no host block starts
-// with it.
+// The first field of every descriptor: no pointer and no host block starts with it.
 constexpr uint64_t kDescriptorMark = 0xFD5D1E5C0FF1CE00ull;
 
 // FFTW's two precisions behind one interface.
@@ -45,24 +44,20 @@ template <class R> struct Fftw;
 #define FENNEL_FFTW(R, X)                                                                          \
     template <> struct Fftw<R> {                                                                   \
         using C = X(complex);                                                                      \
-        static void *Plan(RawKind kind, int rank, const fftw_iodim64 *dims, int loops,             \
-                          const fftw_iodim64 *loop, void *in, void *out, unsigned flags) {         \
-            const auto *d = reinterpret_cast<const X(iodim64) *>(dims);                            \
-            const auto *h = reinterpret_cast<const X(iodim64) *>(loop);                            \
+        static void *Plan(RawKind kind, int rank, const void *dims, int loops, const void *loop,   \
+                          void *in, void *out, unsigned flags) {                                   \
+            const auto *d = static_cast<const X(iodim64) *>(dims), *h = static_cast<const X(iodim64) *>(loop); \
             if (kind == RawKind::kRealForward)                                                     \
                 return X(plan_guru64_dft_r2c)(rank, d, loops, h, (R *)in, (C *)out, flags);        \
             if (kind == RawKind::kRealBackward)                                                    \
                 return X(plan_guru64_dft_c2r)(rank, d, loops, h, (C *)in, (R *)out, flags);        \
-            return X(plan_guru64_dft)(rank, d, loops, h, (C *)in, (C *)out,                        \
-                                      kind == RawKind::kForward ? FFTW_FORWARD : FFTW_BACKWARD, flags); \
+            const int sign = kind == RawKind::kForward ? FFTW_FORWARD : FFTW_BACKWARD;             \
+            return X(plan_guru64_dft)(rank, d, loops, h, (C *)in, (C *)out, sign, flags);          \
         }                                                                                          \
         static void Execute(RawKind kind, void *plan, void *in, void *out) {                       \
-            if (kind == RawKind::kRealForward)                                                     \
-                X(execute_dft_r2c)((X(plan))plan, (R *)in, (C *)out);                              \
-            else if (kind == RawKind::kRealBackward)                                               \
-                X(execute_dft_c2r)((X(plan))plan, (C *)in, (R *)out);                              \
-            else                                                                                   \
-                X(execute_dft)((X(plan))plan, (C *)in, (C *)out);                                  \
+            if (kind == RawKind::kRealForward) X(execute_dft_r2c)((X(plan))plan, (R *)in, (C *)out); \
+            else if (kind == RawKind::kRealBackward) X(execute_dft_c2r)((X(plan))plan, (C *)in, (R *)out); \
+            else X(execute_dft)((X(plan))plan, (C *)in, (C *)out);                                 \
         }                                                                                          \
         static void Destroy(void *plan) { X(destroy_plan)((X(plan))plan); }                        \
         static int AlignmentOf(const void *p) { return X(alignment_of)((R *)p); }                  \
@@ -71,15 +66,15 @@ FENNEL_FFTW(double, FFTW_MANGLE_DOUBLE)
 FENNEL_FFTW(float, FFTW_MANGLE_FLOAT)
 #undef FENNEL_FFTW
 
-// One direction's layout, fixed at the commit.  Strides are in elements,
-// [0] the offset of the first one; the complex side of a real transform
-// holds n/2 + 1 in its last dimension.
+// One direction's layout, fixed at the commit: element strides ([0] the
+// offset of the first), lengths per side (the complex side of a real
+// transform holds n/2 + 1 in its last dimension), bytes per element and
+// bytes from the first element to the last.
 struct Layout {
     ptrdiff_t in_dims[3], out_dims[3], is[4], os[4], idist, odist;
-    size_t in_bytes, out_bytes;  // one element on each side
-    size_t in_span, out_span;    // bytes from the first element to the last
-    bool dense_out;              // the output fills its span
-    bool copy_in;                // the plan overwrites its input
+    size_t in_bytes, out_bytes, in_span, out_span;
+    bool dense_out;  // the output fills its span
+    bool copy_in;    // the plan would overwrite its input
 };
 
 }  // namespace
@@ -87,12 +82,13 @@ struct Layout {
 struct DFTI_DESCRIPTOR {
     uint64_t mark;  // kDescriptorMark
     Geometry g;     // unset strides hold the forward direction's row-major ones
-    bool in_strides_set, out_strides_set, bwd_input_is_scratch, committed;
+    bool in_strides_set, out_strides_set, input_is_scratch, committed;
     DFTI_CONFIG_VALUE placement;
-    double scales[2];         // [0] backward, [1] forward, as the arrays below
+    // [0] backward, [1] forward; buffers [0] input, [1] output.
+    double scales[2];
     Layout layouts[2];
-    RawPlan *plans[2];        // null until first needed
-    void *buffers[2];         // [0] input, [1] output
+    RawPlan *plans[2];
+    void *buffers[2];
     size_t buffer_bytes[2];
     struct {
         uint32_t key;
@@ -119,60 +115,45 @@ void Uncommit(DFTI_DESCRIPTOR *d) {
     d->committed = false;
 }
 
-void RowMajor(int rank, const ptrdiff_t *dims, MKL_LONG *strides) {
+void RowMajor(MKL_LONG rank, const ptrdiff_t *dims, ptrdiff_t *strides) {
     strides[0] = 0;
     for (MKL_LONG i = rank, s = 1; i >= 1; s *= dims[--i]) strides[i] = s;
 }
 
-// Bytes from the first touched element to the last, inclusive.
-size_t Span(int rank, const ptrdiff_t *dims, const ptrdiff_t *strides, ptrdiff_t howmany,
-            ptrdiff_t dist, size_t bytes) {
-    ptrdiff_t last = (howmany - 1) * dist;
-    for (int i = 0; i < rank; ++i) last += (dims[i] - 1) * strides[i + 1];
-    return static_cast<size_t>(last + 1) * bytes;
-}
-
 Layout MakeLayout(const DFTI_DESCRIPTOR *d, bool forward) {
     const Geometry &g = d->g;
-    const int rank = static_cast<int>(g.rank);
-    const bool real = g.domain == DFTI_REAL;
-    Layout l{};
-    ptrdiff_t real_dims[3], complex_dims[3], in_count = 1, out_count = 1;
-    for (int i = 0; i < rank; ++i) real_dims[i] = complex_dims[i] = g.lengths[i];
-    if (real) complex_dims[rank - 1] = g.lengths[rank - 1] / 2 + 1;
+    const bool real = g.domain == DFTI_REAL, own = !forward && g.backward_layout;
     const size_t component = g.precision == DFTI_SINGLE ? 4 : 8;
-    l.in_bytes = forward && real ? component : 2 * component;
-    l.out_bytes = !forward && real ? component : 2 * component;
-    MKL_LONG is[4], os[4];
-    const MKL_LONG *in = g.input_strides, *out = g.output_strides;
-    if (!forward && g.backward_layout) {
-        in = g.backward_input_strides;
-        out = g.backward_output_strides;
-    } else if (!forward) {
-        RowMajor(rank, complex_dims, is);
-        RowMajor(rank, real_dims, os);
-        if (!d->in_strides_set) in = is;
-        if (!d->out_strides_set) out = os;
+    Layout l{};
+    ptrdiff_t in_count = 1, out_count = 1, in_last = 0, out_last = 0;
+    for (int i = 0; i < g.rank; ++i) {
+        const ptrdiff_t n = g.lengths[i], half = real && i == g.rank - 1 ? n / 2 + 1 : n;
+        in_count *= l.in_dims[i] = forward ? n : half;
+        out_count *= l.out_dims[i] = forward ? half : n;
     }
-    for (int i = 0; i <= rank; ++i) {
-        l.is[i] = in[i];
-        l.os[i] = out[i];
-        if (i == rank) break;
-        l.in_dims[i] = forward ? real_dims[i] : complex_dims[i];
-        l.out_dims[i] = forward ? complex_dims[i] : real_dims[i];
-        in_count *= l.in_dims[i];
-        out_count *= l.out_dims[i];
+    // Strides not set are row-major on each direction's own sides.
+    RowMajor(g.rank, l.in_dims, l.is);
+    RowMajor(g.rank, l.out_dims, l.os);
+    for (int i = 0; i <= g.rank; ++i) {
+        if (own || d->in_strides_set) l.is[i] = own ? g.backward_input_strides[i] : g.input_strides[i];
+        if (own || d->out_strides_set) l.os[i] = own ? g.backward_output_strides[i] : g.output_strides[i];
+    }
+    for (int i = 0; i < g.rank; ++i) {
+        in_last += (l.in_dims[i] - 1) * l.is[i + 1];
+        out_last += (l.out_dims[i] - 1) * l.os[i + 1];
     }
     l.idist = g.input_distance != 0 ? g.input_distance : in_count;
     l.odist = g.output_distance != 0 ? g.output_distance : out_count;
-    l.in_span = Span(rank, l.in_dims, l.is, g.transforms, l.idist, l.in_bytes);
-    l.out_span = Span(rank, l.out_dims, l.os, g.transforms, l.odist, l.out_bytes);
+    l.in_bytes = forward && real ? component : 2 * component;
+    l.out_bytes = !forward && real ? component : 2 * component;
+    l.in_span = static_cast<size_t>((g.transforms - 1) * l.idist + in_last + 1) * l.in_bytes;
+    l.out_span = static_cast<size_t>((g.transforms - 1) * l.odist + out_last + 1) * l.out_bytes;
     l.dense_out = l.out_span == static_cast<size_t>(out_count * g.transforms) * l.out_bytes;
-    l.copy_in = real && !forward && rank > 1 && !d->bwd_input_is_scratch;
+    l.copy_in = real && !forward && g.rank > 1 && !d->input_is_scratch;
     return l;
 }
 
-// The FFTW plan of one direction, on the descriptor's layout.
+// The FFTW plan of one direction, on its layout.
 RawPlan *MakePlan(const DFTI_DESCRIPTOR *d, bool forward) {
     const Layout &l = d->layouts[forward];
     const bool real = d->g.domain == DFTI_REAL;
@@ -204,7 +185,7 @@ unsigned PlannerFlags(ptrdiff_t total) {
     return FFTW_ESTIMATE;
 }
 
-// An aligned buffer of at least `bytes`, kept with the descriptor.
+// The descriptor's aligned buffer `which`, grown to at least `bytes`.
 void *Buffer(DFTI_DESCRIPTOR *d, int which, size_t bytes) {
     if (d->buffer_bytes[which] < bytes) {
         fftw_free(d->buffers[which]);
@@ -228,7 +209,8 @@ void CopyOut(const DFTI_DESCRIPTOR *d, const Layout &l, R *dst, const R *src, do
         }
         return;
     }
-    const int rank = static_cast<int>(d->g.rank), k = static_cast<int>(l.out_bytes / sizeof(R));
+    const MKL_LONG rank = d->g.rank;
+    const int k = static_cast<int>(l.out_bytes / sizeof(R));
     const ptrdiff_t d1 = rank > 1 ? l.out_dims[1] : 1, d2 = rank > 2 ? l.out_dims[2] : 1;
     const ptrdiff_t s1 = rank > 1 ? l.os[2] : 0, s2 = rank > 2 ? l.os[3] : 0;
     for (ptrdiff_t h = 0; h < d->g.transforms; ++h)
@@ -241,7 +223,7 @@ void CopyOut(const DFTI_DESCRIPTOR *d, const Layout &l, R *dst, const R *src, do
 }
 
 template <class R>
-MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bool scaled = true) {
+MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bool scaled) {
     if (Fault(Call::kCompute)) return DFTI_INCONSISTENT_CONFIGURATION;
     if (d == nullptr || !d->committed) return DFTI_BAD_DESCRIPTOR;
     if (input == nullptr || output == nullptr || input == output) return DFTI_INVALID_CONFIGURATION;
@@ -269,62 +251,36 @@ MKL_LONG Run(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bool s
     return Compute<double>(d, forward, input, output, scaled);
 }
 
-MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision, DFTI_CONFIG_VALUE domain,
-                MKL_LONG rank, const MKL_LONG *lengths) {
+}  // namespace
+
+MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
+                              DFTI_CONFIG_VALUE domain, MKL_LONG rank, const MKL_LONG *lengths) {
     if (handle == nullptr) return DFTI_INVALID_CONFIGURATION;
     *handle = nullptr;
     if (Fault(Call::kCreate)) return DFTI_MEMORY_ERROR;
     if (domain != DFTI_REAL && domain != DFTI_COMPLEX) return DFTI_INVALID_CONFIGURATION;
     if (rank < 1 || rank > 3) return DFTI_UNIMPLEMENTED;
-    ptrdiff_t real_dims[3], complex_dims[3];
-    for (MKL_LONG i = 0; i < rank; ++i) {
-        if (lengths[i] < 1) return DFTI_INVALID_CONFIGURATION;
-        real_dims[i] = complex_dims[i] = lengths[i];
-    }
-    if (domain == DFTI_REAL) complex_dims[rank - 1] = lengths[rank - 1] / 2 + 1;
-    auto *d = static_cast<DFTI_DESCRIPTOR *>(fftw_malloc(sizeof(DFTI_DESCRIPTOR)));
-    if (d == nullptr) return DFTI_MEMORY_ERROR;
-    std::memset(static_cast<void *>(d), 0, sizeof *d);
+    if (std::any_of(lengths, lengths + rank, [](MKL_LONG n) { return n < 1; })) return DFTI_INVALID_CONFIGURATION;
+    void *block = fftw_malloc(sizeof(DFTI_DESCRIPTOR));
+    if (block == nullptr) return DFTI_MEMORY_ERROR;
+    auto *d = new (block) DFTI_DESCRIPTOR{};
     d->mark = kDescriptorMark;
     d->g.precision = precision;
     d->g.domain = domain;
     d->g.rank = rank;
     std::copy(lengths, lengths + rank, d->g.lengths);
-    RowMajor(static_cast<int>(rank), real_dims, d->g.input_strides);
-    RowMajor(static_cast<int>(rank), complex_dims, d->g.output_strides);
     d->g.transforms = 1;
     d->placement = DFTI_INPLACE;
     d->scales[0] = d->scales[1] = 1.0;
+    // The strides reported while none are set: the forward direction's.
+    const Layout l = MakeLayout(d, true);
+    std::copy(l.is, l.is + rank + 1, d->g.input_strides);
+    std::copy(l.os, l.os + rank + 1, d->g.output_strides);
     *handle = d;
     ++g_creates;
     ++g_live;
     return DFTI_NO_ERROR;
 }
-
-}  // namespace
-
-extern "C" {
-
-// 1D: the length follows the domain; md: the dimension, then the lengths.
-#define FENNEL_CREATE(P, precision)                                                                \
-    MKL_LONG DftiCreateDescriptor_##P##_1d(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE domain, ...) { \
-        va_list ap;                                                                                \
-        va_start(ap, domain);                                                                      \
-        const MKL_LONG n = va_arg(ap, MKL_LONG);                                                   \
-        va_end(ap);                                                                                \
-        return Create(h, precision, domain, 1, &n);                                                \
-    }                                                                                              \
-    MKL_LONG DftiCreateDescriptor_##P##_md(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE domain,     \
-                                           MKL_LONG rank, ...) {                                   \
-        va_list ap;                                                                                \
-        va_start(ap, rank);                                                                        \
-        const MKL_LONG *n = va_arg(ap, const MKL_LONG *);                                          \
-        va_end(ap);                                                                                \
-        return Create(h, precision, domain, rank, n);                                              \
-    }
-FENNEL_CREATE(s, DFTI_SINGLE)
-FENNEL_CREATE(d, DFTI_DOUBLE)
-#undef FENNEL_CREATE
 
 MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM param, ...) {
     if (Fault(Call::kSetValue)) return DFTI_INVALID_CONFIGURATION;
@@ -366,38 +322,28 @@ MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM param, ...) {
     va_end(ap);
     if (status == DFTI_NO_ERROR) {
         Uncommit(d);
-        d->g.backward_layout = d->bwd_input_is_scratch = false;
+        d->g.backward_layout = d->input_is_scratch = false;
     }
     return status;
 }
 
+// The values the library reads one at a time (the geometry comes in one
+// query, GetGeometry).
 MKL_LONG DftiGetValue(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM param, ...) {
     if (Fault(Call::kGetValue)) return DFTI_INVALID_CONFIGURATION;
     if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
-    const Geometry &g = d->g;
     va_list ap;
     va_start(ap, param);
     void *out = va_arg(ap, void *);
     va_end(ap);
-    auto copy = [out](const MKL_LONG *from, MKL_LONG count) { std::copy(from, from + count, (MKL_LONG *)out); };
-    switch (param) {
-        case DFTI_PRECISION: *static_cast<DFTI_CONFIG_VALUE *>(out) = g.precision; break;
-        case DFTI_FORWARD_DOMAIN: *static_cast<DFTI_CONFIG_VALUE *>(out) = g.domain; break;
-        case DFTI_DIMENSION: copy(&g.rank, 1); break;
-        case DFTI_LENGTHS: copy(g.lengths, g.rank); break;
-        case DFTI_INPUT_STRIDES: copy(g.input_strides, g.rank + 1); break;
-        case DFTI_OUTPUT_STRIDES: copy(g.output_strides, g.rank + 1); break;
-        case DFTI_NUMBER_OF_TRANSFORMS: copy(&g.transforms, 1); break;
-        case DFTI_INPUT_DISTANCE: copy(&g.input_distance, 1); break;
-        case DFTI_OUTPUT_DISTANCE: copy(&g.output_distance, 1); break;
-        case DFTI_FORWARD_SCALE:
-        case DFTI_BACKWARD_SCALE: {
-            const double v = d->scales[param == DFTI_FORWARD_SCALE];
-            if (g.precision == DFTI_SINGLE) *static_cast<float *>(out) = static_cast<float>(v);
-            else *static_cast<double *>(out) = v;
-            break;
-        }
-        default: return DFTI_INVALID_CONFIGURATION;
+    if (param == DFTI_FORWARD_DOMAIN || param == DFTI_PRECISION) {
+        *static_cast<DFTI_CONFIG_VALUE *>(out) = param == DFTI_PRECISION ? d->g.precision : d->g.domain;
+    } else if (param == DFTI_FORWARD_SCALE || param == DFTI_BACKWARD_SCALE) {
+        const double v = d->scales[param == DFTI_FORWARD_SCALE];
+        if (d->g.precision == DFTI_SINGLE) *static_cast<float *>(out) = static_cast<float>(v);
+        else *static_cast<double *>(out) = v;
+    } else {
+        return DFTI_INVALID_CONFIGURATION;
     }
     return DFTI_NO_ERROR;
 }
@@ -421,19 +367,11 @@ MKL_LONG DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE d) {
     return DFTI_NO_ERROR;
 }
 
-MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE d, void *input, ...) {
-    va_list ap;
-    va_start(ap, input);
-    void *output = va_arg(ap, void *);
-    va_end(ap);
+MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output) {
     return Run(d, true, input, output);
 }
 
-MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE d, void *input, ...) {
-    va_list ap;
-    va_start(ap, input);
-    void *output = va_arg(ap, void *);
-    va_end(ap);
+MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output) {
     return Run(d, false, input, output);
 }
 
@@ -442,14 +380,11 @@ MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle) {
     if (handle == nullptr || *handle == nullptr) return DFTI_BAD_DESCRIPTOR;
     Uncommit(*handle);
     (*handle)->mark = 0;
-    fftw_free(*handle);
-    *handle = nullptr;
+    fftw_free(std::exchange(*handle, nullptr));
     ++g_frees;
     --g_live;
     return DFTI_NO_ERROR;
 }
-
-}  // extern "C"
 
 namespace fennel::engine {
 
@@ -472,7 +407,7 @@ MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, cons
     std::copy(input, input + d->g.rank + 1, d->g.backward_input_strides);
     std::copy(output, output + d->g.rank + 1, d->g.backward_output_strides);
     d->g.backward_layout = true;
-    d->bwd_input_is_scratch = input_is_scratch;
+    d->input_is_scratch = input_is_scratch;
     Uncommit(d);
     return DFTI_NO_ERROR;
 }
@@ -482,28 +417,27 @@ MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *ou
 }
 
 void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key) {
-    if (d != nullptr)
-        for (const auto &a : d->attachments)
-            if (a.object != nullptr && a.key == key) return a.object;
+    for (int i = 0; d != nullptr && i < 4; ++i)
+        if (d->attachments[i].object != nullptr && d->attachments[i].key == key) return d->attachments[i].object;
     return nullptr;
 }
 
 bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *)) {
-    if (d != nullptr && d->committed) {
-        // The slot of the same key, else the first free one.
-        auto *slot = std::find_if(std::begin(d->attachments), std::end(d->attachments),
-                                  [key](const auto &a) { return a.object != nullptr && a.key == key; });
-        if (slot == std::end(d->attachments))
-            slot = std::find_if(std::begin(d->attachments), std::end(d->attachments),
-                                [](const auto &a) { return a.object == nullptr; });
-        if (slot != std::end(d->attachments)) {
-            if (slot->object != nullptr) slot->release(slot->object);
-            *slot = {key, object, release};
-            return true;
-        }
+    // The entry of the same key, else the first free one.
+    int slot = -1;
+    for (int i = 0; d != nullptr && d->committed && i < 4; ++i) {
+        const auto &a = d->attachments[i];
+        if (a.object != nullptr && a.key == key) slot = i;
+        else if (a.object == nullptr && slot < 0) slot = i;
     }
-    release(object);
-    return false;
+    if (slot < 0) {
+        release(object);
+        return false;
+    }
+    auto &a = d->attachments[slot];
+    if (a.object != nullptr) a.release(a.object);
+    a = {key, object, release};
+    return true;
 }
 
 struct RawPlan {

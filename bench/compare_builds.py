@@ -14,12 +14,12 @@ import statistics
 import subprocess
 
 
-def run(binary, pattern, min_time):
+def run(binary, pattern, min_time, column):
     out = subprocess.run([binary, f"--benchmark_filter={pattern}", f"--benchmark_min_time={min_time}",
                           "--benchmark_format=csv"], capture_output=True, text=True, check=True,
                          env=dict(os.environ, FENNEL_DSP_PLANNER=os.environ.get("FENNEL_DSP_PLANNER", "measure")))
     text = out.stdout[out.stdout.index("name,"):]
-    return {row["name"]: float(row["real_time"]) for row in csv.DictReader(io.StringIO(text))}
+    return {row["name"]: float(row[column]) for row in csv.DictReader(io.StringIO(text))}
 
 
 def main():
@@ -30,6 +30,8 @@ def main():
     ap.add_argument("--filter", required=True, action="append")
     ap.add_argument("--rounds", type=int, default=3)
     ap.add_argument("--min-time", default="0.2")
+    # cpu_time: the process's own time, steadier than wall time on a busy machine
+    ap.add_argument("--time", choices=("real_time", "cpu_time"), default="real_time")
     args = ap.parse_args()
     print(f"{'case':44s} {'before':>11s} {'after':>11s} {'after/before':>12s}")
     for bench, pattern in zip(args.bench, args.filter):
@@ -37,7 +39,7 @@ def main():
         for _ in range(args.rounds):
             for side in ("before", "after"):
                 folder = getattr(args, side)
-                for name, t in run(os.path.join(folder, bench), pattern, args.min_time).items():
+                for name, t in run(os.path.join(folder, bench), pattern, args.min_time, args.time).items():
                     times[side].setdefault(name, []).append(t)
         for name in times["before"]:
             b = statistics.median(times["before"][name])

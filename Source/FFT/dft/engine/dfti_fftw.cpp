@@ -1,12 +1,12 @@
 // The DFTI part on FFTW 3.  A descriptor records its configuration, the
 // commit fixes both directions' layouts, and a direction's FFTW plan is made
 // at its first computation.  Plans for different alignment classes round
-// differently, so that results never depend on where the host put a block
-// each direction has one plan, for 16-byte aligned arrays: misaligned data
-// go through aligned buffers (the output scaled on the way out).  FFTW's
-// multi-dimensional c2r overwrites its input, so that input is copied unless
-// the caller gave it as scratch.  The planner is not thread-safe: every
-// planner call and plan destruction holds one lock.
+// differently; so that results never depend on where the host put a block,
+// each direction has one plan, for 16-byte aligned arrays, and misaligned
+// data go through aligned buffers (the output scaled on the way out).
+// FFTW's multi-dimensional c2r overwrites its input, so that input is copied
+// unless the caller gave it as scratch.  The planner is not thread-safe:
+// every planner call and plan destruction holds one lock.
 #include <fftw3.h>
 
 #include <algorithm>

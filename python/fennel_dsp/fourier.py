@@ -17,7 +17,7 @@ import math
 
 import numpy as np
 
-from . import _fastpath, _run
+from . import _fastpath, _run, _strided
 from ._run import (C64, C128, COMPLEX_OF, F32, F64, REAL_OF, TrigPlan, Unsupported, as_array,
                    axis_index, check_workers, length, norm_code, plan_slot, prefix, runner,
                    shape_and_axes, working_dtype)
@@ -148,6 +148,10 @@ def _one_axis(x, n, axis, code, inverse, real_out, name, plan, wt):
     else:
         n = length(n, name)
     slot = plan_slot(plan, name)
+    if x.size == 0:  # an empty batch or an empty axis padded to n, as scipy.fft
+        shape = list(x.shape)
+        shape[axis] = n
+        return np.zeros(shape, REAL_OF[wt] if real_out else COMPLEX_OF[wt])
     if inverse:
         out_t = REAL_OF[wt] if real_out else wt
         p = prefix(out_t)
@@ -216,6 +220,47 @@ def _prepare(x, name, norm, workers, real=False):
     return x, wt, code
 
 
+def _direct(x, axes, sizes, code, inverse, real, wt, name):
+    """The transform over axes (sizes after padding or truncation) in one
+    strided call on the caller's array, or None when its layout cannot be
+    passed.  real: forward, the half spectrum along the last axis ("half"),
+    or the full one completed by symmetry ("full", one axis only); inverse,
+    real output from the half spectrum.  wt: the computing type of the
+    input (complex for inverses)."""
+    rank = len(axes)
+    if rank > 3 or rank == 0:
+        return None
+    shape = list(x.shape)
+    for a, n in zip(axes, sizes):
+        shape[a] = n
+    last = axes[-1]
+    half = sizes[-1] // 2 + 1
+    if not inverse:
+        if real == "full" and rank > 1:
+            wt = COMPLEX_OF[wt]
+            real = None
+        xin = _strided.fitted(x, wt, axes, sizes)
+        if real == "half":
+            shape[last] = half
+        y = np.empty(shape, COMPLEX_OF[wt])
+    else:
+        fit = list(sizes)
+        if real:
+            fit[-1] = half
+        xin = _strided.fitted(x, wt, axes, fit)
+        y = np.empty(shape, REAL_OF[wt] if real else wt)
+    if y.size == 0:
+        return y
+    if not _strided.run(xin, y, axes, sizes, 1 if inverse else 0, name):
+        return None
+    if real == "full":
+        _strided.mirror(y, last, sizes[-1])
+    f = _strided.factor(code, math.prod(sizes), inverse)
+    if f != 1.0:
+        y *= f
+    return y
+
+
 def fft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
     """Discrete Fourier transform along one axis, as `scipy.fft.fft`.
 
@@ -273,7 +318,13 @@ def fft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=
                 return y
     name = "fennel_dsp.fft"
     x, wt, code = _prepare(x, name, norm, workers)
-    return _one_axis(x, n, axis_index(axis, x.ndim, name), code, False, False, name, plan, wt)
+    axis = axis_index(axis, x.ndim, name)
+    if plan is None:
+        m = x.shape[axis] if n is None else length(n, name)
+        y = _direct(x, [axis], [m], code, False, "full" if wt in _REALS else None, wt, name)
+        if y is not None:
+            return y
+    return _one_axis(x, n, axis, code, False, False, name, plan, wt)
 
 
 def ifft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
@@ -312,8 +363,13 @@ def ifft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan
                 return y
     name = "fennel_dsp.ifft"
     x, wt, code = _prepare(x, name, norm, workers)
-    return _one_axis(x, n, axis_index(axis, x.ndim, name), code, True, False, name, plan,
-                     COMPLEX_OF[wt])
+    axis = axis_index(axis, x.ndim, name)
+    if plan is None:
+        m = x.shape[axis] if n is None else length(n, name)
+        y = _direct(x, [axis], [m], code, True, None, COMPLEX_OF[wt], name)
+        if y is not None:
+            return y
+    return _one_axis(x, n, axis, code, True, False, name, plan, COMPLEX_OF[wt])
 
 
 def rfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
@@ -361,6 +417,11 @@ def rfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan
     name = "fennel_dsp.rfft"
     x, wt, code = _prepare(x, name, norm, workers, real=True)
     axis = axis_index(axis, x.ndim, name)
+    if plan is None:
+        m = x.shape[axis] if n is None else length(n, name)
+        y = _direct(x, [axis], [m], code, False, "half", wt, name)
+        if y is not None:
+            return y
     y = _one_axis(x, n, axis, code, False, False, name, plan, wt)
     half = y.shape[axis] // 2 + 1
     return np.ascontiguousarray(y[_region(y.ndim, axis, half)])
@@ -407,8 +468,14 @@ def irfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, pla
                 return y
     name = "fennel_dsp.irfft"
     x, wt, code = _prepare(x, name, norm, workers)
-    return _one_axis(x, n, axis_index(axis, x.ndim, name), code, True, True, name, plan,
-                     COMPLEX_OF[wt])
+    axis = axis_index(axis, x.ndim, name)
+    if plan is None:
+        m = 2 * (x.shape[axis] - 1) if n is None else length(n, name)
+        if m >= 1:
+            y = _direct(x, [axis], [m], code, True, "half", COMPLEX_OF[wt], name)
+            if y is not None:
+                return y
+    return _one_axis(x, n, axis, code, True, True, name, plan, COMPLEX_OF[wt])
 
 
 def hfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
@@ -598,6 +665,10 @@ def fftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, pl
                 return y
     name = "fennel_dsp.fftn"
     x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name)
+    if plan is None:
+        y = _direct(x, axes, s, code, False, "full" if wt in _REALS else None, wt, name)
+        if y is not None:
+            return y
     return _c2c_nd(x, s, axes, code, False, name, plan, wt)
 
 
@@ -638,6 +709,10 @@ def ifftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, p
                 return y
     name = "fennel_dsp.ifftn"
     x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name)
+    if plan is None:
+        y = _direct(x, axes, s, code, True, None, COMPLEX_OF[wt], name)
+        if y is not None:
+            return y
     return _c2c_nd(x, s, axes, code, True, name, plan, wt)
 
 
@@ -742,6 +817,10 @@ def rfftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, p
                 return y
     name = "fennel_dsp.rfftn"
     x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name, real=True)
+    if plan is None:
+        y = _direct(x, axes, s, code, False, "half", wt, name)
+        if y is not None:
+            return y
     last = axes[-1]
     if _whole(x, axes):
         y = _c2c_nd(x, s, axes, code, False, name, plan, wt)
@@ -790,6 +869,10 @@ def irfftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, 
         s[-1] = 2 * (x.shape[last] - 1)
         length(s[-1], name, "s")
     ct = COMPLEX_OF[wt]
+    if plan is None:
+        y = _direct(x, axes, s, code, True, "half", ct, name)
+        if y is not None:
+            return y
     if _whole(x, axes) and last == x.ndim - 1:
         y = _md_inverse(x, _md_sizes(s, axes, x.ndim), True, name, plan, ct)
         return _scale(y, code, math.prod(s), True)

@@ -70,6 +70,16 @@ def main():
             plan = fd.Plan()
             row(f"fft {np.dtype(dtype).name} {'x'.join(map(str, shape))}", ">= 2",
                 lambda: ours(x, plan=plan), lambda: theirs(x), pairs=5)
+    for dtype in (np.complex128, np.float64):
+        for shape in ((1024, 1024), (128, 128, 128)):
+            x = noisy(rng, shape, dtype)
+            row(f"fftn {np.dtype(dtype).name} {'x'.join(map(str, shape))}", ">= 2",
+                lambda: fd.fftn(x), lambda: sf.fftn(x), pairs=5)
+        x = noisy(rng, (1000, 1024), dtype)
+        row(f"fft(axis=-1) {np.dtype(dtype).name} 1000x1024", ">= 2", lambda: fd.fft(x),
+            lambda: sf.fft(x))
+    x = rng.standard_normal((1000, 1024))
+    row("rfft(axis=-1) float64 1000x1024", ">= 2", lambda: fd.rfft(x), lambda: sf.rfft(x))
     for n in (4096, 16384, 65536):
         x = rng.standard_normal(n)
         row(f"dct {n}", ">= 2", lambda: fd.dct1d(x), lambda: sf.dct(x, type=2, norm="ortho"))

@@ -9,6 +9,7 @@ its last few geometries.
 """
 import collections
 import ctypes
+import itertools
 import math
 import threading
 
@@ -113,17 +114,29 @@ def run(x, out, axes, lengths, direction, name):
     return True
 
 
-def mirror(y, axis, n):
-    """Fills bins n//2 + 1 .. n - 1 along axis from the conjugates of bins
-    (n - 1)//2 .. 1, completing the spectrum of real input."""
+def mirror(y, axes, sizes):
+    """Completes the spectrum of real input over axes, of which the first
+    sizes[-1]//2 + 1 bins along the last are computed: the others are the
+    conjugates of the bins at the negated indices (modulo each size)."""
+    n = sizes[-1]
     h = n // 2 + 1
     if h >= n:
         return y
-    dst = [slice(None)] * y.ndim
-    src = [slice(None)] * y.ndim
-    dst[axis] = slice(h, n)
-    src[axis] = slice(n - h, 0, -1)
-    np.conjugate(y[tuple(src)], out=y[tuple(dst)])
+    # Along every other axis index 0 maps to itself, 1 .. m-1 to m-1 .. 1.
+    choices = []
+    for a, m in zip(axes[:-1], sizes[:-1]):
+        pairs = [(slice(0, 1), slice(0, 1))]
+        if m > 1:
+            pairs.append((slice(1, m), slice(m - 1, 0, -1)))
+        choices.append([(a, d, s) for d, s in pairs])
+    for combo in itertools.product(*choices):
+        dst = [slice(None)] * y.ndim
+        src = [slice(None)] * y.ndim
+        dst[axes[-1]] = slice(h, n)
+        src[axes[-1]] = slice(n - h, 0, -1)
+        for a, d, s in combo:
+            dst[a], src[a] = d, s
+        np.conjugate(y[tuple(src)], out=y[tuple(dst)])
     return y
 
 

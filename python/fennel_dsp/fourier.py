@@ -224,7 +224,7 @@ def _direct(x, axes, sizes, code, inverse, real, wt, name):
     """The transform over axes (sizes after padding or truncation) in one
     strided call on the caller's array, or None when its layout cannot be
     passed.  real: forward, the half spectrum along the last axis ("half"),
-    or the full one completed by symmetry ("full", one axis only); inverse,
+    or the full one completed by symmetry ("full"); inverse,
     real output from the half spectrum.  wt: the computing type of the
     input (complex for inverses)."""
     rank = len(axes)
@@ -236,9 +236,6 @@ def _direct(x, axes, sizes, code, inverse, real, wt, name):
     last = axes[-1]
     half = sizes[-1] // 2 + 1
     if not inverse:
-        if real == "full" and rank > 1:
-            wt = COMPLEX_OF[wt]
-            real = None
         xin = _strided.fitted(x, wt, axes, sizes)
         if real == "half":
             shape[last] = half
@@ -254,7 +251,7 @@ def _direct(x, axes, sizes, code, inverse, real, wt, name):
     if not _strided.run(xin, y, axes, sizes, 1 if inverse else 0, name):
         return None
     if real == "full":
-        _strided.mirror(y, last, sizes[-1])
+        _strided.mirror(y, axes, sizes)
     f = _strided.factor(code, math.prod(sizes), inverse)
     if f != 1.0:
         y *= f

@@ -5,8 +5,10 @@ modes and result types.
 
 One- and two-dimensional convolution and correlation run as one library
 call (direct or frequency-domain); other shapes and `axes` go through the
-library's FFTs.  IIR filtering runs the library's direct-form filter per
-signal; its initial state `zi` is scipy's (transposed direct form II)."""
+library's FFTs.  IIR filtering runs the library's direct-form filter on
+all signals joined into one (stable filters, signals of up to 2**14
+samples) or per signal; its initial state `zi` is scipy's (transposed
+direct form II)."""
 import math
 import operator
 
@@ -468,13 +470,74 @@ def _filter_rows(b, a, rows):
     fstate, rstate, tail = (HostArray.empty(rows.dtype) for _ in range(3))
     aws, bws = HostArray.empty(real), HostArray.empty(real)
     f = _win._IIR[p]
-    out = np.empty_like(rows)
+    out = None if rows.shape[0] == 1 else np.empty_like(rows)
     for i in range(rows.shape[0]):
         data = HostArray.from_numpy(np.ascontiguousarray(rows[i]))
         check(f(data.handle, ha.handle, hb.handle, fstate.handle, rstate.handle, 1, tail.handle,
                 aws.handle, bws.handle), f"{_IIR_PREFIX[p]}IIRDirectFilterH", "fennel_dsp.lfilter")
+        if out is None:  # one row: the host array's block, without a copy
+            return data.take_numpy()[None]
         out[i] = data.to_numpy()
     return out
+
+
+def _filter(b, a, rows):
+    """Every row of rows (of a complex type when b or a is complex) through
+    b(z) / a(z) from rest.  The library filters with real denominators: a
+    complex a becomes a(z) conj(a)(z), whose coefficients are real, with b
+    multiplied by conj(a); a complex b is filtered as its real and
+    imaginary parts."""
+    if a.dtype.kind == "c":
+        b = np.convolve(b, np.conj(a))
+        a = np.convolve(a, np.conj(a)).real
+    if b.dtype.kind == "c":
+        return _filter_rows(b.real, a, rows) + 1j * _filter_rows(b.imag, a, rows)
+    return _filter_rows(b, a, rows)
+
+
+# Rows up to this long are filtered as one joined signal; the cost of a
+# call per row matters only for shorter ones.
+_JOIN_ROWS_UP_TO = 1 << 14
+
+
+def _stable(a):
+    return a.size < 2 or np.abs(np.roots(a)).max() < 1
+
+
+def _final_state(bn, an, rows, y, zr):
+    """scipy's transposed direct form II state after every row, from the
+    row's last inputs and outputs (and what is left of zr when a row is
+    shorter than the state)."""
+    K = len(an) - 1
+    n = rows.shape[1]
+    zf = np.zeros((rows.shape[0], K), np.result_type(y.dtype, bn.dtype, an.dtype))
+    for i in range(K):
+        for j in range(min(n, K - i)):
+            zf[:, i] += bn[i + 1 + j] * rows[:, n - 1 - j] - an[i + 1 + j] * y[:, n - 1 - j]
+        if zr is not None and i + n < K:
+            zf[:, i] += zr[:, i + n]
+    return zf
+
+
+def _state_response(a, K, n):
+    """G (K x L), L <= n: row k is the zero-input response of 1 / a(z) to a
+    unit state k (scipy's transposed direct form II), so that the response
+    to states z is z @ G; it is the response to an impulse at k times a[0],
+    cut where the stable filter's response has decayed below rounding."""
+    m = min(n, 1024)
+    while True:
+        e = np.zeros((1, m))
+        e[0, 0] = 1
+        g = _filter(np.array([a[0]]), a, e)[0]
+        big = np.nonzero(np.abs(g) > 1e-18 * np.abs(g).max())[0]
+        L = min(n, (big[-1] + 1 if big.size else 0) + K)
+        if L < m or m == n:
+            break
+        m = min(n, 8 * m)
+    G = np.zeros((K, L), g.dtype)
+    for k in range(min(K, L)):
+        G[k, k:] = g[:L - k]
+    return G
 
 
 def lfilter(b, a, x, axis=-1, zi=None):
@@ -484,8 +547,8 @@ def lfilter(b, a, x, axis=-1, zi=None):
     Parameters
     ----------
     b, a : array_like
-        Numerator and denominator coefficients (a[0] != 0); a must be real,
-        b may be complex.
+        Numerator and denominator coefficients (a[0] != 0), real or
+        complex.
     x : array_like
         Signal, N-dimensional.
     axis : int, optional
@@ -505,8 +568,6 @@ def lfilter(b, a, x, axis=-1, zi=None):
     ValueError
         a[0] == 0, empty coefficients, a zi of the wrong shape, an axis out of
         range.
-    NotImplementedError
-        Complex denominator coefficients.
     TypeError
         Non-numeric input.
 
@@ -515,6 +576,8 @@ def lfilter(b, a, x, axis=-1, zi=None):
     >>> import numpy as np, fennel_dsp as fd
     >>> fd.lfilter([1.0], [1.0, -0.5], [1.0, 0.0, 0.0, 0.0])
     array([1.   , 0.5  , 0.25 , 0.125])
+    >>> fd.lfilter([1.0], [1.0, -0.5j], [1.0, 0.0, 0.0])
+    array([1.  +0.j , 0.  +0.5j, -0.25+0.j ])
     """
     name = "fennel_dsp.lfilter"
     b = np.atleast_1d(as_array(b, name))
@@ -528,8 +591,6 @@ def lfilter(b, a, x, axis=-1, zi=None):
         raise ValueError(f"{name}: b and a must not be empty")
     if a[0] == 0:
         raise ValueError(f"{name}: the first denominator coefficient must not be zero")
-    if a.dtype.kind == "c":
-        raise Unsupported(f"{name}: the library's filter takes real denominators")
     rt = np.result_type(b.dtype, a.dtype, x.dtype, np.float16)
     if rt.kind in "biu" or rt == np.float16:
         rt = np.dtype(np.float32) if rt == np.float16 else np.dtype(np.float64)
@@ -540,47 +601,56 @@ def lfilter(b, a, x, axis=-1, zi=None):
     axis = operator.index(axis)
     if not -x.ndim <= axis < x.ndim:
         raise np.AxisError(axis, x.ndim, name)
-    work = COMPLEX_OF[np.dtype(rt)] if (x.dtype.kind == "c" or b.dtype.kind == "c") else rt
+    complex_work = "c" in (x.dtype.kind, b.dtype.kind, a.dtype.kind)
+    work = COMPLEX_OF[np.dtype(rt)] if complex_work else rt
+    K = max(len(a), len(b)) - 1
     xm = np.moveaxis(x, axis, -1)
     rows = xm.reshape(-1, xm.shape[-1]).astype(work)
-    ar = a.astype(np.float64)
-    if b.dtype.kind == "c":
-        y = _filter_rows(b.real.astype(np.float64), ar, rows) + \
-            1j * _filter_rows(b.imag.astype(np.float64), ar, rows)
+    R, n = rows.shape
+    ca = a.astype(np.complex128 if a.dtype.kind == "c" else np.float64)
+    cb = b.astype(np.complex128 if b.dtype.kind == "c" else np.float64)
+    bn = np.zeros(K + 1, np.result_type(cb, ca))
+    an = np.zeros(K + 1, ca.dtype)
+    bn[:len(b)] = cb / ca[0]
+    an[:len(a)] = ca / ca[0]
+    zr = None
+    if zi is not None and K > 0:
+        zi = np.asarray(zi)
+        if zi.ndim != x.ndim or zi.shape[axis] != K:
+            raise ValueError(f"{name}: zi must have x's dimensions with length "
+                             f"max(len(a), len(b)) - 1 = {K} along axis")
+        try:
+            zr = np.broadcast_to(np.moveaxis(zi, axis, -1), xm.shape[:-1] + (K,)).reshape(-1, K)
+        except ValueError:
+            raise ValueError(f"{name}: zi's shape {zi.shape} does not fit x's {x.shape}") from None
+    if R > 1 and K <= n <= _JOIN_ROWS_UP_TO and n > 0 and _stable(ca):
+        # All rows as one signal in one library call; each row's start then
+        # carries the state the previous row left, whose zero-input
+        # response is taken off (the filter is stable, so it decays).
+        y = _filter(cb, ca, rows.reshape(1, -1)).reshape(R, n)
+        if K > 0:
+            carried = np.zeros((R, K), np.result_type(y.dtype, bn.dtype, an.dtype))
+            carried[1:] = _final_state(bn, an, rows[:-1], y[:-1], None)
+            if zr is not None:
+                carried = zr - carried
+            else:
+                carried = -carried
+            G = _state_response(ca, K, n)
+            y = y.astype(np.result_type(y, G), copy=False)
+            y[:, :G.shape[1]] += carried @ G
     else:
-        y = _filter_rows(b.astype(np.float64), ar, rows)
+        y = _filter(cb, ca, rows) if n > 0 else rows.copy()
+        if zr is not None and n > 0:
+            G = _state_response(ca, K, n)
+            y = y.astype(np.result_type(y, G, zr), copy=False)
+            y[:, :G.shape[1]] += zr @ G
     y = y.astype(work, copy=False)
     if zi is None:
         return np.moveaxis(y.reshape(xm.shape), -1, axis).astype(rt if work == rt else work)
-    K = max(len(a), len(b)) - 1
-    zi = np.asarray(zi)
     if K == 0:
         zf = np.empty(x.shape[:axis] + (0,) + x.shape[axis + 1:], work)
         return np.moveaxis(y.reshape(xm.shape), -1, axis), zf
-    if zi.ndim != x.ndim or zi.shape[axis] != K:
-        raise ValueError(f"{name}: zi must have x's dimensions with length "
-                         f"max(len(a), len(b)) - 1 = {K} along axis")
-    try:
-        zr = np.broadcast_to(np.moveaxis(zi, axis, -1), xm.shape[:-1] + (K,)).reshape(-1, K)
-    except ValueError:
-        raise ValueError(f"{name}: zi's shape {zi.shape} does not fit x's {x.shape}") from None
-    n = rows.shape[1]
-    # The state's zero-input response solves sum a[k] y[n-k] = zi[n] (n < K).
-    d = np.zeros((rows.shape[0], n), np.result_type(work, zr.dtype))
-    k = min(n, K)
-    d[:, :k] = zr[:, :k]
-    y = y + _filter_rows(np.array([float(ar[0])]), ar, d.astype(work, copy=False))
-    # The final state from the last inputs and outputs, and what is left of zi.
-    bn = np.zeros(K + 1, np.result_type(b.dtype, np.float64))
-    an = np.zeros(K + 1)
-    bn[:len(b)] = b / ar[0]
-    an[:len(a)] = ar / ar[0]
-    zf = np.zeros((rows.shape[0], K), np.result_type(work, bn.dtype))
-    for i in range(K):
-        for j in range(min(n, K - i)):
-            zf[:, i] += bn[i + 1 + j] * rows[:, n - 1 - j] - an[i + 1 + j] * y[:, n - 1 - j]
-        if i + n < K:
-            zf[:, i] += zr[:, i + n]
+    zf = _final_state(bn, an, rows, y, zr)
     out_t = np.result_type(work, zr.dtype) if zr.dtype.kind in "fc" else work
     y = np.moveaxis(y.astype(out_t, copy=False).reshape(xm.shape), -1, axis)
     zf = np.moveaxis(zf.astype(out_t, copy=False).reshape(xm.shape[:-1] + (K,)), -1, axis)

@@ -99,7 +99,6 @@ INVALID = [
     (lambda: fd.convolve2d(M, M, boundary="wrap"), NotImplementedError, "convolve2d"),
     (lambda: fd.lfilter([1.0], [0.0, 1.0], X), ValueError, "lfilter: the first denominator"),
     (lambda: fd.lfilter([1.0, 1.0], [1.0], X, zi=[1.0, 2.0]), ValueError, "lfilter: zi"),
-    (lambda: fd.lfilter([1.0], [1.0, 1j], X), NotImplementedError, "lfilter"),
     (lambda: fd.firwin(4, 0.3, pass_zero=False), ValueError, "firwin: a filter with a passband"),
     (lambda: fd.firwin(5, 1.2), ValueError, "firwin: invalid cutoff"),
     (lambda: fd.firwin(5, [0.1, 0.2, 0.3, 0.4]), NotImplementedError, "firwin"),

@@ -577,7 +577,7 @@ def lfilter(b, a, x, axis=-1, zi=None):
     >>> fd.lfilter([1.0], [1.0, -0.5], [1.0, 0.0, 0.0, 0.0])
     array([1.   , 0.5  , 0.25 , 0.125])
     >>> fd.lfilter([1.0], [1.0, -0.5j], [1.0, 0.0, 0.0])
-    array([1.  +0.j , 0.  +0.5j, -0.25+0.j ])
+    array([ 1.  +0.j ,  0.  +0.5j, -0.25+0.j ])
     """
     name = "fennel_dsp.lfilter"
     b = np.atleast_1d(as_array(b, name))

@@ -664,8 +664,14 @@ _COSINE = {"hann": 1, "hanning": 1, "hamming": 2, "blackman": 5, "blackmanharris
 _TRIANGLE = ("bartlett", "bart", "brt")
 
 
+# scipy's flat top has a[0] = 0.21557895, the library's 0.215578948: the
+# same cosine sum plus this constant.
+_FLATTOP_OFFSET = 0.21557895 - 0.215578948
+
+
 def _window_spec(window, name):
-    """(library window type, parameter, scipy's gaussian std or None)."""
+    """(library window type, parameter, scipy's gaussian std or None, offset,
+    gain): scipy's window is gain * (the library's) + offset."""
     param = None
     if isinstance(window, tuple):
         if not window:
@@ -673,22 +679,30 @@ def _window_spec(window, name):
         window, *args = window
         param = args[0] if args else None
     if isinstance(window, (int, float)) and not isinstance(window, bool):
-        return 60, float(window), None
+        return 60, float(window), None, 0.0, 1.0
     if not isinstance(window, str):
         raise ValueError(f"{name}: window must be a string, a tuple or a Kaiser beta")
     key = window.lower()
     if key in _COSINE:
-        return _COSINE[key], 0.0, None
+        return _COSINE[key], 0.0, None, 0.0, 1.0
+    if key in ("flattop", "flat", "flt"):
+        return 6, 0.0, None, _FLATTOP_OFFSET, 1.0
+    if key in ("general hamming", "general_hamming"):
+        if param is None:
+            raise ValueError(f"{name}: the general Hamming window needs a parameter")
+        # alpha - (1 - alpha) cos = (2 alpha - 1) + 2 (1 - alpha) hann.
+        alpha = float(param)
+        return 1, 0.0, None, 2 * alpha - 1, 2 * (1 - alpha)
     if key in _TRIANGLE:
-        return 30, 0.0, None
+        return 30, 0.0, None, 0.0, 1.0
     if key in ("kaiser", "ksr"):
         if param is None:
             raise ValueError(f"{name}: the Kaiser window needs a parameter")
-        return 60, float(param), None
+        return 60, float(param), None, 0.0, 1.0
     if key in ("gaussian", "gauss", "gss"):
         if param is None:
             raise ValueError(f"{name}: the Gaussian window needs a parameter")
-        return 62, None, float(param)
+        return 62, None, float(param), 0.0, 1.0
     raise Unsupported(f"{name}: window {window!r} is not available in the library")
 
 
@@ -698,9 +712,10 @@ def get_window(window, Nx, fftbins=True):
     Parameters
     ----------
     window : str, tuple or float
-        "hann", "hamming", "blackman", "blackmanharris", "nuttall", "boxcar",
-        "bartlett", ("kaiser", beta) or a float beta, ("gaussian", std).
-        Other scipy windows raise NotImplementedError.
+        "hann", "hamming", "blackman", "blackmanharris", "nuttall", "flattop",
+        "boxcar", "bartlett", ("general_hamming", alpha), ("kaiser", beta) or a
+        float beta, ("gaussian", std).  Other scipy windows raise
+        NotImplementedError.
     Nx : int
         Number of points.
     fftbins : bool, optional
@@ -731,7 +746,7 @@ def get_window(window, Nx, fftbins=True):
     n = operator.index(Nx)
     if n < 0:
         raise ValueError(f"{name}: Nx must be non-negative")
-    wtype, param, std = _window_spec(window, name)
+    wtype, param, std, offset, gain = _window_spec(window, name)
     if n == 0:
         return np.zeros(0)
     if n == 1:
@@ -744,15 +759,22 @@ def get_window(window, Nx, fftbins=True):
             # Both points are the window's edge: that of three points (a
             # Gaussian of twice the width has the same edge value).
             w = _win.symmetric_window(np.ones(3), wtype, param if std is None else 2 * std / 3)
-            return np.full(2, w[0])
-        return _win.symmetric_window(ones, wtype, param)
-    if wtype == 60:
-        return _win.kaiser_window(ones, param)
-    if wtype == 62:
-        return _win.gaussian_window(ones, std / (n + 1))
-    if wtype == 30:
-        return _win.triangle_window(ones)
-    return _win.cosine_window(ones, wtype)
+            w = np.full(2, w[0])
+        else:
+            w = _win.symmetric_window(ones, wtype, param)
+    elif wtype == 60:
+        w = _win.kaiser_window(ones, param)
+    elif wtype == 62:
+        w = _win.gaussian_window(ones, std / (n + 1))
+    elif wtype == 30:
+        w = _win.triangle_window(ones)
+    else:
+        w = _win.cosine_window(ones, wtype)
+    if gain != 1.0:
+        w *= gain
+    if offset:
+        w += offset
+    return w
 
 
 def _kaiser_beta(numtaps, width):
@@ -766,13 +788,13 @@ def _kaiser_beta(numtaps, width):
 
 def firwin(numtaps, cutoff, width=None, window="hamming", pass_zero=True, scale=True, fs=None):
     """Linear-phase FIR taps by the window method, as `scipy.signal.firwin`
-    (one or two band edges).
+    (any number of band edges).
 
     Parameters
     ----------
     numtaps : int
         Number of taps (odd for a passband at Nyquist).
-    cutoff : float or sequence of 1 or 2 floats
+    cutoff : float or sequence of floats
         Band edges, in the units of fs (default: relative to Nyquist = 1).
     width : float, optional
         Transition width: designs a Kaiser window for it.
@@ -796,7 +818,7 @@ def firwin(numtaps, cutoff, width=None, window="hamming", pass_zero=True, scale=
         An even number of taps with a passband at Nyquist, edges outside
         (0, fs/2), an unknown pass_zero.
     NotImplementedError
-        More than two band edges, a window the library does not have.
+        A window the library does not have.
 
     Examples
     --------
@@ -815,26 +837,38 @@ def firwin(numtaps, cutoff, width=None, window="hamming", pass_zero=True, scale=
                          f"and less than fs/2")
     if np.any(np.diff(edges) <= 0):
         raise ValueError(f"{name}: invalid cutoff frequencies: must be strictly increasing")
-    if edges.size > 2:
-        raise Unsupported(f"{name}: the library designs one or two band edges")
     kinds = {"lowpass": True, "bandstop": True, "highpass": False, "bandpass": False}
     if isinstance(pass_zero, str):
         if pass_zero not in kinds or (pass_zero in ("lowpass", "highpass")) != (edges.size == 1):
             raise ValueError(f"{name}: pass_zero={pass_zero!r} does not fit {edges.size} cutoff(s)")
         pass_zero = kinds[pass_zero]
     pass_zero = bool(pass_zero)
-    ftype = (0 if pass_zero else 1) if edges.size == 1 else (3 if pass_zero else 2)
-    if ftype in (1, 3) and numtaps % 2 == 0:
+    pass_nyquist = bool(edges.size & 1) ^ pass_zero
+    if pass_nyquist and numtaps % 2 == 0:
         raise ValueError(f"{name}: a filter with a passband at the Nyquist frequency must have an "
                          f"odd number of taps")
     if width is not None:
         window = ("kaiser", _kaiser_beta(numtaps, float(width) / nyq))
-    wtype, param, std = _window_spec(window, name)
+    wtype, param, std, offset, gain = _window_spec(window, name)
     if std is not None:
         param = std / numtaps
-    f2 = float(edges[1]) if edges.size == 2 else 0.0
-    return _win.fir_windowed_coefficients(numtaps, 2.0, float(edges[0]), f2, ftype, wtype,
-                                          param or 0.0, bool(scale))
+    # The taps are linear in the bands and in the window: a sum of the
+    # library's unscaled lowpass, highpass and bandpass designs, with the
+    # window's offset as a rectangular-window part.
+    bands = np.concatenate([[0.0] * pass_zero, edges, [1.0] * pass_nyquist]).reshape(-1, 2)
+    parts = [(wtype, param or 0.0, gain)] + ([(0, 0.0, offset)] if offset else [])
+    h = np.zeros(numtaps)
+    for left, right in bands:
+        ftype, f1, f2 = ((0, right, 0.0) if left == 0 else (1, left, 0.0) if right == 1
+                         else (2, left, right))
+        for t, prm, weight in parts:
+            h += weight * _win.fir_windowed_coefficients(numtaps, 2.0, float(f1), float(f2),
+                                                         ftype, t, prm, False)
+    if scale:
+        left, right = bands[0]
+        f = 0.0 if left == 0 else 1.0 if right == 1 else 0.5 * (left + right)
+        h /= np.sum(h * np.cos(np.pi * f * (np.arange(numtaps) - 0.5 * (numtaps - 1))))
+    return h
 
 
 # ---- resampling -----------------------------------------------------------

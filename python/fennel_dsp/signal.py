@@ -371,8 +371,29 @@ def _two_d(in1, in2, mode, boundary, fillvalue, name, correlation, method, plan)
         raise ValueError(f"{name}: in1 and in2 should have two dimensions")
     if boundary not in ("fill", "wrap", "symm"):
         raise ValueError(f"{name}: acceptable boundary flags are 'fill', 'wrap' and 'symm'")
-    if boundary != "fill" or fillvalue != 0:
-        raise Unsupported(f"{name}: the library convolves with zero fill only")
+    if (boundary != "fill" or fillvalue != 0) and mode != "valid":
+        # in1 extended by the kernel's size less one on every side, as the
+        # boundary says: its valid part is the full result over the
+        # extended in1.
+        _mode(mode, name)
+        pad = [(m - 1, m - 1) for m in b.shape]
+        if boundary == "fill":
+            fill = np.asarray(fillvalue)
+            if fill.ndim != 0:
+                raise ValueError(f"{name}: fillvalue must be a scalar")
+            if fill.dtype.kind == "c" and np.result_type(a, b).kind != "c":
+                if fill.imag != 0:
+                    raise ValueError(f"{name}: a complex fillvalue for real operands")
+                fill = fill.real
+            p = np.pad(a.astype(np.result_type(a, fill), copy=False), pad,
+                       constant_values=fill)
+        else:
+            p = np.pad(a, pad, mode="wrap" if boundary == "wrap" else "symmetric")
+        full = _convolve(p, b, "valid", method, name, correlation, plan)
+        if mode == "full":
+            return full
+        r, c = ((m // 2 if correlation else (m - 1) // 2) for m in b.shape)
+        return np.ascontiguousarray(full[r:r + a.shape[0], c:c + a.shape[1]])
     if correlation and mode == "valid" and not all(p >= q for p, q in zip(a.shape, b.shape)):
         # With the second operand the larger, correlate2d returns the
         # reversed correlation of in2 against in1 without conjugating it.
@@ -395,10 +416,11 @@ def convolve2d(in1, in2, mode="full", boundary="fill", fillvalue=0, *, method="a
         Matrices.
     mode : {"full", "same", "valid"}, optional
         As in `convolve`.
-    boundary : {"fill"}, optional
-        Zero fill (scipy's "wrap" and "symm" raise NotImplementedError).
+    boundary : {"fill", "wrap", "symm"}, optional
+        How in1 is extended beyond its edges: with fillvalue, periodically,
+        or mirrored (edge samples repeated).
     fillvalue : scalar, optional
-        0 (others raise NotImplementedError).
+        The value of "fill".
     method : {"auto", "direct", "fft"}, optional
         The library's method.
     plan : fennel_dsp.Plan, optional
@@ -412,8 +434,6 @@ def convolve2d(in1, in2, mode="full", boundary="fill", fillvalue=0, *, method="a
     ------
     ValueError
         Operands that are not 2D, an unknown mode or boundary.
-    NotImplementedError
-        Boundaries other than zero fill.
     TypeError
         As in `convolve`.
 
@@ -442,7 +462,7 @@ def correlate2d(in1, in2, mode="full", boundary="fill", fillvalue=0, *, method="
 
     Raises
     ------
-    ValueError, NotImplementedError, TypeError
+    ValueError, TypeError
         As in `convolve2d`.
 
     Examples

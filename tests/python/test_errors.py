@@ -96,7 +96,7 @@ INVALID = [
     (lambda: fd.convolve(X, M), ValueError, "convolve: in1 and in2 should have the same"),
     (lambda: fd.convolve(np.ones((2, 5)), np.ones((3, 2)), "valid"), ValueError, "at least as"),
     (lambda: fd.convolve2d(X, X), ValueError, "convolve2d: in1 and in2 should have two"),
-    (lambda: fd.convolve2d(M, M, boundary="wrap"), NotImplementedError, "convolve2d"),
+    (lambda: fd.convolve2d(M, M, fillvalue=1j), ValueError, "convolve2d: a complex fillvalue"),
     (lambda: fd.lfilter([1.0], [0.0, 1.0], X), ValueError, "lfilter: the first denominator"),
     (lambda: fd.lfilter([1.0, 1.0], [1.0], X, zi=[1.0, 2.0]), ValueError, "lfilter: zi"),
     (lambda: fd.firwin(4, 0.3, pass_zero=False), ValueError, "firwin: a filter with a passband"),

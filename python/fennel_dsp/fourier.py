@@ -220,6 +220,11 @@ def _prepare(x, name, norm, workers, real=False):
     return x, wt, code
 
 
+# Below this many input bytes the host-array path costs less than the
+# strided call's set-up (its copies are small).
+_DIRECT_BYTES = 1 << 18
+
+
 def _direct(x, axes, sizes, code, inverse, real, wt, name):
     """The transform over axes (sizes after padding or truncation) in one
     strided call on the caller's array, or None when its layout cannot be
@@ -228,7 +233,7 @@ def _direct(x, axes, sizes, code, inverse, real, wt, name):
     real output from the half spectrum.  wt: the computing type of the
     input (complex for inverses)."""
     rank = len(axes)
-    if rank > 3 or rank == 0:
+    if rank > 3 or rank == 0 or x.nbytes < _DIRECT_BYTES:
         return None
     shape = list(x.shape)
     for a, n in zip(axes, sizes):

@@ -251,8 +251,6 @@ def _direct(x, axes, sizes, code, inverse, real, wt, name):
             fit[-1] = half
         xin = _strided.fitted(x, wt, axes, fit)
         y = np.empty(shape, REAL_OF[wt] if real else wt)
-    if y.size == 0:
-        return y
     if not _strided.run(xin, y, axes, sizes, 1 if inverse else 0, name):
         return None
     if real == "full":

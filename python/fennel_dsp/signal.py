@@ -382,9 +382,7 @@ def _two_d(in1, in2, mode, boundary, fillvalue, name, correlation, method, plan)
             if fill.ndim != 0:
                 raise ValueError(f"{name}: fillvalue must be a scalar")
             if fill.dtype.kind == "c" and np.result_type(a, b).kind != "c":
-                if fill.imag != 0:
-                    raise ValueError(f"{name}: a complex fillvalue for real operands")
-                fill = fill.real
+                raise ValueError(f"{name}: a complex fillvalue for real operands")
             p = np.pad(a.astype(np.result_type(a, fill), copy=False), pad,
                        constant_values=fill)
         else:

@@ -429,6 +429,9 @@ FENNEL_DSP_API int32_t z2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle outp
  *                   complex bins), 1 backward without scaling (c/z: complex
  *                   to complex; s/d: those half spectra to real output, the
  *                   imaginary parts of bins 0 and L/2 ignored)
+ *   plan            keeps the transform between calls of one geometry; give
+ *                   this function slots of its own (a slot last used by an
+ *                   inverse export of the same geometry keeps its 1/N scale)
  * Status: STATUS_EMPTY_OPERAND (a null or shared buffer or size array),
  *   STATUS_EMPTY_ARRAY (a length or the count below 1), STATUS_BAD_SELECTOR
  *   (rank, direction, a stride below 1, a negative distance, a value beyond

@@ -106,14 +106,15 @@ def test_strided_export_refusals():
     f = lib.zStridedFFT  # argument types as the binding declares them
     x, y = np.zeros(8, C128), np.zeros(8, C128)
     n, one = (ctypes.c_int32 * 1)(8), (ctypes.c_int64 * 1)(1)
-    ok = [x.ctypes.data, y.ctypes.data, 1, n, one, one, 1, 0, 0, 0, None]
-    assert f(*ok) == 0
+    plan = fd.Plan()
+    ok = [x.ctypes.data, y.ctypes.data, 1, n, one, one, 1, 0, 0, 0, plan.ref()]
     # (argument, value, status): null or shared buffers, rank, count,
-    # distance, direction, stride, length
+    # distance, direction, stride, length; each failure empties the slot
     for index, value, status in [(0, None, -20008), (1, x.ctypes.data, -20008), (2, 4, -20061),
                                  (6, 0, -20003), (7, -1, -20061), (9, 2, -20061),
                                  (4, (ctypes.c_int64 * 1)(0), -20061),
                                  (3, (ctypes.c_int32 * 1)(0), -20003)]:
+        assert f(*ok) == 0 and plan.held
         args = list(ok)
         args[index] = value
-        assert f(*args) == status, (index, status)
+        assert f(*args) == status and not plan.held, (index, status)

@@ -21,6 +21,9 @@ int32_t StridedFFT(CallFrame &frame, const void *input, void *output, int32_t ra
                    const int32_t *lengths, const int64_t *inputStrides, const int64_t *outputStrides,
                    int32_t transforms, int64_t inputDistance, int64_t outputDistance,
                    int32_t direction, FDPlanHandle *plan) {
+    // A failing call, refused arguments included, leaves the slot empty.
+    const Plan p = Plan::Of(frame, plan);
+    p.ReleaseOnFailure(frame);
     if (input == nullptr || output == nullptr || input == output || lengths == nullptr ||
         inputStrides == nullptr || outputStrides == nullptr)
         return STATUS_EMPTY_OPERAND;
@@ -45,8 +48,6 @@ int32_t StridedFFT(CallFrame &frame, const void *input, void *output, int32_t ra
     g.transforms = transforms;
     g.input_distance = static_cast<MKL_LONG>(inputDistance);
     g.output_distance = static_cast<MKL_LONG>(outputDistance);
-    const Plan p = Plan::Of(frame, plan);
-    p.ReleaseOnFailure(frame);
     FENNEL_TRY(p.Acquire(g));
     return direction == 0 ? p.Forward(input, output) : p.Backward(input, output);
 }

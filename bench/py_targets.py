@@ -84,6 +84,15 @@ def main():
         x = rng.standard_normal(n)
         row(f"dct {n}", ">= 2", lambda: fd.dct1d(x), lambda: sf.dct(x, type=2, norm="ortho"))
         row(f"dst {n}", ">= 2", lambda: fd.dst1d(x), lambda: sf.dst(x, type=1))
+    for shape in ((1000, 1024), (4096, 64)):
+        x = rng.standard_normal(shape)
+        name = "x".join(map(str, shape))
+        row(f"dct(axis=-1) {name}", "(rows)", lambda: fd.dct(x), lambda: sf.dct(x), pairs=3)
+        row(f"dst(type=1, axis=-1) {name}", "(rows)", lambda: fd.dst(x, 1), lambda: sf.dst(x, 1),
+            pairs=3)
+        b, a = ss.butter(4, 0.2)
+        row(f"lfilter(axis=-1) order 4 {name}", "(rows)", lambda: fd.lfilter(b, a, x),
+            lambda: ss.lfilter(b, a, x), pairs=3)
     x = rng.standard_normal((512, 512))
     row("dctn 512x512", ">= 2", lambda: fd.dct2(x), lambda: sf.dctn(x, type=2, norm="ortho"))
     for dtype in types:

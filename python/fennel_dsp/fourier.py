@@ -2,11 +2,16 @@
 results of scipy.fft (and numpy.fft): n / s, axis / axes, norm, workers,
 overwrite_x, over N-dimensional arrays.
 
-One-dimensional transforms of a batch run as one multichannel library call
-(rows or columns as channels, without a transposing copy when the axis is
-the first or the last one that is longer than 1); 2D and 3D transforms over
-all axes of a 2D or 3D array run as one library call; other axis sets
-transform one axis after the other.  Single precision stays single
+From 256 KiB of input, transforms over up to three axes run as one batched
+call of the library's strided FFT on the numpy arrays themselves (the
+other axes are the batch; real spectra stay half, and a real input's full
+spectrum is completed by symmetry).  Smaller inputs, and calls with a plan,
+go through host arrays: one-dimensional transforms of a batch as one
+multichannel library call (rows or columns as channels, without a
+transposing copy when the axis is the first or the last one that is longer
+than 1); 2D and 3D transforms over all axes of a 2D or 3D array as one
+library call; other axis sets one axis after the other.  The DCT-II/III
+and DST-I of several rows are batched real FFTs.  Single precision stays single
 (float16 is computed in single), integers are computed in double.
 
 The library's own conventions (centred spectra, the real inverse from a

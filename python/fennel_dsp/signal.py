@@ -623,7 +623,7 @@ def lfilter(b, a, x, axis=-1, zi=None):
     work = COMPLEX_OF[np.dtype(rt)] if complex_work else rt
     K = max(len(a), len(b)) - 1
     xm = np.moveaxis(x, axis, -1)
-    rows = xm.reshape(-1, xm.shape[-1]).astype(work)
+    rows = np.ascontiguousarray(xm.reshape(-1, xm.shape[-1]), dtype=work)
     R, n = rows.shape
     ca = a.astype(np.complex128 if a.dtype.kind == "c" else np.float64)
     cb = b.astype(np.complex128 if b.dtype.kind == "c" else np.float64)
@@ -664,7 +664,8 @@ def lfilter(b, a, x, axis=-1, zi=None):
             y[:, :G.shape[1]] += zr @ G
     y = y.astype(work, copy=False)
     if zi is None:
-        return np.moveaxis(y.reshape(xm.shape), -1, axis).astype(rt if work == rt else work)
+        return np.moveaxis(y.reshape(xm.shape), -1, axis).astype(rt if work == rt else work,
+                                                                  copy=False)
     if K == 0:
         zf = np.empty(x.shape[:axis] + (0,) + x.shape[axis + 1:], work)
         return np.moveaxis(y.reshape(xm.shape), -1, axis), zf

@@ -70,10 +70,29 @@ def main():
             plan = fd.Plan()
             row(f"fft {np.dtype(dtype).name} {'x'.join(map(str, shape))}", ">= 2",
                 lambda: ours(x, plan=plan), lambda: theirs(x), pairs=5)
+    for dtype in (np.complex128, np.float64):
+        for shape in ((1024, 1024), (128, 128, 128)):
+            x = noisy(rng, shape, dtype)
+            row(f"fftn {np.dtype(dtype).name} {'x'.join(map(str, shape))}", ">= 2",
+                lambda: fd.fftn(x), lambda: sf.fftn(x), pairs=5)
+        x = noisy(rng, (1000, 1024), dtype)
+        row(f"fft(axis=-1) {np.dtype(dtype).name} 1000x1024", ">= 2", lambda: fd.fft(x),
+            lambda: sf.fft(x))
+    x = rng.standard_normal((1000, 1024))
+    row("rfft(axis=-1) float64 1000x1024", ">= 2", lambda: fd.rfft(x), lambda: sf.rfft(x))
     for n in (4096, 16384, 65536):
         x = rng.standard_normal(n)
         row(f"dct {n}", ">= 2", lambda: fd.dct1d(x), lambda: sf.dct(x, type=2, norm="ortho"))
         row(f"dst {n}", ">= 2", lambda: fd.dst1d(x), lambda: sf.dst(x, type=1))
+    for shape in ((1000, 1024), (4096, 64)):
+        x = rng.standard_normal(shape)
+        name = "x".join(map(str, shape))
+        row(f"dct(axis=-1) {name}", "(rows)", lambda: fd.dct(x), lambda: sf.dct(x), pairs=3)
+        row(f"dst(type=1, axis=-1) {name}", "(rows)", lambda: fd.dst(x, 1), lambda: sf.dst(x, 1),
+            pairs=3)
+        b, a = ss.butter(4, 0.2)
+        row(f"lfilter(axis=-1) order 4 {name}", "(rows)", lambda: fd.lfilter(b, a, x),
+            lambda: ss.lfilter(b, a, x), pairs=3)
     x = rng.standard_normal((512, 512))
     row("dctn 512x512", ">= 2", lambda: fd.dct2(x), lambda: sf.dctn(x, type=2, norm="ortho"))
     for dtype in types:

@@ -411,6 +411,54 @@ FENNEL_DSP_API int32_t z2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle outp
                                          int32_t orientation, FDArrayHandle workspace,
                                          FDPlanHandle *plan);
 
+/* Batched strided FFT on the caller's memory (not host arrays), for bindings
+ * that hold their own arrays: `transforms` transforms of rank 1 to 3 in one
+ * batched transform, read from and written to the caller's buffers without
+ * copies (misaligned buffers go through the engine's aligned ones).
+ * (input, output, rank, lengths, inputStrides, outputStrides, transforms,
+ *  inputDistance, outputDistance, direction, plan)
+ *   input, output   distinct, non-overlapping buffers; the input is not
+ *                   modified
+ *   lengths         rank transform lengths, outermost first
+ *   inputStrides, outputStrides
+ *                   rank strides in elements (>= 1), one per dimension
+ *   inputDistance, outputDistance
+ *                   elements between transforms (>= 0)
+ *   direction       0 forward (c/z: complex to complex; s/d: real input to
+ *                   the non-negative half of the last dimension, L/2 + 1
+ *                   complex bins), 1 backward without scaling (c/z: complex
+ *                   to complex; s/d: those half spectra to real output, the
+ *                   imaginary parts of bins 0 and L/2 ignored)
+ *   plan            keeps the transform between calls of one geometry; give
+ *                   this function slots of its own (a slot last used by an
+ *                   inverse export of the same geometry keeps its 1/N scale)
+ * Status: STATUS_EMPTY_OPERAND (a null or shared buffer or size array),
+ *   STATUS_EMPTY_ARRAY (a length or the count below 1), STATUS_BAD_SELECTOR
+ *   (rank, direction, a stride below 1, a negative distance, a value beyond
+ *   the engine's integer range), STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED
+ *   (replacing a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
+ */
+FENNEL_DSP_API int32_t sStridedFFT(const void *input, void *output, int32_t rank,
+                                  const int32_t *lengths, const int64_t *inputStrides,
+                                  const int64_t *outputStrides, int32_t transforms,
+                                  int64_t inputDistance, int64_t outputDistance,
+                                  int32_t direction, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t dStridedFFT(const void *input, void *output, int32_t rank,
+                                  const int32_t *lengths, const int64_t *inputStrides,
+                                  const int64_t *outputStrides, int32_t transforms,
+                                  int64_t inputDistance, int64_t outputDistance,
+                                  int32_t direction, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t cStridedFFT(const void *input, void *output, int32_t rank,
+                                  const int32_t *lengths, const int64_t *inputStrides,
+                                  const int64_t *outputStrides, int32_t transforms,
+                                  int64_t inputDistance, int64_t outputDistance,
+                                  int32_t direction, FDPlanHandle *plan);
+FENNEL_DSP_API int32_t zStridedFFT(const void *input, void *output, int32_t rank,
+                                  const int32_t *lengths, const int64_t *inputStrides,
+                                  const int64_t *outputStrides, int32_t transforms,
+                                  int64_t inputDistance, int64_t outputDistance,
+                                  int32_t direction, FDPlanHandle *plan);
+
 /* ---- DCT and DST (1D and 2D) -----------------------------------------------*/
 /* 1D, float (s) and double (d); the output has the input's element type.
  * Forward: (input, output, length, workspace, plan)

@@ -2,11 +2,16 @@
 results of scipy.fft (and numpy.fft): n / s, axis / axes, norm, workers,
 overwrite_x, over N-dimensional arrays.
 
-One-dimensional transforms of a batch run as one multichannel library call
-(rows or columns as channels, without a transposing copy when the axis is
-the first or the last one that is longer than 1); 2D and 3D transforms over
-all axes of a 2D or 3D array run as one library call; other axis sets
-transform one axis after the other.  Single precision stays single
+From 256 KiB of input, transforms over up to three axes run as one batched
+call of the library's strided FFT on the numpy arrays themselves (the
+other axes are the batch; real spectra stay half, and a real input's full
+spectrum is completed by symmetry).  Smaller inputs, and calls with a plan,
+go through host arrays: one-dimensional transforms of a batch as one
+multichannel library call (rows or columns as channels, without a
+transposing copy when the axis is the first or the last one that is longer
+than 1); 2D and 3D transforms over all axes of a 2D or 3D array as one
+library call; other axis sets one axis after the other.  The DCT-II/III
+and DST-I of several rows are batched real FFTs.  Single precision stays single
 (float16 is computed in single), integers are computed in double.
 
 The library's own conventions (centred spectra, the real inverse from a
@@ -17,7 +22,7 @@ import math
 
 import numpy as np
 
-from . import _fastpath, _run
+from . import _fastpath, _run, _strided
 from ._run import (C64, C128, COMPLEX_OF, F32, F64, REAL_OF, TrigPlan, Unsupported, as_array,
                    axis_index, check_workers, length, norm_code, plan_slot, prefix, runner,
                    shape_and_axes, working_dtype)
@@ -148,6 +153,10 @@ def _one_axis(x, n, axis, code, inverse, real_out, name, plan, wt):
     else:
         n = length(n, name)
     slot = plan_slot(plan, name)
+    if x.size == 0:  # an empty batch or an empty axis padded to n, as scipy.fft
+        shape = list(x.shape)
+        shape[axis] = n
+        return np.zeros(shape, REAL_OF[wt] if real_out else COMPLEX_OF[wt])
     if inverse:
         out_t = REAL_OF[wt] if real_out else wt
         p = prefix(out_t)
@@ -216,6 +225,49 @@ def _prepare(x, name, norm, workers, real=False):
     return x, wt, code
 
 
+# Below this many input bytes the host-array path costs less than the
+# strided call's set-up (its copies are small).
+_DIRECT_BYTES = 1 << 18
+
+
+def _direct(x, axes, sizes, code, inverse, real, wt, name):
+    """The transform over axes (sizes after padding or truncation) in one
+    strided call on the caller's array, or None when its layout cannot be
+    passed.  real: forward, the half spectrum along the last axis ("half"),
+    or the full one completed by symmetry ("full"); inverse,
+    real output from the half spectrum.  wt: the computing type of the
+    input (complex for inverses)."""
+    rank = len(axes)
+    if rank > 3 or rank == 0 or x.nbytes < _DIRECT_BYTES:
+        return None
+    if real == "full" and rank == 3 and _whole(x, axes):
+        return None  # the library's own 3D full spectrum shares its work over the cores
+    shape = list(x.shape)
+    for a, n in zip(axes, sizes):
+        shape[a] = n
+    last = axes[-1]
+    half = sizes[-1] // 2 + 1
+    if not inverse:
+        xin = _strided.fitted(x, wt, axes, sizes)
+        if real == "half":
+            shape[last] = half
+        y = np.empty(shape, COMPLEX_OF[wt])
+    else:
+        fit = list(sizes)
+        if real:
+            fit[-1] = half
+        xin = _strided.fitted(x, wt, axes, fit)
+        y = np.empty(shape, REAL_OF[wt] if real else wt)
+    if not _strided.run(xin, y, axes, sizes, 1 if inverse else 0, name):
+        return None
+    if real == "full":
+        _strided.mirror(y, axes, sizes)
+    f = _strided.factor(code, math.prod(sizes), inverse)
+    if f != 1.0:
+        y *= f
+    return y
+
+
 def fft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
     """Discrete Fourier transform along one axis, as `scipy.fft.fft`.
 
@@ -273,7 +325,13 @@ def fft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=
                 return y
     name = "fennel_dsp.fft"
     x, wt, code = _prepare(x, name, norm, workers)
-    return _one_axis(x, n, axis_index(axis, x.ndim, name), code, False, False, name, plan, wt)
+    axis = axis_index(axis, x.ndim, name)
+    if plan is None:
+        m = x.shape[axis] if n is None else length(n, name)
+        y = _direct(x, [axis], [m], code, False, "full" if wt in _REALS else None, wt, name)
+        if y is not None:
+            return y
+    return _one_axis(x, n, axis, code, False, False, name, plan, wt)
 
 
 def ifft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
@@ -312,8 +370,13 @@ def ifft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan
                 return y
     name = "fennel_dsp.ifft"
     x, wt, code = _prepare(x, name, norm, workers)
-    return _one_axis(x, n, axis_index(axis, x.ndim, name), code, True, False, name, plan,
-                     COMPLEX_OF[wt])
+    axis = axis_index(axis, x.ndim, name)
+    if plan is None:
+        m = x.shape[axis] if n is None else length(n, name)
+        y = _direct(x, [axis], [m], code, True, None, COMPLEX_OF[wt], name)
+        if y is not None:
+            return y
+    return _one_axis(x, n, axis, code, True, False, name, plan, COMPLEX_OF[wt])
 
 
 def rfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
@@ -361,6 +424,11 @@ def rfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan
     name = "fennel_dsp.rfft"
     x, wt, code = _prepare(x, name, norm, workers, real=True)
     axis = axis_index(axis, x.ndim, name)
+    if plan is None:
+        m = x.shape[axis] if n is None else length(n, name)
+        y = _direct(x, [axis], [m], code, False, "half", wt, name)
+        if y is not None:
+            return y
     y = _one_axis(x, n, axis, code, False, False, name, plan, wt)
     half = y.shape[axis] // 2 + 1
     return np.ascontiguousarray(y[_region(y.ndim, axis, half)])
@@ -407,8 +475,14 @@ def irfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, pla
                 return y
     name = "fennel_dsp.irfft"
     x, wt, code = _prepare(x, name, norm, workers)
-    return _one_axis(x, n, axis_index(axis, x.ndim, name), code, True, True, name, plan,
-                     COMPLEX_OF[wt])
+    axis = axis_index(axis, x.ndim, name)
+    if plan is None:
+        m = 2 * (x.shape[axis] - 1) if n is None else length(n, name)
+        if m >= 1:
+            y = _direct(x, [axis], [m], code, True, "half", COMPLEX_OF[wt], name)
+            if y is not None:
+                return y
+    return _one_axis(x, n, axis, code, True, True, name, plan, COMPLEX_OF[wt])
 
 
 def hfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
@@ -598,6 +672,10 @@ def fftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, pl
                 return y
     name = "fennel_dsp.fftn"
     x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name)
+    if plan is None:
+        y = _direct(x, axes, s, code, False, "full" if wt in _REALS else None, wt, name)
+        if y is not None:
+            return y
     return _c2c_nd(x, s, axes, code, False, name, plan, wt)
 
 
@@ -638,6 +716,10 @@ def ifftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, p
                 return y
     name = "fennel_dsp.ifftn"
     x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name)
+    if plan is None:
+        y = _direct(x, axes, s, code, True, None, COMPLEX_OF[wt], name)
+        if y is not None:
+            return y
     return _c2c_nd(x, s, axes, code, True, name, plan, wt)
 
 
@@ -742,6 +824,10 @@ def rfftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, p
                 return y
     name = "fennel_dsp.rfftn"
     x, wt, code, s, axes = _nd(x, s, axes, norm, workers, name, real=True)
+    if plan is None:
+        y = _direct(x, axes, s, code, False, "half", wt, name)
+        if y is not None:
+            return y
     last = axes[-1]
     if _whole(x, axes):
         y = _c2c_nd(x, s, axes, code, False, name, plan, wt)
@@ -790,6 +876,10 @@ def irfftn(x, s=None, axes=None, norm=None, overwrite_x=False, workers=None, *, 
         s[-1] = 2 * (x.shape[last] - 1)
         length(s[-1], name, "s")
     ct = COMPLEX_OF[wt]
+    if plan is None:
+        y = _direct(x, axes, s, code, True, "half", ct, name)
+        if y is not None:
+            return y
     if _whole(x, axes) and last == x.ndim - 1:
         y = _md_inverse(x, _md_sizes(s, axes, x.ndim), True, name, plan, ct)
         return _scale(y, code, math.prod(s), True)
@@ -1076,11 +1166,80 @@ def _resized(rows, n):
     return out
 
 
+# Batched DCT and DST run over blocks of rows of about this many points, so
+# that the steps around the FFT work in cache.
+_BLOCK_POINTS = 1 << 17
+
+
+def _by_blocks(rows, n, step):
+    """step(block, out) over blocks of rows into an (rows, n) result."""
+    y = np.empty((rows.shape[0], n), rows.dtype)
+    b = max(1, _BLOCK_POINTS // max(n, rows.shape[1]))
+    for i in range(0, rows.shape[0], b):
+        step(rows[i:i + b], y[i:i + b])
+    return y
+
+
+def _batched_dct2(rows, plan):
+    """The unscaled DCT-II (2 sum x_j cos(pi k (2j + 1) / 2n)) of every row
+    by batched real FFTs: even samples forwards, odd ones backwards, then a
+    quarter-bin twiddle of the half spectrum gives bins k and n - k."""
+    n = rows.shape[1]
+    h, q = (n + 1) // 2, n // 2 + 1
+    tw = (2 * np.exp(-0.5j * np.pi * np.arange(q) / n)).astype(COMPLEX_OF[rows.dtype])
+
+    def step(x, out):
+        v = np.empty(x.shape, x.dtype)
+        v[:, :h] = x[:, ::2]
+        v[:, h:] = x[:, 1::2][:, ::-1]
+        V = rfft(v, axis=-1, plan=plan)
+        V *= tw
+        out[:, :q] = V.real
+        np.negative(V.imag[:, n - q:0:-1], out=out[:, q:])
+
+    return _by_blocks(rows, n, step)
+
+
+def _batched_idct2(u, plan):
+    """The inverse of `_batched_dct2` for every row by batched real inverse
+    FFTs (the same steps backwards)."""
+    n = u.shape[1]
+    h, q = (n + 1) // 2, n // 2 + 1
+    ct = COMPLEX_OF[u.dtype]
+    tw = (0.5 * np.exp(0.5j * np.pi * np.arange(q) / n)).astype(ct)
+
+    def step(c, out):
+        w = np.empty((c.shape[0], q), ct)
+        w.real = c[:, :q]
+        w.imag[:, 0] = 0
+        np.negative(c[:, n - 1:n - q:-1], out=w.imag[:, 1:])
+        w *= tw
+        v = irfft(w, n, axis=-1, plan=plan)
+        out[:, ::2] = v[:, :h]
+        out[:, 1::2] = v[:, h:][:, ::-1]
+
+    return _by_blocks(u, n, step)
+
+
 def _dct23(rows, kind, n, code, orth, name, plan):
     """scipy's DCT-II (kind 2) or DCT-III (3) of every row, from the
-    library's orthonormal pair."""
+    library's orthonormal pair (one row) or from one batched FFT."""
     g = (math.sqrt(2.0 * n), 1.0, 1.0 / math.sqrt(2.0 * n))[code]
     p = prefix(rows.dtype)
+    if rows.shape[0] > 1:
+        rows = _resized(rows, n)
+        if kind == 2:
+            y = _batched_dct2(rows, plan)
+            y *= g / math.sqrt(2.0 * n)
+            if orth:
+                y[:, 0] /= math.sqrt(2.0)
+            return y
+        if orth:
+            rows = rows.copy()
+            rows[:, 0] *= math.sqrt(2.0)
+        y = _batched_idct2(rows, plan)
+        y *= g * math.sqrt(2.0 * n)
+        return y
     if kind == 2:
         y = _trig_rows(f"{p}1DDCTH", rows, n, plan, name)
         y *= g
@@ -1104,6 +1263,16 @@ def _trig_kind(rows, kind, n, code, orth, name, plan):
         return _dct23(rows, kind, n, code, orth, name, plan)
     if kind == "dst1":
         f = (2.0, math.sqrt(2.0 / (n + 1)), 1.0 / (n + 1))[code]
+        if rows.shape[0] > 1:
+            # The odd extension [0, x, 0, -x reversed]: minus the imaginary
+            # part of its FFT is twice the DST-I, for all rows at once.
+            def step(x, out):
+                z = np.zeros((x.shape[0], 2 * (n + 1)), x.dtype)
+                z[:, 1:n + 1] = x
+                np.negative(x[:, ::-1], out=z[:, n + 2:])
+                np.multiply(rfft(z, axis=-1, plan=plan)[:, 1:n + 1].imag, -0.5 * f, out=out)
+
+            return _by_blocks(_resized(rows, n), n, step)
         y = _trig_rows(f"{prefix(rows.dtype)}1DDSTH", rows, n, plan, name)
         y *= f
         return y

@@ -5,8 +5,10 @@ modes and result types.
 
 One- and two-dimensional convolution and correlation run as one library
 call (direct or frequency-domain); other shapes and `axes` go through the
-library's FFTs.  IIR filtering runs the library's direct-form filter per
-signal; its initial state `zi` is scipy's (transposed direct form II)."""
+library's FFTs.  IIR filtering runs the library's direct-form filter on
+all signals joined into one (stable filters, signals of up to 2**14
+samples) or per signal; its initial state `zi` is scipy's (transposed
+direct form II)."""
 import math
 import operator
 
@@ -369,8 +371,27 @@ def _two_d(in1, in2, mode, boundary, fillvalue, name, correlation, method, plan)
         raise ValueError(f"{name}: in1 and in2 should have two dimensions")
     if boundary not in ("fill", "wrap", "symm"):
         raise ValueError(f"{name}: acceptable boundary flags are 'fill', 'wrap' and 'symm'")
-    if boundary != "fill" or fillvalue != 0:
-        raise Unsupported(f"{name}: the library convolves with zero fill only")
+    if (boundary != "fill" or fillvalue != 0) and mode != "valid":
+        # in1 extended by the kernel's size less one on every side, as the
+        # boundary says: its valid part is the full result over the
+        # extended in1.
+        _mode(mode, name)
+        pad = [(m - 1, m - 1) for m in b.shape]
+        if boundary == "fill":
+            fill = np.asarray(fillvalue)
+            if fill.ndim != 0:
+                raise ValueError(f"{name}: fillvalue must be a scalar")
+            if fill.dtype.kind == "c" and np.result_type(a, b).kind != "c":
+                raise ValueError(f"{name}: a complex fillvalue for real operands")
+            p = np.pad(a.astype(np.result_type(a, fill), copy=False), pad,
+                       constant_values=fill)
+        else:
+            p = np.pad(a, pad, mode="wrap" if boundary == "wrap" else "symmetric")
+        full = _convolve(p, b, "valid", method, name, correlation, plan)
+        if mode == "full":
+            return full
+        r, c = ((m // 2 if correlation else (m - 1) // 2) for m in b.shape)
+        return np.ascontiguousarray(full[r:r + a.shape[0], c:c + a.shape[1]])
     if correlation and mode == "valid" and not all(p >= q for p, q in zip(a.shape, b.shape)):
         # With the second operand the larger, correlate2d returns the
         # reversed correlation of in2 against in1 without conjugating it.
@@ -393,10 +414,11 @@ def convolve2d(in1, in2, mode="full", boundary="fill", fillvalue=0, *, method="a
         Matrices.
     mode : {"full", "same", "valid"}, optional
         As in `convolve`.
-    boundary : {"fill"}, optional
-        Zero fill (scipy's "wrap" and "symm" raise NotImplementedError).
+    boundary : {"fill", "wrap", "symm"}, optional
+        How in1 is extended beyond its edges: with fillvalue, periodically,
+        or mirrored (edge samples repeated).
     fillvalue : scalar, optional
-        0 (others raise NotImplementedError).
+        The value of "fill".
     method : {"auto", "direct", "fft"}, optional
         The library's method.
     plan : fennel_dsp.Plan, optional
@@ -410,8 +432,6 @@ def convolve2d(in1, in2, mode="full", boundary="fill", fillvalue=0, *, method="a
     ------
     ValueError
         Operands that are not 2D, an unknown mode or boundary.
-    NotImplementedError
-        Boundaries other than zero fill.
     TypeError
         As in `convolve`.
 
@@ -440,7 +460,7 @@ def correlate2d(in1, in2, mode="full", boundary="fill", fillvalue=0, *, method="
 
     Raises
     ------
-    ValueError, NotImplementedError, TypeError
+    ValueError, TypeError
         As in `convolve2d`.
 
     Examples
@@ -468,13 +488,74 @@ def _filter_rows(b, a, rows):
     fstate, rstate, tail = (HostArray.empty(rows.dtype) for _ in range(3))
     aws, bws = HostArray.empty(real), HostArray.empty(real)
     f = _win._IIR[p]
-    out = np.empty_like(rows)
+    out = None if rows.shape[0] == 1 else np.empty_like(rows)
     for i in range(rows.shape[0]):
         data = HostArray.from_numpy(np.ascontiguousarray(rows[i]))
         check(f(data.handle, ha.handle, hb.handle, fstate.handle, rstate.handle, 1, tail.handle,
                 aws.handle, bws.handle), f"{_IIR_PREFIX[p]}IIRDirectFilterH", "fennel_dsp.lfilter")
+        if out is None:  # one row: the host array's block, without a copy
+            return data.take_numpy()[None]
         out[i] = data.to_numpy()
     return out
+
+
+def _filter(b, a, rows):
+    """Every row of rows (of a complex type when b or a is complex) through
+    b(z) / a(z) from rest.  The library filters with real denominators: a
+    complex a becomes a(z) conj(a)(z), whose coefficients are real, with b
+    multiplied by conj(a); a complex b is filtered as its real and
+    imaginary parts."""
+    if a.dtype.kind == "c":
+        b = np.convolve(b, np.conj(a))
+        a = np.convolve(a, np.conj(a)).real
+    if b.dtype.kind == "c":
+        return _filter_rows(b.real, a, rows) + 1j * _filter_rows(b.imag, a, rows)
+    return _filter_rows(b, a, rows)
+
+
+# Rows up to this long are filtered as one joined signal; the cost of a
+# call per row matters only for shorter ones.
+_JOIN_ROWS_UP_TO = 1 << 14
+
+
+def _stable(a):
+    return a.size < 2 or np.abs(np.roots(a)).max() < 1
+
+
+def _final_state(bn, an, rows, y, zr):
+    """scipy's transposed direct form II state after every row, from the
+    row's last inputs and outputs (and what is left of zr when a row is
+    shorter than the state)."""
+    K = len(an) - 1
+    n = rows.shape[1]
+    zf = np.zeros((rows.shape[0], K), np.result_type(y.dtype, bn.dtype, an.dtype))
+    for i in range(K):
+        for j in range(min(n, K - i)):
+            zf[:, i] += bn[i + 1 + j] * rows[:, n - 1 - j] - an[i + 1 + j] * y[:, n - 1 - j]
+        if zr is not None and i + n < K:
+            zf[:, i] += zr[:, i + n]
+    return zf
+
+
+def _state_response(a, K, n):
+    """G (K x L), L <= n: row k is the zero-input response of 1 / a(z) to a
+    unit state k (scipy's transposed direct form II), so that the response
+    to states z is z @ G; it is the response to an impulse at k times a[0],
+    cut where the stable filter's response has decayed below rounding."""
+    m = min(n, 1024)
+    while True:
+        e = np.zeros((1, m))
+        e[0, 0] = 1
+        g = _filter(np.array([a[0]]), a, e)[0]
+        big = np.nonzero(np.abs(g) > 1e-18 * np.abs(g).max())[0]
+        L = min(n, (big[-1] + 1 if big.size else 0) + K)
+        if L < m or m == n:
+            break
+        m = min(n, 8 * m)
+    G = np.zeros((K, L), g.dtype)
+    for k in range(min(K, L)):
+        G[k, k:] = g[:L - k]
+    return G
 
 
 def lfilter(b, a, x, axis=-1, zi=None):
@@ -484,8 +565,8 @@ def lfilter(b, a, x, axis=-1, zi=None):
     Parameters
     ----------
     b, a : array_like
-        Numerator and denominator coefficients (a[0] != 0); a must be real,
-        b may be complex.
+        Numerator and denominator coefficients (a[0] != 0), real or
+        complex.
     x : array_like
         Signal, N-dimensional.
     axis : int, optional
@@ -505,8 +586,6 @@ def lfilter(b, a, x, axis=-1, zi=None):
     ValueError
         a[0] == 0, empty coefficients, a zi of the wrong shape, an axis out of
         range.
-    NotImplementedError
-        Complex denominator coefficients.
     TypeError
         Non-numeric input.
 
@@ -515,6 +594,8 @@ def lfilter(b, a, x, axis=-1, zi=None):
     >>> import numpy as np, fennel_dsp as fd
     >>> fd.lfilter([1.0], [1.0, -0.5], [1.0, 0.0, 0.0, 0.0])
     array([1.   , 0.5  , 0.25 , 0.125])
+    >>> fd.lfilter([1.0], [1.0, -0.5j], [1.0, 0.0, 0.0])
+    array([ 1.  +0.j ,  0.  +0.5j, -0.25+0.j ])
     """
     name = "fennel_dsp.lfilter"
     b = np.atleast_1d(as_array(b, name))
@@ -528,8 +609,6 @@ def lfilter(b, a, x, axis=-1, zi=None):
         raise ValueError(f"{name}: b and a must not be empty")
     if a[0] == 0:
         raise ValueError(f"{name}: the first denominator coefficient must not be zero")
-    if a.dtype.kind == "c":
-        raise Unsupported(f"{name}: the library's filter takes real denominators")
     rt = np.result_type(b.dtype, a.dtype, x.dtype, np.float16)
     if rt.kind in "biu" or rt == np.float16:
         rt = np.dtype(np.float32) if rt == np.float16 else np.dtype(np.float64)
@@ -540,47 +619,57 @@ def lfilter(b, a, x, axis=-1, zi=None):
     axis = operator.index(axis)
     if not -x.ndim <= axis < x.ndim:
         raise np.AxisError(axis, x.ndim, name)
-    work = COMPLEX_OF[np.dtype(rt)] if (x.dtype.kind == "c" or b.dtype.kind == "c") else rt
+    complex_work = "c" in (x.dtype.kind, b.dtype.kind, a.dtype.kind)
+    work = COMPLEX_OF[np.dtype(rt)] if complex_work else rt
+    K = max(len(a), len(b)) - 1
     xm = np.moveaxis(x, axis, -1)
-    rows = xm.reshape(-1, xm.shape[-1]).astype(work)
-    ar = a.astype(np.float64)
-    if b.dtype.kind == "c":
-        y = _filter_rows(b.real.astype(np.float64), ar, rows) + \
-            1j * _filter_rows(b.imag.astype(np.float64), ar, rows)
+    rows = np.ascontiguousarray(xm.reshape(-1, xm.shape[-1]), dtype=work)
+    R, n = rows.shape
+    ca = a.astype(np.complex128 if a.dtype.kind == "c" else np.float64)
+    cb = b.astype(np.complex128 if b.dtype.kind == "c" else np.float64)
+    bn = np.zeros(K + 1, np.result_type(cb, ca))
+    an = np.zeros(K + 1, ca.dtype)
+    bn[:len(b)] = cb / ca[0]
+    an[:len(a)] = ca / ca[0]
+    zr = None
+    if zi is not None and K > 0:
+        zi = np.asarray(zi)
+        if zi.ndim != x.ndim or zi.shape[axis] != K:
+            raise ValueError(f"{name}: zi must have x's dimensions with length "
+                             f"max(len(a), len(b)) - 1 = {K} along axis")
+        try:
+            zr = np.broadcast_to(np.moveaxis(zi, axis, -1), xm.shape[:-1] + (K,)).reshape(-1, K)
+        except ValueError:
+            raise ValueError(f"{name}: zi's shape {zi.shape} does not fit x's {x.shape}") from None
+    if R > 1 and K <= n <= _JOIN_ROWS_UP_TO and n > 0 and _stable(ca):
+        # All rows as one signal in one library call; each row's start then
+        # carries the state the previous row left, whose zero-input
+        # response is taken off (the filter is stable, so it decays).
+        y = _filter(cb, ca, rows.reshape(1, -1)).reshape(R, n)
+        if K > 0:
+            carried = np.zeros((R, K), np.result_type(y.dtype, bn.dtype, an.dtype))
+            carried[1:] = _final_state(bn, an, rows[:-1], y[:-1], None)
+            if zr is not None:
+                carried = zr - carried
+            else:
+                carried = -carried
+            G = _state_response(ca, K, n)
+            y = y.astype(np.result_type(y, G), copy=False)
+            y[:, :G.shape[1]] += carried @ G
     else:
-        y = _filter_rows(b.astype(np.float64), ar, rows)
+        y = _filter(cb, ca, rows) if n > 0 else rows.copy()
+        if zr is not None and n > 0:
+            G = _state_response(ca, K, n)
+            y = y.astype(np.result_type(y, G, zr), copy=False)
+            y[:, :G.shape[1]] += zr @ G
     y = y.astype(work, copy=False)
     if zi is None:
-        return np.moveaxis(y.reshape(xm.shape), -1, axis).astype(rt if work == rt else work)
-    K = max(len(a), len(b)) - 1
-    zi = np.asarray(zi)
+        return np.moveaxis(y.reshape(xm.shape), -1, axis).astype(rt if work == rt else work,
+                                                                  copy=False)
     if K == 0:
         zf = np.empty(x.shape[:axis] + (0,) + x.shape[axis + 1:], work)
         return np.moveaxis(y.reshape(xm.shape), -1, axis), zf
-    if zi.ndim != x.ndim or zi.shape[axis] != K:
-        raise ValueError(f"{name}: zi must have x's dimensions with length "
-                         f"max(len(a), len(b)) - 1 = {K} along axis")
-    try:
-        zr = np.broadcast_to(np.moveaxis(zi, axis, -1), xm.shape[:-1] + (K,)).reshape(-1, K)
-    except ValueError:
-        raise ValueError(f"{name}: zi's shape {zi.shape} does not fit x's {x.shape}") from None
-    n = rows.shape[1]
-    # The state's zero-input response solves sum a[k] y[n-k] = zi[n] (n < K).
-    d = np.zeros((rows.shape[0], n), np.result_type(work, zr.dtype))
-    k = min(n, K)
-    d[:, :k] = zr[:, :k]
-    y = y + _filter_rows(np.array([float(ar[0])]), ar, d.astype(work, copy=False))
-    # The final state from the last inputs and outputs, and what is left of zi.
-    bn = np.zeros(K + 1, np.result_type(b.dtype, np.float64))
-    an = np.zeros(K + 1)
-    bn[:len(b)] = b / ar[0]
-    an[:len(a)] = ar / ar[0]
-    zf = np.zeros((rows.shape[0], K), np.result_type(work, bn.dtype))
-    for i in range(K):
-        for j in range(min(n, K - i)):
-            zf[:, i] += bn[i + 1 + j] * rows[:, n - 1 - j] - an[i + 1 + j] * y[:, n - 1 - j]
-        if i + n < K:
-            zf[:, i] += zr[:, i + n]
+    zf = _final_state(bn, an, rows, y, zr)
     out_t = np.result_type(work, zr.dtype) if zr.dtype.kind in "fc" else work
     y = np.moveaxis(y.astype(out_t, copy=False).reshape(xm.shape), -1, axis)
     zf = np.moveaxis(zf.astype(out_t, copy=False).reshape(xm.shape[:-1] + (K,)), -1, axis)
@@ -594,8 +683,14 @@ _COSINE = {"hann": 1, "hanning": 1, "hamming": 2, "blackman": 5, "blackmanharris
 _TRIANGLE = ("bartlett", "bart", "brt")
 
 
+# scipy's flat top has a[0] = 0.21557895, the library's 0.215578948: the
+# same cosine sum plus this constant.
+_FLATTOP_OFFSET = 0.21557895 - 0.215578948
+
+
 def _window_spec(window, name):
-    """(library window type, parameter, scipy's gaussian std or None)."""
+    """(library window type, parameter, scipy's gaussian std or None, offset,
+    gain): scipy's window is gain * (the library's) + offset."""
     param = None
     if isinstance(window, tuple):
         if not window:
@@ -603,22 +698,30 @@ def _window_spec(window, name):
         window, *args = window
         param = args[0] if args else None
     if isinstance(window, (int, float)) and not isinstance(window, bool):
-        return 60, float(window), None
+        return 60, float(window), None, 0.0, 1.0
     if not isinstance(window, str):
         raise ValueError(f"{name}: window must be a string, a tuple or a Kaiser beta")
     key = window.lower()
     if key in _COSINE:
-        return _COSINE[key], 0.0, None
+        return _COSINE[key], 0.0, None, 0.0, 1.0
+    if key in ("flattop", "flat", "flt"):
+        return 6, 0.0, None, _FLATTOP_OFFSET, 1.0
+    if key in ("general hamming", "general_hamming"):
+        if param is None:
+            raise ValueError(f"{name}: the general Hamming window needs a parameter")
+        # alpha - (1 - alpha) cos = (2 alpha - 1) + 2 (1 - alpha) hann.
+        alpha = float(param)
+        return 1, 0.0, None, 2 * alpha - 1, 2 * (1 - alpha)
     if key in _TRIANGLE:
-        return 30, 0.0, None
+        return 30, 0.0, None, 0.0, 1.0
     if key in ("kaiser", "ksr"):
         if param is None:
             raise ValueError(f"{name}: the Kaiser window needs a parameter")
-        return 60, float(param), None
+        return 60, float(param), None, 0.0, 1.0
     if key in ("gaussian", "gauss", "gss"):
         if param is None:
             raise ValueError(f"{name}: the Gaussian window needs a parameter")
-        return 62, None, float(param)
+        return 62, None, float(param), 0.0, 1.0
     raise Unsupported(f"{name}: window {window!r} is not available in the library")
 
 
@@ -628,9 +731,10 @@ def get_window(window, Nx, fftbins=True):
     Parameters
     ----------
     window : str, tuple or float
-        "hann", "hamming", "blackman", "blackmanharris", "nuttall", "boxcar",
-        "bartlett", ("kaiser", beta) or a float beta, ("gaussian", std).
-        Other scipy windows raise NotImplementedError.
+        "hann", "hamming", "blackman", "blackmanharris", "nuttall", "flattop",
+        "boxcar", "bartlett", ("general_hamming", alpha), ("kaiser", beta) or a
+        float beta, ("gaussian", std).  Other scipy windows raise
+        NotImplementedError.
     Nx : int
         Number of points.
     fftbins : bool, optional
@@ -661,7 +765,7 @@ def get_window(window, Nx, fftbins=True):
     n = operator.index(Nx)
     if n < 0:
         raise ValueError(f"{name}: Nx must be non-negative")
-    wtype, param, std = _window_spec(window, name)
+    wtype, param, std, offset, gain = _window_spec(window, name)
     if n == 0:
         return np.zeros(0)
     if n == 1:
@@ -674,15 +778,22 @@ def get_window(window, Nx, fftbins=True):
             # Both points are the window's edge: that of three points (a
             # Gaussian of twice the width has the same edge value).
             w = _win.symmetric_window(np.ones(3), wtype, param if std is None else 2 * std / 3)
-            return np.full(2, w[0])
-        return _win.symmetric_window(ones, wtype, param)
-    if wtype == 60:
-        return _win.kaiser_window(ones, param)
-    if wtype == 62:
-        return _win.gaussian_window(ones, std / (n + 1))
-    if wtype == 30:
-        return _win.triangle_window(ones)
-    return _win.cosine_window(ones, wtype)
+            w = np.full(2, w[0])
+        else:
+            w = _win.symmetric_window(ones, wtype, param)
+    elif wtype == 60:
+        w = _win.kaiser_window(ones, param)
+    elif wtype == 62:
+        w = _win.gaussian_window(ones, std / (n + 1))
+    elif wtype == 30:
+        w = _win.triangle_window(ones)
+    else:
+        w = _win.cosine_window(ones, wtype)
+    if gain != 1.0:
+        w *= gain
+    if offset:
+        w += offset
+    return w
 
 
 def _kaiser_beta(numtaps, width):
@@ -696,13 +807,13 @@ def _kaiser_beta(numtaps, width):
 
 def firwin(numtaps, cutoff, width=None, window="hamming", pass_zero=True, scale=True, fs=None):
     """Linear-phase FIR taps by the window method, as `scipy.signal.firwin`
-    (one or two band edges).
+    (any number of band edges).
 
     Parameters
     ----------
     numtaps : int
         Number of taps (odd for a passband at Nyquist).
-    cutoff : float or sequence of 1 or 2 floats
+    cutoff : float or sequence of floats
         Band edges, in the units of fs (default: relative to Nyquist = 1).
     width : float, optional
         Transition width: designs a Kaiser window for it.
@@ -726,7 +837,7 @@ def firwin(numtaps, cutoff, width=None, window="hamming", pass_zero=True, scale=
         An even number of taps with a passband at Nyquist, edges outside
         (0, fs/2), an unknown pass_zero.
     NotImplementedError
-        More than two band edges, a window the library does not have.
+        A window the library does not have.
 
     Examples
     --------
@@ -745,26 +856,38 @@ def firwin(numtaps, cutoff, width=None, window="hamming", pass_zero=True, scale=
                          f"and less than fs/2")
     if np.any(np.diff(edges) <= 0):
         raise ValueError(f"{name}: invalid cutoff frequencies: must be strictly increasing")
-    if edges.size > 2:
-        raise Unsupported(f"{name}: the library designs one or two band edges")
     kinds = {"lowpass": True, "bandstop": True, "highpass": False, "bandpass": False}
     if isinstance(pass_zero, str):
         if pass_zero not in kinds or (pass_zero in ("lowpass", "highpass")) != (edges.size == 1):
             raise ValueError(f"{name}: pass_zero={pass_zero!r} does not fit {edges.size} cutoff(s)")
         pass_zero = kinds[pass_zero]
     pass_zero = bool(pass_zero)
-    ftype = (0 if pass_zero else 1) if edges.size == 1 else (3 if pass_zero else 2)
-    if ftype in (1, 3) and numtaps % 2 == 0:
+    pass_nyquist = bool(edges.size & 1) ^ pass_zero
+    if pass_nyquist and numtaps % 2 == 0:
         raise ValueError(f"{name}: a filter with a passband at the Nyquist frequency must have an "
                          f"odd number of taps")
     if width is not None:
         window = ("kaiser", _kaiser_beta(numtaps, float(width) / nyq))
-    wtype, param, std = _window_spec(window, name)
+    wtype, param, std, offset, gain = _window_spec(window, name)
     if std is not None:
         param = std / numtaps
-    f2 = float(edges[1]) if edges.size == 2 else 0.0
-    return _win.fir_windowed_coefficients(numtaps, 2.0, float(edges[0]), f2, ftype, wtype,
-                                          param or 0.0, bool(scale))
+    # The taps are linear in the bands and in the window: a sum of the
+    # library's unscaled lowpass, highpass and bandpass designs, with the
+    # window's offset as a rectangular-window part.
+    bands = np.concatenate([[0.0] * pass_zero, edges, [1.0] * pass_nyquist]).reshape(-1, 2)
+    parts = [(wtype, param or 0.0, gain)] + ([(0, 0.0, offset)] if offset else [])
+    h = np.zeros(numtaps)
+    for left, right in bands:
+        ftype, f1, f2 = ((0, right, 0.0) if left == 0 else (1, left, 0.0) if right == 1
+                         else (2, left, right))
+        for t, prm, weight in parts:
+            h += weight * _win.fir_windowed_coefficients(numtaps, 2.0, float(f1), float(f2),
+                                                         ftype, t, prm, False)
+    if scale:
+        left, right = bands[0]
+        f = 0.0 if left == 0 else 1.0 if right == 1 else 0.5 * (left + right)
+        h /= np.sum(h * np.cos(np.pi * f * (np.arange(numtaps) - 0.5 * (numtaps - 1))))
+    return h
 
 
 # ---- resampling -----------------------------------------------------------

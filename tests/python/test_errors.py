@@ -96,13 +96,11 @@ INVALID = [
     (lambda: fd.convolve(X, M), ValueError, "convolve: in1 and in2 should have the same"),
     (lambda: fd.convolve(np.ones((2, 5)), np.ones((3, 2)), "valid"), ValueError, "at least as"),
     (lambda: fd.convolve2d(X, X), ValueError, "convolve2d: in1 and in2 should have two"),
-    (lambda: fd.convolve2d(M, M, boundary="wrap"), NotImplementedError, "convolve2d"),
+    (lambda: fd.convolve2d(M, M, fillvalue=1j), ValueError, "convolve2d: a complex fillvalue"),
     (lambda: fd.lfilter([1.0], [0.0, 1.0], X), ValueError, "lfilter: the first denominator"),
     (lambda: fd.lfilter([1.0, 1.0], [1.0], X, zi=[1.0, 2.0]), ValueError, "lfilter: zi"),
-    (lambda: fd.lfilter([1.0], [1.0, 1j], X), NotImplementedError, "lfilter"),
     (lambda: fd.firwin(4, 0.3, pass_zero=False), ValueError, "firwin: a filter with a passband"),
     (lambda: fd.firwin(5, 1.2), ValueError, "firwin: invalid cutoff"),
-    (lambda: fd.firwin(5, [0.1, 0.2, 0.3, 0.4]), NotImplementedError, "firwin"),
     (lambda: fd.get_window("tukey", 8), NotImplementedError, "get_window"),
     (lambda: fd.upfirdn([1.0], X, up=0), ValueError, "upfirdn: up and down"),
     (lambda: fd.decimate(X, 2, ftype="cheby"), ValueError, "decimate: invalid ftype"),
@@ -120,9 +118,9 @@ def test_invalid_arguments_name_the_function(call, error, message):
 
 def test_library_failures_carry_status_name_and_kind():
     with pytest.raises(ValueError) as refused:
-        fd.fft(np.zeros((0, 3)), axis=0, n=4)
+        fd.fft2d(np.zeros((0, 3)))
     assert isinstance(refused.value, fd.FennelError) and refused.value.name == "STATUS_EMPTY_ARRAY"
-    assert "fennel_dsp.fft" in str(refused.value)
+    assert "d2DFFTH" in str(refused.value)
     with pytest.raises(fd.FennelError) as memory:
         fd.fft3(np.zeros((1, 1, 1)), (1024, 1024, 2048))
     assert not isinstance(memory.value, ValueError) and memory.value.name == "STATUS_OUT_OF_MEMORY"

@@ -37,4 +37,11 @@ template <class T>
 int32_t InvMultiChFFT2D(CallFrame &frame, FDArrayHandle input, FDArrayHandle output, int32_t shift,
                         int32_t orientation, FDArrayHandle workspace, FDPlanHandle *plan);
 
+// Batched strided transforms on the caller's memory (see sStridedFFT).
+template <class T>
+int32_t StridedFFT(CallFrame &frame, const void *input, void *output, int32_t rank,
+                   const int32_t *lengths, const int64_t *inputStrides, const int64_t *outputStrides,
+                   int32_t transforms, int64_t inputDistance, int64_t outputDistance,
+                   int32_t direction, FDPlanHandle *plan);
+
 }  // namespace fennel

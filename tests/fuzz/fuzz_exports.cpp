@@ -2,20 +2,22 @@
 // bytes into one call: the export and element type, argument values (0, 1,
 // negative, huge and inconsistent sizes, selectors in and out of range, NULL
 // workspaces, odd sampling intervals and resampler records), the block
-// placement, an injected host failure, and a plan slot kept from the previous
-// case or released first.  After the call it checks the rules of the header:
-// the status is 0 or one the header's comment lists for that export (read
-// from the header at start-up), a failure leaves outputs, workspaces and plan
-// empty, no host block is left behind, and a kept slot is releasable.  A
-// breach aborts with the export and its arguments.
+// placement, an injected failure (host resize, DSNewPtr or a transform
+// call), and a plan slot kept from the previous case or released first.
+// After the call it checks the rules of the header: the status is 0 or one
+// the header's comment lists for that export (read from the header at
+// start-up), outputs, workspaces and plan are left as the header's failure
+// rules say (Check), no host block is left behind, and a kept slot is
+// releasable.  A breach aborts with the export and its arguments.
 //
-// Environment: FENNEL_FUZZ_ALIASING=1 also passes an input as an output or
-// workspace, or an output as a workspace (same type and rank), as a dataflow
-// host does; FENNEL_FUZZ_SKIP_OPEN_DEFECTS=1 leaves out what open defects still
-// break (below); FENNEL_FUZZ_CONTINUE=1 reports each kind of breach once per
-// export and goes on.
+// Environment: FENNEL_FUZZ_ALIASING=0 leaves out the cases that pass an input
+// as an output or workspace, or an output as a workspace (same type and
+// rank), as a dataflow host does; FENNEL_FUZZ_CONTINUE=1 reports each kind of
+// breach once per export and goes on.
 //
-//   fennel_fuzz [cases [seed]]   runs that many pseudo-random cases
+//   fennel_fuzz [cases [seed [sweep]]]   runs that many pseudo-random cases,
+//   then, with sweep non-zero, the fault sweep (Sweep) over the first `sweep`
+//   cases.
 // Built with FENNEL_LIBFUZZER, the file is a libFuzzer target instead (for a
 // clang build of the library).
 #include <dlfcn.h>
@@ -37,6 +39,7 @@
 #include <string>
 #include <vector>
 
+#include "dft/engine/testing.h"
 #include "fennel_dsp.h"
 #include "fennel_host.h"
 
@@ -45,14 +48,20 @@ extern "C" void __sanitizer_set_death_callback(void (*)(void)) __attribute__((we
 
 // The driver's memory services: the host's, refusing blocks above 4 MB so that
 // huge accepted sizes end as a refused resize instead of exhausting memory.
+// They count the calls and note the array of the first refused resize.
 constexpr int64_t kCapBytes = int64_t{4} << 20;
+int64_t g_resizes = 0, g_newPtrs = 0;
+void **g_refused = nullptr;
 extern "C" int32_t NumericArrayResize(int32_t code, int32_t dims, void ***handle, int64_t n) {
     static const auto next = reinterpret_cast<decltype(&NumericArrayResize)>(dlsym(RTLD_NEXT, "NumericArrayResize"));
-    if (n > kCapBytes / 16) return 2;
-    return next(code, dims, handle, n);
+    ++g_resizes;
+    const int32_t st = n > kCapBytes / 16 ? 2 : next(code, dims, handle, n);
+    if (st != 0 && n > 0 && g_refused == nullptr) g_refused = *handle;
+    return st;
 }
 extern "C" void *DSNewPtr(size_t size) {
     static const auto next = reinterpret_cast<decltype(&DSNewPtr)>(dlsym(RTLD_NEXT, "DSNewPtr"));
+    ++g_newPtrs;
     return size > static_cast<size_t>(kCapBytes) ? nullptr : next(size);
 }
 
@@ -65,18 +74,17 @@ const char *const kFamilies[] = {"1D FFT", "2D/3D/multichannel FFT", "DCT/DST", 
                                  "windows/FIR/IIR"};
 constexpr int kFamilyCount = 7;
 int64_t g_cases[kFamilyCount];
-bool g_aliasing = false;
+bool g_aliasing = true;
 bool g_continue = false;  // FENNEL_FUZZ_CONTINUE=1: report each kind of violation once and go on
 std::set<std::string> g_seen;
-std::string g_call;  // the call under way, for a sanitizer's report
-// FENNEL_FUZZ_SKIP_OPEN_DEFECTS=1 leaves out what open defects still break:
-// the checks that a failure empties the workspaces and releases the plan, and
-// a slot holding a 2D DCT/DST record passed to another function (or the
-// reverse), whose failure releases the record as a plain descriptor.
-bool g_hygiene = true;
-bool g_separateSlots = false;  // also FENNEL_FUZZ_SEPARATE_SLOTS=1
-bool g_slotTrig2D = false;     // the kept plan is a 2D DCT/DST record
-FDPlanHandle g_plan = nullptr;
+char g_call[1024];  // the call under way, for a sanitizer's report (outlives exit)
+FDPlanHandle g_plan = nullptr, g_planBefore = nullptr;
+// The failure to inject: none, the nth resize, DSNewPtr or call of a
+// transform-engine function (kind 2 + the engine's Call); kind -1 lets the
+// case's bytes choose.
+int g_injectKind = -1, g_injectNth = 0;
+std::string g_lastName;  // the last case's export and status, for the sweep
+int32_t g_lastStatus = 0;
 int64_t g_ptrs = 0;  // live DSNewPtr blocks with no plan held
 FDResampleState g_state;  // the stream state, kept between cases like the plan
 
@@ -148,6 +156,7 @@ struct Arr {
     Role role;
     const char *label;
     int alias;
+    int64_t before;  // elements when the call began
 };
 
 struct Case {
@@ -168,7 +177,7 @@ struct Case {
     // workspace one time in four.
     int New(Role role, const char *label, int32_t code, const std::vector<int32_t> &d) {
         if (role == kWs && Pick(4) == 0) {
-            a.push_back({nullptr, code, 1, role, label, -1});
+            a.push_back({nullptr, code, 1, role, label, -1, 0});
             Say("%s=NULL", label);
             return static_cast<int>(a.size()) - 1;
         }
@@ -187,7 +196,7 @@ struct Case {
             if (code == 9 || code == 12) static_cast<float *>(data)[i] = static_cast<float>(v);
             else static_cast<double *>(data)[i] = v;
         }
-        a.push_back({h, code, static_cast<int>(d.size()), role, label, -1});
+        a.push_back({h, code, static_cast<int>(d.size()), role, label, -1, 0});
         Say("%s=%s[%s]", label, shape.c_str(), code == 9 ? "f" : code == 10 ? "d" : code == 12 ? "cf" : "cd");
         return static_cast<int>(a.size()) - 1;
     }
@@ -205,6 +214,7 @@ struct Case {
         if (pairs.empty()) return;
         const auto [i, j] = pairs[Pick(static_cast<uint32_t>(pairs.size()))];
         a[i].alias = j;
+        FennelHostFreeArray(a[i].h);
         a[i].h = a[j].h;
         Say("%s IS %s", a[i].label, a[j].label);
     }
@@ -227,40 +237,75 @@ struct Case {
         FennelHostArrayDims(b.h, b.rank, d);
         return int64_t{d[0]} * (b.rank > 1 ? d[1] : 1) * (b.rank > 2 ? d[2] : 1);
     }
-    // The checks every export shares; wsEmpty: the header empties its
-    // workspaces on success too.
-    void Check(int32_t st, bool wsEmpty, bool plan) {
+    // The checks every export shares.  After a failure the outputs are empty.
+    // A failure found before the transform step (every status but
+    // STATUS_OUT_OF_MEMORY, STATUS_NO_WORKSPACE and the transform statuses,
+    // and a refused output resize) leaves the plan and the workspaces as they
+    // were; a NULL or refused workspace or a failed transform step releases
+    // the plan.  Otherwise a workspace holds what it held or nothing (nothing
+    // after its own refused resize; with wsEmpty 1 nothing after a success,
+    // with 2 nothing after any return).  emptyLate: the routine finds an empty
+    // input in its transform step.
+    void Check(int32_t st, int wsEmpty, bool plan, bool emptyLate = false) {
         FennelHostFailResize(0);
         FennelHostFailNewPtr(0);
+        fennel::engine::ClearFaults();
+        g_lastName = name, g_lastStatus = st;
         const auto it = g_allowed.find(name);
         if (it == g_allowed.end() || it->second.count(st) == 0) Fail("status %d (%s) not listed for it", st, FDStatusText(st));
         // A kept plan may hold host blocks (the 2D DCT/DST's record); without one none is left.
         if (g_plan == nullptr && FennelHostLivePtrs() != g_ptrs)
             Fail("status %d, %lld DSNewPtr blocks left", st, static_cast<long long>(FennelHostLivePtrs() - g_ptrs));
         if (FennelHostLiveArrays() != arrays) Fail("status %d, live arrays changed", st);
-        for (const Arr &b : a)
-            if (b.h && b.role != kIn && ((st != 0 && (b.role == kOut || g_hygiene)) || (wsEmpty && b.role == kWs && (st == 0 || g_hygiene))) &&
-                Count(b) != 0)
-                Fail("status %d, %s %s holds %lld elements", st, b.role == kWs ? "workspace" : "output", b.label,
-                     static_cast<long long>(Count(b)));
-        if (g_hygiene && plan && st != 0 && g_plan != nullptr) Fail("status %d, plan slot still held", st);
+        auto isOutput = [&](void **h) {
+            for (const Arr &b : a)
+                if (b.h == h && b.role == kOut) return true;
+            return false;
+        };
+        const Arr *refused = nullptr;
+        bool aliasedWs = false;
+        for (const Arr &b : a) {
+            if (b.h != nullptr && b.h == g_refused && refused == nullptr) refused = &b;
+            for (const Arr &o : a)  // a workspace passed again as an output or workspace
+                aliasedWs = aliasedWs || (&o != &b && b.role == kWs && o.role != kIn && b.h != nullptr && o.h == b.h);
+        }
+        const bool outputRefused = refused != nullptr && isOutput(refused->h);
+        const bool late = (st == STATUS_NO_WORKSPACE && !aliasedWs) || st <= STATUS_DFTI_COMPUTE_FAILED ||
+                          (st == STATUS_EMPTY_ARRAY && emptyLate) ||
+                          (refused != nullptr && !outputRefused);
+        const bool early = st < 0 && !late && st != STATUS_NO_WORKSPACE && (st != STATUS_OUT_OF_MEMORY || outputRefused);
+        for (const Arr &b : a) {
+            if (b.h == nullptr || b.role == kIn) continue;
+            const int64_t n = Count(b);
+            if (b.role == kOut || isOutput(b.h)) {
+                if (st != 0 && n != 0) Fail("status %d, output %s holds %lld elements", st, b.label, static_cast<long long>(n));
+            } else if (wsEmpty == 2 ? n != 0 : early ? n != b.before : n != 0 && (n != b.before || &b == refused || (st == 0 && wsEmpty))) {
+                Fail("status %d, workspace %s holds %lld elements (%lld before)", st, b.label, static_cast<long long>(n),
+                     static_cast<long long>(b.before));
+            }
+        }
+        if (plan && st < 0 && late && g_plan != nullptr) Fail("status %d, plan slot still held", st);
+        if (plan && st < 0 && !late && g_plan != g_planBefore && (early || g_plan != nullptr))
+            Fail("status %d, plan slot changed", st);
     }
-    // Called after the arrays are made: aliasing, the injected host failure.
+    // Called after the arrays are made: aliasing, the injected failure.
     void Go(const char *export_name) {
         name = export_name;
-        const bool trig2D = name.find("2DDCT") != std::string::npos || name.find("2DDST") != std::string::npos ||
-                            name.find("2DInvD") != std::string::npos;
-        if (g_separateSlots && g_plan != nullptr && trig2D != g_slotTrig2D)
-            g_slotTrig2D ? FreeMKLDCTDSTiDescH(&g_plan) : FreeMKLDftiDescH(&g_plan);
-        g_slotTrig2D = trig2D;
         Alias();
         arrays = FennelHostLiveArrays();
-        switch (Pick(8)) {
-            case 0: { const int32_t k = 1 + Pick(4); FennelHostFailResize(k); Say("failing resize #%d", k); break; }
-            case 1: { const int32_t k = 1 + Pick(3); FennelHostFailNewPtr(k); Say("failing DSNewPtr #%d", k); break; }
-            default: break;
-        }
-        g_call = name + "(" + desc + ")";
+        for (Arr &b : a) b.before = b.h != nullptr ? Count(b) : 0;
+        g_planBefore = g_plan;
+        g_refused = nullptr;
+        g_resizes = g_newPtrs = 0;
+        const uint32_t pick = Pick(16), nth = 1 + Pick(4);
+        const int kind = g_injectKind >= 0 ? g_injectKind : pick < 2 ? 1 : pick == 2 ? 2 : pick == 3 ? 3 + static_cast<int>(nth % 6) : 0;
+        const int k = g_injectKind >= 0 ? g_injectNth : static_cast<int>(nth);
+        static const char *const what[] = {"", "resize", "DSNewPtr", "create", "set", "get", "commit", "compute", "free"};
+        if (kind == 1) FennelHostFailResize(k);
+        if (kind == 2) FennelHostFailNewPtr(k);
+        if (kind >= 3) fennel::engine::FailCall(static_cast<fennel::engine::Call>(kind - 3), k);
+        if (kind > 0) Say("failing %s #%d", what[kind], k);
+        std::snprintf(g_call, sizeof g_call, "%s(%s)", name.c_str(), desc.c_str());
     }
 };
 
@@ -280,13 +325,13 @@ void FFT1D(Case &c, int t, char p) {
         const int32_t size = Size(n);
         SAY_ARGS("fftSize=%d, shift=%d", size, shift);
         c.Go(fn[t]);
-        c.Check(fwd[t](c[x], c[y], size, shift, c[w], &g_plan), false, true);
+        c.Check(fwd[t](c[x], c[y], size, shift, c[w], &g_plan), 0, true);
     } else {
         const int x = c.New(kIn, "x", Cx(p), {n}), y = c.New(kOut, "out", Code(p), {SmallDim()});
         const int w = c.New(kWs, "ws", t < 2 ? Code(p) : Cx(p), {SmallDim()});
         SAY_ARGS("shift=%d", shift);
         c.Go(in[t]);
-        c.Check(inv[t](c[x], c[y], shift, c[w], &g_plan), false, true);
+        c.Check(inv[t](c[x], c[y], shift, c[w], &g_plan), 0, true);
     }
 }
 
@@ -321,7 +366,7 @@ void FFTMD(Case &c, int t, char p) {
         default: SAY_ARGS("shift=%d, orientation=%d", shift, orient); c.Go(nim[t]);
                 st = im[t](c[x], c[y], shift, orient, c[w], &g_plan); break;
     }
-    c.Check(st, false, true);
+    c.Check(st, 0, true);
 }
 
 void Trig(Case &c, int t, char) {
@@ -349,7 +394,7 @@ void Trig(Case &c, int t, char) {
         case 2: st = f2[k](c[x], c[y], len, len2, c[w], &g_plan); break;
         default: st = i2[k](c[x], c[y], c[w], &g_plan); break;
     }
-    c.Check(st, true, true);
+    c.Check(st, 1, true, kind == 1);
 }
 
 void Spectra(Case &c, int t, char p) {
@@ -376,7 +421,7 @@ void Spectra(Case &c, int t, char p) {
         case 2: st = cp[t](c[x], c[y], c[o], c[w], &g_plan); break;
         default: st = cs[t](c[x], c[y], dt, type, &df, c[o], c[ph], c[w], &g_plan); break;
     }
-    c.Check(st, true, true);
+    c.Check(st, 1, true);
     if (kind % 2 && st != 0 && !std::isnan(df)) c.Fail("status %d, df = %g, not NaN", st, df);
 }
 
@@ -416,7 +461,7 @@ void Correlation(Case &c, int t, char p) {
         case 4: st = cr2[t](c[x], c[y], c[o], alg, c[w1], c[w2], &g_plan); break;
         default: st = ac2[t](c[x], c[o], alg, c[w1], c[w2], &g_plan); break;
     }
-    c.Check(st, true, true);
+    c.Check(st, 2, true);
 }
 
 void Resampling(Case &c, int t, char p) {
@@ -429,7 +474,7 @@ void Resampling(Case &c, int t, char p) {
         const int32_t factor = Size(Of({1, 2, 3, 7})), arg = Of<int32_t>({0, 1, factor / 2, factor, -1});
         SAY_ARGS("factor=%d, %s=%d", factor, kind ? "phase" : "average", arg);
         c.Go(names[kind][t]);
-        c.Check((kind ? up : dec)[t](c[x], c[o], factor, arg), false, false);
+        c.Check((kind ? up : dec)[t](c[x], c[o], factor, arg), 0, false);
         return;
     }
     const bool multi = kind == 3;
@@ -459,7 +504,7 @@ void Resampling(Case &c, int t, char p) {
     const int32_t st = (multi ? rm : rs)[t](c[x], c[h], interp, noParams ? nullptr : &params, reset, aa, c[o], &first,
                                             c[ha], c[hb], noState ? nullptr : &g_state);
     if (n < 0) static_cast<int32_t *>(*c[x])[multi ? 1 : 0] = 0;
-    c.Check(st, false, false);
+    c.Check(st, 0, false);
     static const uint8_t zero[52] = {};
     if (st != 0 && (first != 0 || (!noState && std::memcmp(&g_state, zero, 52) != 0)))
         c.Fail("status %d, firstOutputTime %g or the state not zeroed", st, static_cast<double>(first));
@@ -494,7 +539,7 @@ void WindowsOf(Case &c, int t, char p) {
         case 2: st = kaiser(c[x], param); break;
         default: st = symm(c[x], type, param, c[w]); break;
     }
-    c.Check(st, false, false);
+    c.Check(st, 0, false);
 }
 
 void Filters(Case &c, int t, char p) {
@@ -512,7 +557,7 @@ void Filters(Case &c, int t, char p) {
         c.Go(t % 2 ? "dFIRWindowedCoefH" : "sFIRWindowedCoefH");
         const int32_t st = t % 2 ? dFIRWindowedCoefH(c[h], fs, f1, f2, taps, filter, win, param, norm, c[w])
                                  : sFIRWindowedCoefH(c[h], fs, f1, f2, taps, filter, win, static_cast<float>(param), norm, c[w]);
-        return c.Check(st, false, false);
+        return c.Check(st, 0, false);
     }
     static decltype(&ssIIRDirectFilterH) const iir[] = {ssIIRDirectFilterH, ddIIRDirectFilterH, csIIRDirectFilterH,
                                                         zdIIRDirectFilterH};
@@ -530,7 +575,7 @@ void Filters(Case &c, int t, char p) {
     const int32_t init = Pick(2);
     SAY_ARGS("init=%d", init);
     c.Go(names[t]);
-    c.Check(iir[t](c[x], c[a], c[b], c[fst], c[rst], init, c[tw], c[aw], c[bw]), false, false);
+    c.Check(iir[t](c[x], c[a], c[b], c[fst], c[rst], init, c[tw], c[aw], c[bw]), 0, false);
 }
 
 void (*const kRun[kFamilyCount])(Case &, int, char) = {FFT1D, FFTMD, Trig, Spectra, Correlation, Resampling, Filters};
@@ -544,11 +589,9 @@ void PrintCounts() {
 void Init() {
     setenv("FENNEL_DSP_PLANNER", "estimate", 0);
     const char *alias = std::getenv("FENNEL_FUZZ_ALIASING");
-    g_aliasing = alias != nullptr && std::strcmp(alias, "1") == 0;
+    g_aliasing = alias == nullptr || std::strcmp(alias, "0") != 0;
     g_continue = std::getenv("FENNEL_FUZZ_CONTINUE") != nullptr;
-    if (__sanitizer_set_death_callback != nullptr) __sanitizer_set_death_callback([] { std::fprintf(stderr, "fuzz: the call was %s\n", g_call.c_str()); });
-    g_hygiene = std::getenv("FENNEL_FUZZ_SKIP_OPEN_DEFECTS") == nullptr;
-    g_separateSlots = !g_hygiene || std::getenv("FENNEL_FUZZ_SEPARATE_SLOTS") != nullptr;
+    if (__sanitizer_set_death_callback != nullptr) __sanitizer_set_death_callback([] { std::fprintf(stderr, "fuzz: the call was %s\n", g_call); });
     ParseHeader();
     g_ptrs = FennelHostLivePtrs();
     std::atexit([] {
@@ -585,6 +628,54 @@ int RunCase(const uint8_t *data, size_t size) {
     return 0;
 }
 
+namespace {
+
+void NextBytes(uint64_t &seed, uint8_t (&bytes)[96]) {
+    for (uint8_t &b : bytes) seed = seed * 6364136223846793005ULL + 1442695040888963407ULL, b = static_cast<uint8_t>(seed >> 56);
+}
+
+// The fault sweep: of the first `cases` cases, the successful one with the
+// most host calls of each export runs again, from an empty slot and the
+// stream state it began with, with each of its resizes, each of its DSNewPtr
+// calls and the first calls of each transform-engine function failing in
+// turn; Check holds each outcome to the failure rules.
+void Sweep(uint64_t seed, long cases) {
+    struct Chosen {
+        std::vector<uint8_t> bytes;
+        FDResampleState state;
+        int64_t calls[2];
+    };
+    std::map<std::string, Chosen> chosen;
+    uint8_t bytes[96];
+    g_injectKind = 0;
+    for (long i = 0; i < cases; ++i) {
+        NextBytes(seed, bytes);
+        FreeMKLDftiDescH(&g_plan);
+        const FDResampleState state = g_state;
+        RunCase(bytes, sizeof bytes);
+        Chosen &c = chosen[g_lastName];
+        if (g_lastStatus == 0 && (c.bytes.empty() || g_resizes + g_newPtrs > c.calls[0] + c.calls[1]))
+            c = {std::vector<uint8_t>(bytes, bytes + sizeof bytes), state, {g_resizes, g_newPtrs}};
+    }
+    long runs = 0, exports = 0;
+    for (const auto &[name, c] : chosen) {
+        if (c.bytes.empty()) continue;
+        ++exports;
+        for (int kind = 1; kind < 9; ++kind)
+            for (int nth = 1; kind > 2 ? nth <= 4 : nth <= c.calls[kind - 1]; ++nth, ++runs) {
+                FreeMKLDftiDescH(&g_plan);
+                g_state = c.state;
+                g_injectKind = kind, g_injectNth = nth;
+                RunCase(c.bytes.data(), c.bytes.size());
+                if (kind > 2 && g_lastStatus == 0) break;  // no such call left
+            }
+    }
+    g_injectKind = -1;
+    std::fprintf(stderr, "fuzz: fault sweep over %ld exports, %ld failing calls\n", exports, runs);
+}
+
+}  // namespace
+
 #ifdef FENNEL_LIBFUZZER
 extern "C" int LLVMFuzzerInitialize(int *, char ***) { return Init(), 0; }
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) { return RunCase(data, size); }
@@ -593,15 +684,17 @@ int main(int argc, char **argv) {
     Init();
     const long cases = argc > 1 ? std::atol(argv[1]) : 4000;
     uint64_t seed = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 1;
+    const long sweep = argc > 3 ? std::atol(argv[3]) : 0;
     uint8_t bytes[96];
     for (long i = 0; i < cases; ++i) {
-        for (uint8_t &b : bytes) seed = seed * 6364136223846793005ULL + 1442695040888963407ULL, b = static_cast<uint8_t>(seed >> 56);
+        NextBytes(seed, bytes);
         // FENNEL_FUZZ_FORK=1: each case in a child process, so that a crash ends only its case.
         if (std::getenv("FENNEL_FUZZ_FORK") == nullptr) RunCase(bytes, sizeof bytes);
         else if (const pid_t pid = fork(); pid == 0) _exit(RunCase(bytes, sizeof bytes));
         else waitpid(pid, nullptr, 0);
         if ((i + 1) % 100000 == 0) PrintCounts();
     }
+    if (sweep > 0) Sweep(seed, sweep);
     return 0;
 }
 #endif

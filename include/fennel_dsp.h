@@ -46,7 +46,11 @@
  * address as the last argument of every transform function.  The library keeps
  * a committed transform in it between calls and rebuilds it when the geometry
  * changes.  Release it with FreeMKLDftiDescH.  A slot belongs to one function
- * at a time; two calls must not use the same slot concurrently.
+ * at a time; two calls must not use the same slot concurrently.  Arrays whose
+ * data are not 16-byte aligned are transformed through copies; copy buffers
+ * of up to 16 MiB stay with the plan for the next call, larger ones are freed
+ * when the call ends (a misaligned 2^24-point real FFT holds 256 MiB of them
+ * only while it runs).
  * A slot passed to another function is safe: a kept transform of another
  * precision, domain, rank, length, layout or batch, and a kept record of the
  * 2D DCT/DST in a slot given to another function (or the reverse), is

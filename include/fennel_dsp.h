@@ -10,9 +10,9 @@
  * when the call finds it:
  *   - before the transform step: every status but STATUS_OUT_OF_MEMORY,
  *     STATUS_NO_WORKSPACE and the STATUS_DFTI_ ones, and STATUS_OUT_OF_MEMORY
- *     from a refused output resize, the 2D/3D size guard or the copy of an
- *     input that is also an output.  The plan and the workspaces are left as
- *     they were;
+ *     from a refused output resize, an output size guard (sizes too large for
+ *     31 bits) or the copy of an input that is also an output.  The plan and
+ *     the workspaces are left as they were;
  *   - in the transform step: a NULL workspace, a refused workspace resize or
  *     scratch allocation, a transform that cannot be made, released or
  *     computed.  The plan is released (its slot NULL) and every workspace the
@@ -664,8 +664,8 @@ FENNEL_DSP_API int32_t zCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, do
  *   the convolutions also STATUS_EMPTY_OPERAND (valid mode with y larger
  *   than x in a dimension).
  * After a failure: STATUS_EMPTY_ARRAY, STATUS_BAD_SELECTOR,
- *   STATUS_EMPTY_OPERAND and a refused output resize leave the plan as it
- *   was; any later failure releases it.
+ *   STATUS_EMPTY_OPERAND, an output too large for 31 bits and a refused
+ *   output resize leave the plan as it was; any later failure releases it.
  */
 FENNEL_DSP_API int32_t s1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
                                        int32_t outputMode, int32_t algorithm, int32_t blockSize,

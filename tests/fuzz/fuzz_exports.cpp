@@ -21,10 +21,7 @@
 // Built with FENNEL_LIBFUZZER, the file is a libFuzzer target instead (for a
 // clang build of the library).
 #include <dlfcn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cmath>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -645,10 +642,7 @@ int main(int argc, char **argv) {
     uint8_t bytes[96];
     for (long i = 0; i < cases; ++i) {
         NextBytes(seed, bytes);
-        // FENNEL_FUZZ_FORK=1: each case in a child process, so that a crash ends only its case.
-        if (std::getenv("FENNEL_FUZZ_FORK") == nullptr) RunCase(bytes, sizeof bytes);
-        else if (const pid_t pid = fork(); pid == 0) _exit(RunCase(bytes, sizeof bytes));
-        else waitpid(pid, nullptr, 0);
+        RunCase(bytes, sizeof bytes);
         if ((i + 1) % 100000 == 0) PrintCounts();
     }
     if (sweep > 0) Sweep(seed, sweep);

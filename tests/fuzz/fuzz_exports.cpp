@@ -36,7 +36,11 @@
 #include <string>
 #include <vector>
 
+#if __has_include("dft/engine/testing.h")  // the engine's test controls
 #include "dft/engine/testing.h"
+#else
+#include "dft/engine/dfti.h"
+#endif
 #include "fennel_dsp.h"
 #include "fennel_host.h"
 

@@ -8,7 +8,8 @@ ASAN      := build-asan
 TSAN      := build-tsan
 WIN64     := build-win64
 FUZZ      := build-fuzz
-FUZZ_CASES ?= 1000000
+LIBFUZZ   := build-libfuzzer
+FUZZ_CASES ?= 1400000
 FUZZ_SEED ?= 1
 JOBS      := $(shell nproc)
 PREFIX    ?= /usr/local
@@ -20,7 +21,7 @@ LEAN      := -DFENNEL_DSP_BUILD_TESTS=OFF -DFENNEL_DSP_BUILD_BENCH=OFF -DFENNEL_
 # log; on failure prints the log's last lines and fails.
 logged = env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL $(1) >$(2) 2>&1 || { echo "failed: $(1)"; echo "--- last lines of $(2):"; tail -n 40 $(2); exit 1; }
 
-.PHONY: all libs build build-asan build-tsan windows demo install test fuzz bench clean
+.PHONY: all libs build build-asan build-tsan windows demo install test fuzz fuzz-generator bench clean
 
 all: libs
 
@@ -91,15 +92,30 @@ test: build build-asan build-tsan windows
 
 # Random bad-input cases over every export under ASan and UBSan, optimised:
 # FUZZ_CASES in all (at least 10^5 per export family by default), split over
-# $(JOBS) processes seeded FUZZ_SEED + 1, FUZZ_SEED + 2, ...  The driver's
-# FENNEL_FUZZ_* variables pass through (FENNEL_FUZZ_ALIASING=1 make fuzz).
+# $(JOBS) processes seeded FUZZ_SEED + 1, FUZZ_SEED + 2, ...  `make fuzz` runs
+# them as a libFuzzer target built with clang (coverage-guided);
+# `make fuzz-generator` runs the driver's own generator in a gcc build, then
+# its fault sweep.  The driver's FENNEL_FUZZ_* variables pass through
+# (FENNEL_FUZZ_ALIASING=0 make fuzz).
+FUZZ_CMAKE = -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFENNEL_SANITIZE=ON -DFENNEL_DSP_BUILD_TESTS=ON -DFENNEL_DSP_BUILD_BENCH=OFF -DFENNEL_DSP_BUILD_EXAMPLES=OFF -DFENNEL_DSP_BUILD_WINDOWS_TESTS=OFF
 fuzz:
+	@scripts/install-deps fuzz
+	@mkdir -p $(LIBFUZZ)
+	@$(call logged,cmake -S . -B $(LIBFUZZ) -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DFENNEL_LIBFUZZER=ON $(FUZZ_CMAKE),$(LIBFUZZ)/configure.log)
+	@$(call logged,cmake --build $(LIBFUZZ) -j$(JOBS) --target fennel_fuzz,$(LIBFUZZ)/build.log)
+	@pids=; for i in $$(seq 1 $(JOBS)); do \
+	  FENNEL_DSP_PLANNER=estimate $(LIBFUZZ)/bin/fennel_fuzz -runs=$$(($(FUZZ_CASES) / $(JOBS))) -seed=$$(($(FUZZ_SEED) + $$i)) -max_len=256 >$(LIBFUZZ)/fuzz-$$i.log 2>&1 & pids="$$pids $$!"; \
+	done; st=0; for p in $$pids; do wait $$p || st=1; done; \
+	for i in $$(seq 1 $(JOBS)); do grep -h "cases per family\|Done\|violation\|ERROR" $(LIBFUZZ)/fuzz-$$i.log; done; \
+	[ $$st = 0 ] || { echo "fuzz failed: see $(LIBFUZZ)/fuzz-*.log"; exit 1; }
+
+fuzz-generator:
 	@scripts/install-deps test
 	@mkdir -p $(FUZZ)
-	@$(call logged,cmake -S . -B $(FUZZ) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFENNEL_SANITIZE=ON -DFENNEL_DSP_BUILD_TESTS=ON -DFENNEL_DSP_BUILD_BENCH=OFF -DFENNEL_DSP_BUILD_EXAMPLES=OFF -DFENNEL_DSP_BUILD_WINDOWS_TESTS=OFF,$(FUZZ)/configure.log)
+	@$(call logged,cmake -S . -B $(FUZZ) $(FUZZ_CMAKE),$(FUZZ)/configure.log)
 	@$(call logged,cmake --build $(FUZZ) -j$(JOBS) --target fennel_fuzz,$(FUZZ)/build.log)
 	@pids=; for i in $$(seq 1 $(JOBS)); do \
-	  FENNEL_DSP_PLANNER=estimate $(FUZZ)/bin/fennel_fuzz $$(($(FUZZ_CASES) / $(JOBS))) $$(($(FUZZ_SEED) + $$i)) & pids="$$pids $$!"; \
+	  FENNEL_DSP_PLANNER=estimate $(FUZZ)/bin/fennel_fuzz $$(($(FUZZ_CASES) / $(JOBS))) $$(($(FUZZ_SEED) + $$i)) 20000 & pids="$$pids $$!"; \
 	done; st=0; for p in $$pids; do wait $$p || st=1; done; exit $$st
 
 bench:
@@ -111,4 +127,4 @@ bench:
 	@for p in bench/py_*.py; do PYTHONPATH=python $(PY) $$p; done
 
 clean:
-	rm -rf $(BUILD) $(ASAN) $(TSAN) $(WIN64) $(FUZZ) build-python
+	rm -rf $(BUILD) $(ASAN) $(TSAN) $(WIN64) $(FUZZ) $(LIBFUZZ) build-python

@@ -3,9 +3,22 @@
  *
  * Every function takes host array handles, resizes its outputs through the
  * host's NumericArrayResize, and returns a signed 32-bit status code: 0 on
- * success, one of the negative STATUS_ codes below on failure.  After a
- * failure every output is empty, every workspace array is empty and a cached
- * transform plan has been released.
+ * success, one of the negative STATUS_ codes below on failure.
+ *
+ * After a failure every output is empty (and in-place arrays, as each function
+ * says).  What a failure leaves in the plan and the workspace arrays depends on
+ * when the call finds it:
+ *   - before the transform step: every status but STATUS_OUT_OF_MEMORY,
+ *     STATUS_NO_WORKSPACE and the STATUS_DFTI_ ones, and STATUS_OUT_OF_MEMORY
+ *     from a refused output resize, an output size guard (sizes too large for
+ *     31 bits) or the copy of an input that is also an output.  The plan and
+ *     the workspaces are left as they were;
+ *   - in the transform step: a NULL workspace, a refused workspace resize or
+ *     scratch allocation, a transform that cannot be made, released or
+ *     computed.  The plan is released (its slot NULL) and every workspace the
+ *     call resized is emptied.
+ * A workspace the call does not use is left as passed, except where a family
+ * below says its workspaces are emptied after every call.
  *
  * Host array handle: a pointer to a pointer to one host block.  The block
  * starts with one int32 size per dimension (first dimension slowest), followed
@@ -21,15 +34,23 @@
  * convolution and correlation functions and the IIR filter's coefficients
  * then read the input as it was when the call began (from a copy the call
  * makes, STATUS_OUT_OF_MEMORY when it cannot), so the result equals that of
- * separate arrays.  Decimation and upsampling work in place by design.  A
- * workspace that is also an output of the call (or, for the IIR filter, the
- * signal, a state or another of its workspaces) gives STATUS_NO_WORKSPACE.
+ * separate arrays.  Decimation and upsampling work in place by design.  Where
+ * one array would have to hold two results it is refused with
+ * STATUS_NO_WORKSPACE before anything but the outputs is changed: a workspace
+ * that is also an output or another workspace of the call, a window's
+ * workspace that is its X, FIRWindowedCoef's workspace that is its
+ * coefficients, the IIR filter's signal and states passed as one another, and
+ * a resampler's output or history that is also another array of the call.
  *
  * Plan handle: a caller-owned pointer-sized slot, initially NULL, passed by
  * address as the last argument of every transform function.  The library keeps
  * a committed transform in it between calls and rebuilds it when the geometry
  * changes.  Release it with FreeMKLDftiDescH.  A slot belongs to one function
- * at a time; two calls must not use the same slot concurrently.
+ * at a time; two calls must not use the same slot concurrently.  Arrays whose
+ * data are not 16-byte aligned are transformed through copies; copy buffers
+ * of up to 16 MiB stay with the plan for the next call, larger ones are freed
+ * when the call ends (a misaligned 2^24-point real FFT holds 256 MiB of them
+ * only while it runs).
  * A slot passed to another function is safe: a kept transform of another
  * precision, domain, rank, length, layout or batch, and a kept record of the
  * 2D DCT/DST in a slot given to another function (or the reverse), is
@@ -137,7 +158,9 @@ static inline const char *FDStatusText(int32_t status) {
                "or the histories no longer match the state";
     case STATUS_BAD_SAMPLING_INTERVAL:
         return "STATUS_BAD_SAMPLING_INTERVAL: the sampling interval or factor is not positive";
-    case STATUS_NO_WORKSPACE: return "STATUS_NO_WORKSPACE: a needed workspace handle is NULL or is also an output";
+    case STATUS_NO_WORKSPACE:
+        return "STATUS_NO_WORKSPACE: a needed workspace handle is NULL, or one array is passed "
+               "where the call writes two";
     case STATUS_DFTI_COMPUTE_FAILED: return "STATUS_DFTI_COMPUTE_FAILED: the transform failed";
     case STATUS_DFTI_SETUP_FAILED:
         return "STATUS_DFTI_SETUP_FAILED: the transform could not be created or committed";
@@ -257,6 +280,10 @@ FENNEL_DSP_API void SetFNRTTLSIndexHook(void);
  *   STATUS_NO_WORKSPACE (the workspace is needed and NULL),
  *   STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
+ * After a failure: an empty input or a refused output resize leaves the
+ *   workspace and the plan as they were; any later failure releases the plan
+ *   and empties the workspace if the call used it.  On success the workspace
+ *   is empty if it was used, as passed otherwise.
  */
 FENNEL_DSP_API int32_t s1DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
                                int32_t shift, FDArrayHandle workspace, FDPlanHandle *plan);
@@ -299,6 +326,8 @@ FENNEL_DSP_API int32_t z1DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *   or workspace resize refused), STATUS_NO_WORKSPACE,
  *   STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
+ * After a failure: as the 1D FFT; the size guard, like an empty dimension and
+ *   a refused output resize, leaves the workspace and the plan as they were.
  */
 FENNEL_DSP_API int32_t s2DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
                                int32_t columns, int32_t shift, FDArrayHandle workspace,
@@ -337,6 +366,7 @@ FENNEL_DSP_API int32_t z2DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *   STATUS_OUT_OF_MEMORY (size guard over three dimensions, or a resize
  *   refused), STATUS_NO_WORKSPACE, STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
+ * After a failure: as the 2D FFT.
  */
 FENNEL_DSP_API int32_t s3DFFTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
                                int32_t columns, int32_t pages, int32_t shift,
@@ -385,6 +415,8 @@ FENNEL_DSP_API int32_t z3DInvFFTH(FDArrayHandle input, FDArrayHandle output, int
  *   (orientation), STATUS_OUT_OF_MEMORY (the 2D size guard, or a resize
  *   refused), STATUS_NO_WORKSPACE, STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
+ * After a failure: as the 2D FFT; a bad orientation also leaves the
+ *   workspace and the plan as they were.
  */
 FENNEL_DSP_API int32_t s2DMultiChFFTH(FDArrayHandle input, FDArrayHandle output, int32_t fftSize,
                                       int32_t shift, int32_t orientation,
@@ -481,6 +513,10 @@ FENNEL_DSP_API int32_t zStridedFFT(const void *input, void *output, int32_t rank
  *   workspace would not fit 31 bits), STATUS_NO_WORKSPACE (NULL workspace),
  *   STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
+ * After a failure: the forward functions' STATUS_EMPTY_ARRAY and a refused
+ *   output resize leave the workspace and the plan as they were; any later
+ *   failure (the inverses' STATUS_EMPTY_ARRAY among them) releases the plan.
+ *   The workspace is empty after every call that gets past those two.
  */
 FENNEL_DSP_API int32_t s1DDCTH(FDArrayHandle input, FDArrayHandle output, int32_t length,
                                FDArrayHandle workspace, FDPlanHandle *plan);
@@ -520,6 +556,10 @@ FENNEL_DSP_API int32_t d1DInvDSTH(FDArrayHandle input, FDArrayHandle output,
  *   output, workspace or scratch allocation refused), STATUS_NO_WORKSPACE
  *   (NULL workspace), STATUS_DFTI_SETUP_FAILED, STATUS_DFTI_FREE_FAILED (replacing
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED.
+ * After a failure: an empty dimension, the size guard and a refused output
+ *   resize leave the workspace and the plan as they were; any later failure
+ *   releases the plan record (the slot is NULL).  The workspace is empty
+ *   after every call that gets past those.
  */
 FENNEL_DSP_API int32_t s2DDCTH(FDArrayHandle input, FDArrayHandle output, int32_t rows,
                                int32_t columns, FDArrayHandle workspace, FDPlanHandle *plan);
@@ -573,6 +613,10 @@ FENNEL_DSP_API int32_t d2DInvDSTH(FDArrayHandle input, FDArrayHandle output,
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED; the auto
  *   power and cross power spectra also STATUS_BAD_SAMPLING_INTERVAL (dt)
  *   and STATUS_BAD_SELECTOR (spectrumType).
+ * After a failure: an empty input, a bad dt or spectrumType and a refused
+ *   output resize leave the workspace and the plan as they were; any later
+ *   failure releases the plan.  The workspace is empty after every call that
+ *   gets past those.
  */
 FENNEL_DSP_API int32_t sPowerSpectrumH(FDArrayHandle input, FDArrayHandle output,
                                        FDArrayHandle workspace, FDPlanHandle *plan);
@@ -654,8 +698,9 @@ FENNEL_DSP_API int32_t zCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, do
  *                   (R1+R2-1) x (C1+C2-1), lag (0, 0) at (R1-1, C1-1)
  *   autocorrelation (x, output, algorithm, reverseScratch, fftScratch, plan)
  *                   (2R1-1) x (2C1-1)
- * Workspaces are 1D arrays, left empty after every call; the one the chosen
- * method needs must not be NULL (STATUS_NO_WORKSPACE).  Passing the same
+ * Workspaces are 1D arrays, left empty after every call, failed or not,
+ * used or not; the one the chosen method needs must not be NULL
+ * (STATUS_NO_WORKSPACE).  Passing the same
  * array as x and y takes one forward transform instead of two.
  * Status: every function STATUS_EMPTY_ARRAY (an empty operand or
  *   dimension), STATUS_BAD_SELECTOR (algorithm; outputMode of the
@@ -666,6 +711,9 @@ FENNEL_DSP_API int32_t zCrossPowerSpectrumH(FDArrayHandle x, FDArrayHandle y, do
  *   a kept transform of another geometry), STATUS_DFTI_COMPUTE_FAILED;
  *   the convolutions also STATUS_EMPTY_OPERAND (valid mode with y larger
  *   than x in a dimension).
+ * After a failure: STATUS_EMPTY_ARRAY, STATUS_BAD_SELECTOR,
+ *   STATUS_EMPTY_OPERAND, an output too large for 31 bits and a refused
+ *   output resize leave the plan as it was; any later failure releases it.
  */
 FENNEL_DSP_API int32_t s1DConvolutionH(FDArrayHandle x, FDArrayHandle y, FDArrayHandle output,
                                        int32_t outputMode, int32_t algorithm, int32_t blockSize,
@@ -891,7 +939,8 @@ typedef struct FDResampleState {
  * STATUS_BAD_START_OFFSET (startOffset negative or not below 2^30, a negative
  * next output time in the state, a negative N), STATUS_EMPTY_OPERAND (no
  * coefficients), STATUS_EMPTY_ARRAY (MultiCh with no rows),
- * STATUS_NO_WORKSPACE (a NULL history handle), STATUS_TOO_MANY_TAPS (an
+ * STATUS_NO_WORKSPACE (a NULL history handle, or the output or a history
+ * that is also another array of the call), STATUS_TOO_MANY_TAPS (an
  * output needs more than H taps or history slots, or the histories or the
  * channel count no longer match the state), STATUS_OUT_OF_MEMORY.  After a
  * failure the output and both histories are empty, *firstOutputTime is 0 and
@@ -967,6 +1016,9 @@ FENNEL_DSP_API int32_t zResampleMultiChC2CH(
  *   STATUS_BAD_SELECTOR (windowType), STATUS_NO_WORKSPACE (NULL workspace
  *   for a cosine-sum type), STATUS_OUT_OF_MEMORY (workspace resize
  *   refused); GaussWin, KaiserWin and TriangleWin only STATUS_EMPTY_ARRAY.
+ * The workspace is empty after every call that runs a cosine sum (AllCosWin
+ *   past its checks of X and windowType, SymmWin with a cosine-sum type),
+ *   failed or not, and as passed after any other call.
  */
 FENNEL_DSP_API int32_t sAllCosWinH(FDArrayHandle x, int32_t windowType, int32_t normalise,
                                    FDArrayHandle workspace);
@@ -1013,7 +1065,9 @@ FENNEL_DSP_API int32_t zTriangleWinH(FDArrayHandle x);
  *   (taps < 1), STATUS_BAD_FREQUENCY (fs, f1 or f2 not positive, f1 >= f2
  *   for band filters), STATUS_BAND_EDGE_ABOVE_NYQUIST, STATUS_EVEN_TAPS,
  *   STATUS_NO_WORKSPACE (NULL workspace for a cosine-sum window),
- *   STATUS_OUT_OF_MEMORY (output or workspace resize refused).
+ *   STATUS_OUT_OF_MEMORY (output or workspace resize refused).  The
+ *   workspace is empty after every call that runs a cosine-sum window, as
+ *   passed after any other; after a failure the coefficients are empty.
  */
 FENNEL_DSP_API int32_t sFIRWindowedCoefH(FDArrayHandle coefficients, double fs, double f1,
                                          double f2, int32_t taps, int32_t filterType,
@@ -1037,7 +1091,9 @@ FENNEL_DSP_API int32_t dFIRWindowedCoefH(FDArrayHandle coefficients, double fs, 
  *   tailWorkspace signal-typed workspace, needed when len(b) >= 2
  *   aWorkspace, bWorkspace  coefficient-typed workspaces for coefficients
  *                 padded to a multiple of four (unused by zd); may be NULL
- *                 when no padding is needed.  All three are emptied on return.
+ *                 when no padding is needed.  Each one the call uses is
+ *                 empty on return, failed or not; the others are left as
+ *                 passed.
  *   Prefixes: ss float/float, dd double/double, cs complex float signal with
  *   float coefficients, zd complex double signal with double coefficients.
  *   After a failure X and both states are empty.
@@ -1061,8 +1117,8 @@ FENNEL_DSP_API int32_t dFIRWindowedCoefH(FDArrayHandle coefficients, double fs, 
  *   machine and instruction set.
  * Status: 0 also for an empty X or two empty coefficient arrays (nothing
  *   changes); STATUS_EMPTY_OPERAND (b empty, a not), STATUS_NO_WORKSPACE (a
- *   needed workspace is NULL), STATUS_OUT_OF_MEMORY (a state or workspace
- *   resize refused).
+ *   needed workspace is NULL, or X and the states are not three arrays),
+ *   STATUS_OUT_OF_MEMORY (a state or workspace resize refused).
  */
 FENNEL_DSP_API int32_t ssIIRDirectFilterH(FDArrayHandle x, FDArrayHandle a, FDArrayHandle b,
                                           FDArrayHandle forwardState, FDArrayHandle reverseState,

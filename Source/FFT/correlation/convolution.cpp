@@ -55,7 +55,7 @@ int32_t Convolution1D(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, FDArra
     corr::LeaveEmpty<O, O>(frame, fullScratch, fftScratch);
     FENNEL_TRY(frame.KeepInput(xa, {output, fullScratch, fftScratch}));
     FENNEL_TRY(frame.KeepInput(ya, {output, fullScratch, fftScratch}));
-    FENNEL_TRY(SeparateWorkspaces({fullScratch, fftScratch}, {output}));
+    FENNEL_TRY(SeparateWorkspaces({fullScratch, fftScratch}, {output}, true));
 
     const int32_t n = xa.size(), m = ya.size();
     if (n < 1 || m < 1) return STATUS_EMPTY_ARRAY;

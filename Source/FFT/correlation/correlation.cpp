@@ -18,7 +18,7 @@ int32_t Correlation1D(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, FDArra
     corr::LeaveEmpty<X, O>(frame, reverseScratch, fftScratch);
     FENNEL_TRY(frame.KeepInput(xa, {output, reverseScratch, fftScratch}));
     FENNEL_TRY(frame.KeepInput(ya, {output, reverseScratch, fftScratch}));
-    FENNEL_TRY(SeparateWorkspaces({reverseScratch, fftScratch}, {output}));
+    FENNEL_TRY(SeparateWorkspaces({reverseScratch, fftScratch}, {output}, true));
 
     const int32_t n = xa.size(), m = ya.size();
     if (n < 1 || m < 1) return STATUS_EMPTY_ARRAY;

@@ -76,7 +76,7 @@ int32_t Convolution2D(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, FDArra
     corr::LeaveEmpty<T, T>(frame, fullScratch, fftScratch);
     FENNEL_TRY(frame.KeepInput(xa, {output, fullScratch, fftScratch}));
     FENNEL_TRY(frame.KeepInput(ya, {output, fullScratch, fftScratch}));
-    FENNEL_TRY(SeparateWorkspaces({fullScratch, fftScratch}, {output}));
+    FENNEL_TRY(SeparateWorkspaces({fullScratch, fftScratch}, {output}, true));
 
     int32_t r1, c1, r2, c2;
     if (!Sizes(xa, r1, c1) || !Sizes(ya, r2, c2)) return STATUS_EMPTY_ARRAY;
@@ -113,7 +113,7 @@ int32_t Correlation2D(CallFrame &frame, FDArrayHandle x, FDArrayHandle y, FDArra
     corr::LeaveEmpty<T, T>(frame, reverseScratch, fftScratch);
     FENNEL_TRY(frame.KeepInput(xa, {output, reverseScratch, fftScratch}));
     FENNEL_TRY(frame.KeepInput(ya, {output, reverseScratch, fftScratch}));
-    FENNEL_TRY(SeparateWorkspaces({reverseScratch, fftScratch}, {output}));
+    FENNEL_TRY(SeparateWorkspaces({reverseScratch, fftScratch}, {output}, true));
 
     int32_t r1, c1, r2, c2;
     if (!Sizes(xa, r1, c1) || !Sizes(ya, r2, c2)) return STATUS_EMPTY_ARRAY;

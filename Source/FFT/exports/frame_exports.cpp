@@ -11,8 +11,14 @@ FENNEL_DSP_API int32_t FreeMKLDCTDSTiDescH(FDPlanHandle *plan) { return fennel::
 
 FENNEL_DSP_API void SetFNRTModuleHook(void) {}
 
-// The same function as SetFNRTModuleHook under a second export name.
+// The same function as SetFNRTModuleHook under a second export name.  gcc
+// wants the alias to repeat the nothrow it infers for the target; clang
+// takes no attributes on an alias.
+#if defined(__clang__)
+FENNEL_DSP_API void SetFNRTTLSIndexHook(void) __attribute__((alias("SetFNRTModuleHook")));
+#else
 FENNEL_DSP_API void SetFNRTTLSIndexHook(void) __attribute__((alias("SetFNRTModuleHook"), nothrow));
+#endif
 
 FENNEL_DSP_API void SetFNRTModule(void *module) {
     fennel::SetHostModule(module);

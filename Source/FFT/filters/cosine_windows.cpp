@@ -86,7 +86,6 @@ void RotateAndApply(T *x, int32_t n, const double *C, const double *S, const dou
 
 // Four lanes of doubles.
 typedef double Lanes4 __attribute__((vector_size(32)));
-typedef long long LaneIndex4 __attribute__((vector_size(32)));
 
 // The rotation loop of RotateAndApply for K >= 3 with the terms side by side
 // in groups of four lanes: lane j of group q holds term 4q+j+1 (the spare
@@ -132,14 +131,14 @@ RotateTermsAndApply(T *x, int32_t n, const double *C, const double *S, const dou
         Lanes4 term[4 * G];
 #pragma GCC unroll 2
         for (int q = 0; q < G; ++q) {
-            const Lanes4 lo01 = __builtin_shuffle(step[0][q], step[1][q], LaneIndex4{0, 4, 2, 6});
-            const Lanes4 hi01 = __builtin_shuffle(step[0][q], step[1][q], LaneIndex4{1, 5, 3, 7});
-            const Lanes4 lo23 = __builtin_shuffle(step[2][q], step[3][q], LaneIndex4{0, 4, 2, 6});
-            const Lanes4 hi23 = __builtin_shuffle(step[2][q], step[3][q], LaneIndex4{1, 5, 3, 7});
-            term[4 * q + 0] = __builtin_shuffle(lo01, lo23, LaneIndex4{0, 1, 4, 5});
-            term[4 * q + 1] = __builtin_shuffle(hi01, hi23, LaneIndex4{0, 1, 4, 5});
-            term[4 * q + 2] = __builtin_shuffle(lo01, lo23, LaneIndex4{2, 3, 6, 7});
-            term[4 * q + 3] = __builtin_shuffle(hi01, hi23, LaneIndex4{2, 3, 6, 7});
+            const Lanes4 lo01 = __builtin_shufflevector(step[0][q], step[1][q], 0, 4, 2, 6);
+            const Lanes4 hi01 = __builtin_shufflevector(step[0][q], step[1][q], 1, 5, 3, 7);
+            const Lanes4 lo23 = __builtin_shufflevector(step[2][q], step[3][q], 0, 4, 2, 6);
+            const Lanes4 hi23 = __builtin_shufflevector(step[2][q], step[3][q], 1, 5, 3, 7);
+            term[4 * q + 0] = __builtin_shufflevector(lo01, lo23, 0, 1, 4, 5);
+            term[4 * q + 1] = __builtin_shufflevector(hi01, hi23, 0, 1, 4, 5);
+            term[4 * q + 2] = __builtin_shufflevector(lo01, lo23, 2, 3, 6, 7);
+            term[4 * q + 3] = __builtin_shufflevector(hi01, hi23, 2, 3, 6, 7);
         }
         Lanes4 w = {c0, c0, c0, c0};
 #pragma GCC unroll 8
@@ -262,6 +261,8 @@ int32_t AllCosWin(CallFrame &frame, FDArrayHandle x, int32_t windowType, int32_t
     const auto [data, n] = WindowSamples<T>(frame, x);
     if (n < 1) return STATUS_EMPTY_ARRAY;
     if (n == 1) return STATUS_OK;
+    // X is windowed in place: it cannot also be the workspace.
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {x}));
     double coefs[7];
     int32_t K = 0;
     FENNEL_TRY(AllCosWinCoefs(windowType, coefs, &K));

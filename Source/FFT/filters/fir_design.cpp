@@ -107,6 +107,7 @@ int32_t FIRWindowedCoef(CallFrame &frame, FDArrayHandle coefficients, double fs,
 
     T *h = out.data();
     FENNEL_TRY(IdealResponse(h, taps, filterType, fs, f1, f2));
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {coefficients}));
     FENNEL_TRY(SymmetricWindow(frame, h, taps, windowType, windowParameter, workspace));
     if (normalise != 0) {
         const double gain = ReferenceGain(h, taps, filterType, fs, f1, f2);

@@ -349,6 +349,9 @@ int32_t IIRDirectFilter(CallFrame &frame, FDArrayHandle x, FDArrayHandle a, FDAr
     FENNEL_TRY(frame.KeepInput(cb, written));
     FENNEL_TRY(SeparateWorkspaces({tailWorkspace, aWorkspace, bWorkspace}, {x, forwardState, reverseState},
                                   true));
+    // The signal and the two states each end holding something else, so one
+    // array cannot stand for two of them.
+    FENNEL_TRY(SeparateWorkspaces({forwardState, reverseState}, {x}, true));
 
     const int32_t n = signal.size();
     if (n < 1) return STATUS_OK;

@@ -65,6 +65,7 @@ template <class T>
 int32_t SymmWin(CallFrame &frame, FDArrayHandle x, int32_t windowType,
                 typename Traits<T>::Real param, FDArrayHandle workspace) {
     const auto [data, n] = WindowSamples<T>(frame, x);
+    FENNEL_TRY(SeparateWorkspaces({workspace}, {x}));
     return SymmetricWindow(frame, data, n, windowType, param, workspace);
 }
 

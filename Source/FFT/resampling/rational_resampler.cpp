@@ -417,8 +417,10 @@ int32_t Resample(CallFrame &frame, FDArrayHandle x, FDArrayHandle coefficients,
     int64_t slots = 1;  // a power of two, up to 64 and 64 KiB of taps, not far above K
     while (slots < 64 && slots < K && stride * static_cast<size_t>(2 * slots) <= (size_t{64} << 10)) slots *= 2;
     const size_t batch_bytes = static_cast<size_t>(slots) * (stride + 6 * sizeof(int64_t));
-    Scratch<char> work(K > 0 ? batch_bytes + sizeof(T) * static_cast<size_t>(H) + 64 : 0);
-    if (K > 0 && !work.ok()) return STATUS_OUT_OF_MEMORY;
+    // Taken even when no output is due, so that the pointers below never
+    // offset a null one.
+    Scratch<char> work(batch_bytes + sizeof(T) * static_cast<size_t>(H) + 64);
+    if (!work.ok()) return STATUS_OUT_OF_MEMORY;
     char *aligned = work.get() + (64 - reinterpret_cast<uintptr_t>(work.get()) % 64) % 64;
     R *tap_slots = reinterpret_cast<R *>(aligned);
     const int64_t slot_taps = static_cast<int64_t>(stride / sizeof(R));

@@ -102,7 +102,10 @@ int32_t Plan::Acquire(const PlanGeometry &g) const {
         return STATUS_DFTI_FREE_FAILED;
     if (*slot != nullptr) {
         int32_t status = STATUS_OK;
-        if (Matches(*slot, g, status)) return STATUS_OK;
+        if (Matches(*slot, g, status)) {
+            engine::RefreshPlans(*slot);  // a call boundary: a better plan may take over here
+            return STATUS_OK;
+        }
         if (status != STATUS_OK) return status;
         if (DftiFreeDescriptor(slot) != 0) return STATUS_DFTI_FREE_FAILED;
     }

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "dft/engine/settings.h"
+
 // The interface's integer type: long on every platform (32 bits on 64-bit
 // Windows, 64 bits on Linux).
 using MKL_LONG = long;
@@ -136,6 +138,8 @@ struct RawSpec {
     bool one_thread = false;
 };
 struct RawPlan;
+// Made the way the planning policy chooses (dft/planning/), or with the
+// engine's planner effort when no policy is installed.
 RawPlan *MakeRawPlan(const RawSpec &wanted);
 void ExecuteRawPlan(const RawPlan *plan, void *input, void *output);
 void FreeRawPlan(RawPlan *plan);
@@ -145,6 +149,43 @@ void *AllocateAligned(size_t bytes);
 void FreeAligned(void *p);
 int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p);
 int ThreadsFor(ptrdiff_t points);
+
+// ---- planning primitives (the policy lives in dft/planning/) ---------------
+// FFTW's planner of each precision has a lock of its own.
+struct PlanHow {
+    Effort effort = Effort::kEstimate;
+    bool wisdom_only = false;  // a plan only if wisdom knows the problem
+    double time_limit = -1.0;  // seconds, negative: none
+    bool wait = true;          // false: null at once when the planner is busy
+    bool *busy = nullptr;      // set when that happened
+};
+RawPlan *MakeRawPlanHow(const RawSpec &spec, const PlanHow &how);
+// What the policy keeps with each plan.
+struct PlanNote {
+    bool estimated = false;
+    unsigned generation = 0;  // of the wisdom when the plan was made or last checked
+    unsigned runs = 0;
+};
+PlanNote &NoteOf(const RawPlan *plan);
+const RawSpec &SpecOf(const RawPlan *plan);
+struct PlanPolicy {
+    RawPlan *(*make)(const RawSpec &spec);
+    void (*ran_estimated)(const RawPlan *plan);  // after each run of an estimated plan
+    RawPlan *(*replacement)(const RawPlan *plan);  // at a call boundary: a better plan or null
+    void (*stop)();  // ends the policy's work before the library goes away
+};
+void SetPlanPolicy(const PlanPolicy *policy);
+// Offers each plan of the descriptor to the policy's replacement, at the
+// start of a call; a replaced plan is freed.
+void RefreshPlans(DFTI_DESCRIPTOR_HANDLE d);
+// Ends the policy's work (unload).
+void StopPlanning();
+// FFTW's wisdom of one precision, under its planner lock.  ExportWisdom's
+// text is released with std::free; null when FFTW gave none.
+char *ExportWisdom(DFTI_CONFIG_VALUE precision);
+bool ImportWisdom(DFTI_CONFIG_VALUE precision, const char *text);
+void ForgetWisdom(DFTI_CONFIG_VALUE precision);
+const char *FftwVersion();
 
 // FFTW's parallel loops run through `share`, which runs task(context) on the
 // caller and on a second thread the library owns (and ends at unload) and

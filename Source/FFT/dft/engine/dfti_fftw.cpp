@@ -11,7 +11,10 @@
 // Multi-dimensional c2r overwrites its input in FFTW, so that input is
 // copied (inputs are never modified) unless the caller gave the backward
 // direction a layout of its own with its input as scratch.  The planner is
-// not thread-safe: every planner call and plan destruction holds one lock.
+// not thread-safe: every planner call and plan destruction holds the lock of
+// its precision (the two precisions are two planners).  A plan whose lock is
+// busy when it is freed is destroyed by the lock's next holder, so that
+// freeing never waits for a planner at work.
 #include <fftw3.h>
 
 #include <algorithm>
@@ -22,6 +25,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <new>
 
 #include "dft/engine/dfti.h"
 #include "dft/engine/settings.h"
@@ -29,7 +33,7 @@
 
 namespace {
 
-std::mutex g_planner_mutex;
+std::mutex g_planner_mutex[2];  // [0] double, [1] single
 
 // ---- test counters and fault injection (atomics: no lock on any path) ------
 
@@ -246,8 +250,8 @@ bool EnsureBuffer(void *&buffer, size_t &have, size_t bytes) {
     return buffer != nullptr;
 }
 
-unsigned PlannerFlags(ptrdiff_t total) {
-    switch (fennel::engine::PlannerEffortFor(total)) {
+unsigned FlagsOf(fennel::engine::Effort effort) {
+    switch (effort) {
         case fennel::engine::Effort::kEstimate: return FFTW_ESTIMATE;
         case fennel::engine::Effort::kMeasure: return FFTW_MEASURE;
         case fennel::engine::Effort::kPatient: return FFTW_PATIENT;
@@ -642,23 +646,72 @@ struct RawPlan {
     void *plan;
     bool single;
     RawKind kind;
+    mutable PlanNote note;
+    RawSpec spec;
+    RawPlan *next_pending;  // in the list of plans waiting for their lock
 };
 
+namespace {
+
+const PlanPolicy *g_policy = nullptr;
+std::mutex g_pending_mutex;
+RawPlan *g_pending[2] = {nullptr, nullptr};
+
+void DestroyNow(RawPlan *raw) {
+    if (raw->single)
+        Fftw<float>::Destroy(raw->plan);
+    else
+        Fftw<double>::Destroy(raw->plan);
+    fftw_free(raw);
+}
+
+// Destroys the plans left for this precision; called with its lock held.
+void DrainPending(bool single) {
+    RawPlan *list;
+    {
+        std::lock_guard<std::mutex> lock(g_pending_mutex);
+        list = g_pending[single];
+        g_pending[single] = nullptr;
+    }
+    while (list != nullptr) {
+        RawPlan *next = list->next_pending;
+        DestroyNow(list);
+        list = next;
+    }
+}
+
+std::mutex &PlannerMutex(DFTI_CONFIG_VALUE precision) { return g_planner_mutex[precision == DFTI_SINGLE]; }
+
+}  // namespace
+
 RawPlan *MakeRawPlan(const RawSpec &s) {
+    if (g_policy != nullptr) return g_policy->make(s);
+    return MakeRawPlanHow(s, PlanHow{PlannerEffortFor(s.points), false, PlannerTimeLimit(), true});
+}
+
+RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
     auto *raw = static_cast<RawPlan *>(fftw_malloc(sizeof(RawPlan)));
     if (raw == nullptr) return nullptr;
-    *raw = {nullptr, s.precision == DFTI_SINGLE, s.kind};
+    new (raw) RawPlan{nullptr, s.precision == DFTI_SINGLE, s.kind, PlanNote{}, s, nullptr};
     fftw_iodim64 dims[3];
     for (int i = 0; i < s.rank; ++i) dims[i] = {s.dims[i].n, s.dims[i].is, s.dims[i].os};
     const fftw_iodim64 loop{s.loop_dim.n, s.loop_dim.is, s.loop_dim.os};
-    // Planning may overwrite its arrays: plan on aligned buffers of our own.
-    std::lock_guard<std::mutex> lock(g_planner_mutex);
-    ApplyThreadCount(s.one_thread ? 1 : s.points);
-    fftw_set_timelimit(PlannerTimeLimit());
-    fftwf_set_timelimit(PlannerTimeLimit());
-    const unsigned flags = PlannerFlags(s.points) | (s.any_alignment ? FFTW_UNALIGNED : 0) |
+    std::unique_lock<std::mutex> lock(PlannerMutex(s.precision), std::defer_lock);
+    if (how.wait)
+        lock.lock();
+    else if (!lock.try_lock()) {
+        if (how.busy != nullptr) *how.busy = true;
+        fftw_free(raw);
+        return nullptr;
+    }
+    DrainPending(raw->single);
+    ApplyThreadCountOf(raw->single, s.one_thread ? 1 : s.points);
+    (raw->single ? fftwf_set_timelimit : fftw_set_timelimit)(how.time_limit);
+    const unsigned flags = FlagsOf(how.effort) | (how.wisdom_only ? FFTW_WISDOM_ONLY : 0) |
+                           (s.any_alignment ? FFTW_UNALIGNED : 0) |
                            (s.preserve_input ? FFTW_PRESERVE_INPUT : 0) |
                            (s.destroy_input ? FFTW_DESTROY_INPUT : 0);
+    // Planning may overwrite its arrays: plan on aligned buffers of our own.
     char *in = static_cast<char *>(fftw_malloc(std::max<size_t>(s.in_bytes, 1)));
     char *out = s.in_place ? in : static_cast<char *>(fftw_malloc(std::max<size_t>(s.out_bytes, 1)));
     if (in != nullptr && out != nullptr) {
@@ -673,26 +726,71 @@ RawPlan *MakeRawPlan(const RawSpec &s) {
         fftw_free(raw);
         return nullptr;
     }
+    raw->note.estimated = how.effort == Effort::kEstimate;
     return raw;
 }
+
+PlanNote &NoteOf(const RawPlan *plan) { return plan->note; }
+const RawSpec &SpecOf(const RawPlan *plan) { return plan->spec; }
+
+void SetPlanPolicy(const PlanPolicy *policy) { g_policy = policy; }
+
+void RefreshPlans(DFTI_DESCRIPTOR_HANDLE d) {
+    if (g_policy == nullptr || d == nullptr || !IsDescriptor(d)) return;
+    for (RawPlan *&plan : d->plans)
+        if (plan != nullptr && plan->note.estimated)
+            if (RawPlan *better = g_policy->replacement(plan)) {
+                FreeRawPlan(plan);
+                plan = better;
+            }
+}
+
+void StopPlanning() {
+    if (g_policy != nullptr) g_policy->stop();
+    for (int single = 0; single < 2; ++single) {
+        std::lock_guard<std::mutex> lock(g_planner_mutex[single]);
+        DrainPending(single != 0);
+    }
+}
+
+char *ExportWisdom(DFTI_CONFIG_VALUE precision) {
+    std::lock_guard<std::mutex> lock(PlannerMutex(precision));
+    return precision == DFTI_SINGLE ? fftwf_export_wisdom_to_string() : fftw_export_wisdom_to_string();
+}
+
+bool ImportWisdom(DFTI_CONFIG_VALUE precision, const char *text) {
+    std::lock_guard<std::mutex> lock(PlannerMutex(precision));
+    return (precision == DFTI_SINGLE ? fftwf_import_wisdom_from_string(text)
+                                     : fftw_import_wisdom_from_string(text)) != 0;
+}
+
+void ForgetWisdom(DFTI_CONFIG_VALUE precision) {
+    std::lock_guard<std::mutex> lock(PlannerMutex(precision));
+    (precision == DFTI_SINGLE ? fftwf_forget_wisdom : fftw_forget_wisdom)();
+}
+
+const char *FftwVersion() { return fftw_version; }
 
 void ExecuteRawPlan(const RawPlan *raw, void *input, void *output) {
     if (raw->single)
         Fftw<float>::Execute(raw->kind, raw->plan, input, output);
     else
         Fftw<double>::Execute(raw->kind, raw->plan, input, output);
+    if (raw->note.estimated && g_policy != nullptr) g_policy->ran_estimated(raw);
 }
 
 void FreeRawPlan(RawPlan *raw) {
     if (raw == nullptr) return;
-    {
-        std::lock_guard<std::mutex> lock(g_planner_mutex);
-        if (raw->single)
-            Fftw<float>::Destroy(raw->plan);
-        else
-            Fftw<double>::Destroy(raw->plan);
+    std::mutex &planner = g_planner_mutex[raw->single];
+    if (planner.try_lock()) {
+        DrainPending(raw->single);
+        DestroyNow(raw);
+        planner.unlock();
+        return;
     }
-    fftw_free(raw);
+    std::lock_guard<std::mutex> lock(g_pending_mutex);
+    raw->next_pending = g_pending[raw->single];
+    g_pending[raw->single] = raw;
 }
 
 void *AllocateAligned(size_t bytes) { return fftw_malloc(bytes); }

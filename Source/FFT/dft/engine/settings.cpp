@@ -93,6 +93,8 @@ Effort PlannerEffortFor(std::ptrdiff_t total) {
     return forced >= 0 ? static_cast<Effort>(forced) : Effort::kMeasure;
 }
 
+int PlannerOverride() { return EffortOverride(); }
+
 double PlannerTimeLimit() { return -1.0; }
 
 int ThreadsFor(std::ptrdiff_t total) { return total >= kThreadsFrom ? Cores() : 1; }
@@ -104,6 +106,11 @@ void ApplyThreadCount(std::ptrdiff_t total) {
     fftwf_plan_with_nthreads(threads);
 }
 
+void ApplyThreadCountOf(bool single, std::ptrdiff_t total) {
+    InitThreads();
+    (single ? fftwf_plan_with_nthreads : fftw_plan_with_nthreads)(ThreadsFor(total));
+}
+
 void SetWorkSharing(bool (*share)(void (*)(void *), void *)) { g_share = share; }
 
 // The FFTW linked into the library is the library's own: at unload its
@@ -112,6 +119,7 @@ void SetWorkSharing(bool (*share)(void (*)(void *), void *)) { g_share = share; 
 // its dynamic mapping threshold otherwise, which grows with every block of
 // a large transform it has seen).
 __attribute__((destructor)) void ReleaseFftw() {
+    StopPlanning();
     fftw_cleanup_threads();
     fftwf_cleanup_threads();
     malloc_trim(0);

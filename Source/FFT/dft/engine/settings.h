@@ -13,6 +13,8 @@ enum class Effort { kEstimate, kMeasure, kPatient };
 // (bench/README.md); FENNEL_DSP_PLANNER=estimate|measure|patient forces an
 // effort ("default" keeps the default).
 Effort PlannerEffortFor(std::ptrdiff_t total);
+// The effort FENNEL_DSP_PLANNER forces, or -1 (unset or "default").
+int PlannerOverride();
 double PlannerTimeLimit();
 
 // The number of threads FFTW runs a plan of `total` points on.
@@ -21,5 +23,7 @@ int ThreadsFor(std::ptrdiff_t total);
 // Sets FFTW's thread count for the next plan of `total` points.  Called with
 // the planner lock held.
 void ApplyThreadCount(std::ptrdiff_t total);
+// The same for one precision's planner only (held under that planner's lock).
+void ApplyThreadCountOf(bool single, std::ptrdiff_t total);
 
 }  // namespace fennel::engine

@@ -753,13 +753,17 @@ void StopPlanning() {
     }
 }
 
+// Wisdom carries a signature of the planner's solvers, which the threads
+// library extends: it is set up before wisdom is read or written.
 char *ExportWisdom(DFTI_CONFIG_VALUE precision) {
     std::lock_guard<std::mutex> lock(PlannerMutex(precision));
+    ApplyThreadCountOf(precision == DFTI_SINGLE, 1);
     return precision == DFTI_SINGLE ? fftwf_export_wisdom_to_string() : fftw_export_wisdom_to_string();
 }
 
 bool ImportWisdom(DFTI_CONFIG_VALUE precision, const char *text) {
     std::lock_guard<std::mutex> lock(PlannerMutex(precision));
+    ApplyThreadCountOf(precision == DFTI_SINGLE, 1);
     return (precision == DFTI_SINGLE ? fftwf_import_wisdom_from_string(text)
                                      : fftw_import_wisdom_from_string(text)) != 0;
 }
@@ -805,6 +809,17 @@ Counters GetCounters() {
 }
 
 void ResetCounters() { g_creates = g_commits = g_frees = g_computes = 0; }
+
+PlanCounts PlansOf(const void *descriptor) {
+    PlanCounts counts;
+    if (!IsDescriptor(descriptor)) return counts;
+    for (const RawPlan *plan : static_cast<const DFTI_DESCRIPTOR *>(descriptor)->plans)
+        if (plan != nullptr) {
+            ++counts.made;
+            counts.estimated += plan->note.estimated ? 1 : 0;
+        }
+    return counts;
+}
 
 void FailCall(Call call, int nth) { g_faults[static_cast<int>(call)] = nth; }
 

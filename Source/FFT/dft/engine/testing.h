@@ -22,4 +22,10 @@ void ResetCounters();  // zeroes all but live
 void FailCall(Call call, int nth = 1);
 void ClearFaults();
 
+// The descriptor's plans made so far, and how many of them are estimated.
+struct PlanCounts {
+    int made = 0, estimated = 0;
+};
+PlanCounts PlansOf(const void *descriptor);
+
 }  // namespace fennel::engine

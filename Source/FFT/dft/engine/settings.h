@@ -8,10 +8,10 @@ namespace fennel::engine {
 enum class Effort { kEstimate, kMeasure, kPatient };
 
 // The planner effort for a transform of `total` points (all dimensions and
-// batches), and the planner's time limit in seconds (negative: none).  The
-// default is FFTW_MEASURE without a limit, chosen by benchmark
-// (bench/README.md); FENNEL_DSP_PLANNER=estimate|measure|patient forces an
-// effort ("default" keeps the default).
+// batches), and the planner's time limit in seconds (negative: none), when
+// no planning policy is installed (dft/planning/ installs one at load):
+// FFTW_MEASURE without a limit; FENNEL_DSP_PLANNER=estimate|measure|patient
+// forces an effort ("default" keeps the default).
 Effort PlannerEffortFor(std::ptrdiff_t total);
 // The effort FENNEL_DSP_PLANNER forces, or -1 (unset or "default").
 int PlannerOverride();

@@ -64,15 +64,29 @@ void ParallelLoop(void *(*work)(char *), char *jobs, size_t size, int count, voi
 // FFTW's thread support, initialised once before any planner setting (the
 // threads library resets the planner when a thread count is set first),
 // with its loops on the library's own threads.
+// Each precision's on its first plan: setting up a planner takes about
+// half a millisecond, paid by the first call that needs it.
+void InitThreadsOf(bool single) {
+    if (single) {
+        static const bool done = [] {
+            fftwf_init_threads();
+            fftwf_threads_set_callback(&ParallelLoop, nullptr);
+            return true;
+        }();
+        (void)done;
+    } else {
+        static const bool done = [] {
+            fftw_init_threads();
+            fftw_threads_set_callback(&ParallelLoop, nullptr);
+            return true;
+        }();
+        (void)done;
+    }
+}
+
 void InitThreads() {
-    static const bool done = [] {
-        fftw_init_threads();
-        fftwf_init_threads();
-        fftw_threads_set_callback(&ParallelLoop, nullptr);
-        fftwf_threads_set_callback(&ParallelLoop, nullptr);
-        return true;
-    }();
-    (void)done;
+    InitThreadsOf(false);
+    InitThreadsOf(true);
 }
 
 // The machine's cores (FENNEL_DSP_THREADS overrides).
@@ -107,7 +121,7 @@ void ApplyThreadCount(std::ptrdiff_t total) {
 }
 
 void ApplyThreadCountOf(bool single, std::ptrdiff_t total) {
-    InitThreads();
+    InitThreadsOf(single);
     (single ? fftwf_plan_with_nthreads : fftw_plan_with_nthreads)(ThreadsFor(total));
 }
 

@@ -60,13 +60,22 @@ thread_local double t_time_limit = -1.0;
 // The cache file of each precision is read at its first plan.
 std::mutex g_load_mutex;
 std::atomic<bool> g_loaded[2];
+// Whether the precision's planner may have wisdom (a file read, wisdom
+// imported or measured): a wisdom-only attempt costs about as much as an
+// estimated plan, so none is made before.
+std::atomic<bool> g_has_wisdom[2];
+
+void NoteWisdom(DFTI_CONFIG_VALUE precision) {
+    g_has_wisdom[precision == DFTI_SINGLE].store(true, std::memory_order_release);
+    g_generation.fetch_add(1, std::memory_order_release);
+}
 
 void EnsureLoaded(DFTI_CONFIG_VALUE precision) {
     std::atomic<bool> &loaded = g_loaded[precision == DFTI_SINGLE];
     if (loaded.load(std::memory_order_acquire)) return;
     std::lock_guard<std::mutex> lock(g_load_mutex);
     if (loaded.load(std::memory_order_relaxed)) return;
-    if (LoadWisdomFile(precision)) g_generation.fetch_add(1, std::memory_order_release);
+    if (LoadWisdomFile(precision)) NoteWisdom(precision);
     loaded.store(true, std::memory_order_release);
 }
 
@@ -107,7 +116,7 @@ void Measure(const RawSpec &spec) {
     RawPlan *plan = engine::MakeRawPlanHow(spec, how);
     if (plan == nullptr) return;
     engine::FreeRawPlan(plan);
-    g_generation.fetch_add(1, std::memory_order_release);
+    NoteWisdom(spec.precision);
     SaveWisdomFile(spec.precision);
 }
 
@@ -182,14 +191,15 @@ RawPlan *Make(const RawSpec &spec) {
     // A geometry wisdom knows costs nothing, whoever asks.
     how.effort = effort == 3 || (effort == 0 && mode == Mode::kPatient) ? Effort::kPatient : Effort::kMeasure;
     how.wisdom_only = true;
-    if (RawPlan *plan = engine::MakeRawPlanHow(spec, how)) return plan;
+    if (g_has_wisdom[spec.precision == DFTI_SINGLE].load(std::memory_order_acquire))
+        if (RawPlan *plan = engine::MakeRawPlanHow(spec, how)) return plan;
     how.wisdom_only = false;
     if (effort >= 2 || mode != Mode::kBackground) {
         // Measured in this thread: asked for by the setting or by planning ahead.
         how.time_limit = effort != 0 ? t_time_limit : -1.0;
         RawPlan *plan = engine::MakeRawPlanHow(spec, how);
         if (plan != nullptr) {
-            g_generation.fetch_add(1, std::memory_order_release);
+            NoteWisdom(spec.precision);
             if (effort == 0) SaveWisdomFile(spec.precision);
         }
         return plan;
@@ -256,7 +266,10 @@ bool ImportWisdomText(const char *text) {
         at += used;
         any = true;
     }
-    if (any) g_generation.fetch_add(1, std::memory_order_release);
+    if (any) {
+        NoteWisdom(DFTI_DOUBLE);
+        NoteWisdom(DFTI_SINGLE);
+    }
     return any && at == size;
 }
 

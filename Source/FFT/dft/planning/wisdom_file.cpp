@@ -21,7 +21,8 @@ const char *NameOf(DFTI_CONFIG_VALUE precision) { return precision == DFTI_SINGL
 
 // The processor's vendor, brand and model, and the number of cores plans
 // may use: wisdom measured on another machine or core count is not ours.
-std::string MachineKey() {
+// Made once: cpuid traps to the hypervisor in a virtual machine.
+std::string MakeMachineKey() {
     std::string key;
 #if defined(__x86_64__) || defined(__i386__)
     unsigned r[12] = {};
@@ -46,6 +47,11 @@ std::string MachineKey() {
     key += " cores " + std::to_string(engine::ThreadsFor(std::ptrdiff_t{1} << 40));
     for (char &ch : key)
         if (ch == '\n') ch = ' ';
+    return key;
+}
+
+const std::string &MachineKey() {
+    static const std::string key = MakeMachineKey();
     return key;
 }
 

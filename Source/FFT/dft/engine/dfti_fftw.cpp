@@ -715,7 +715,9 @@ RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
     char *in = static_cast<char *>(fftw_malloc(std::max<size_t>(s.in_bytes, 1)));
     char *out = s.in_place ? in : static_cast<char *>(fftw_malloc(std::max<size_t>(s.out_bytes, 1)));
     if (in != nullptr && out != nullptr) {
-        std::memset(in, 0, s.in_bytes);
+        // Only measuring runs transforms on them (estimating and reading
+        // wisdom leave them untouched, and untouched pages cost nothing).
+        if (how.effort != Effort::kEstimate && !how.wisdom_only) std::memset(in, 0, s.in_bytes);
         const int loops = s.loop ? 1 : 0;
         raw->plan = raw->single ? Fftw<float>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags)
                                 : Fftw<double>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags);

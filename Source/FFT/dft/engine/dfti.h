@@ -158,6 +158,10 @@ struct PlanHow {
     double time_limit = -1.0;  // seconds, negative: none
     bool wait = true;          // false: null at once when the planner is busy
     bool *busy = nullptr;      // set when that happened
+    // A caller waiting for the planner cuts this plan's measurement short
+    // (FFTW then keeps what it has timed so far); `interrupted` tells.
+    bool interruptible = false;
+    bool *interrupted = nullptr;
 };
 RawPlan *MakeRawPlanHow(const RawSpec &spec, const PlanHow &how);
 // What the policy keeps with each plan.
@@ -180,6 +184,8 @@ void SetPlanPolicy(const PlanPolicy *policy);
 void RefreshPlans(DFTI_DESCRIPTOR_HANDLE d);
 // Ends the policy's work (unload).
 void StopPlanning();
+// Cuts short an interruptible measurement under way in either precision.
+void InterruptMeasurements();
 // FFTW's wisdom of one precision, under its planner lock.  ExportWisdom's
 // text is released with std::free; null when FFTW gave none.
 char *ExportWisdom(DFTI_CONFIG_VALUE precision);

@@ -14,10 +14,12 @@
 // not thread-safe: every planner call and plan destruction holds the lock of
 // its precision (the two precisions are two planners).  A plan whose lock is
 // busy when it is freed is destroyed by the lock's next holder, so that
-// freeing never waits for a planner at work.
+// freeing never waits for a planner at work; a caller that needs the planner
+// while a background measurement holds it cuts the measurement short.
 #include <fftw3.h>
 
 #include <algorithm>
+#include <chrono>
 #include <atomic>
 #include <complex>
 #include <cstdarg>
@@ -33,7 +35,23 @@
 
 namespace {
 
-std::mutex g_planner_mutex[2];  // [0] double, [1] single
+std::timed_mutex g_planner_mutex[2];  // [0] double, [1] single
+// The holder of a planner lock measures and may be cut short; a waiter did so.
+std::atomic<bool> g_interruptible[2], g_interrupted[2];
+
+// FFTW's planner reads its time limit at every check between the candidates
+// it times: a limit of 0 ends the measurement at the next check.
+void Interrupt(bool single) {
+    if (!g_interruptible[single].load(std::memory_order_acquire)) return;
+    g_interrupted[single].store(true, std::memory_order_release);
+    (single ? fftwf_set_timelimit : fftw_set_timelimit)(0.0);
+}
+
+// Takes the planner lock of a precision, cutting short an interruptible
+// measurement that holds it.
+void LockPlanner(std::unique_lock<std::timed_mutex> &lock, bool single) {
+    while (!lock.try_lock_for(std::chrono::milliseconds(1))) Interrupt(single);
+}
 
 // ---- test counters and fault injection (atomics: no lock on any path) ------
 
@@ -680,7 +698,14 @@ void DrainPending(bool single) {
     }
 }
 
-std::mutex &PlannerMutex(DFTI_CONFIG_VALUE precision) { return g_planner_mutex[precision == DFTI_SINGLE]; }
+// The planner lock of a precision, taken as LockPlanner does.
+struct PlannerLock {
+    std::unique_lock<std::timed_mutex> lock;
+    explicit PlannerLock(DFTI_CONFIG_VALUE precision)
+        : lock(g_planner_mutex[precision == DFTI_SINGLE], std::defer_lock) {
+        LockPlanner(lock, precision == DFTI_SINGLE);
+    }
+};
 
 }  // namespace
 
@@ -696,9 +721,9 @@ RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
     fftw_iodim64 dims[3];
     for (int i = 0; i < s.rank; ++i) dims[i] = {s.dims[i].n, s.dims[i].is, s.dims[i].os};
     const fftw_iodim64 loop{s.loop_dim.n, s.loop_dim.is, s.loop_dim.os};
-    std::unique_lock<std::mutex> lock(PlannerMutex(s.precision), std::defer_lock);
+    std::unique_lock<std::timed_mutex> lock(g_planner_mutex[raw->single], std::defer_lock);
     if (how.wait)
-        lock.lock();
+        LockPlanner(lock, raw->single);
     else if (!lock.try_lock()) {
         if (how.busy != nullptr) *how.busy = true;
         fftw_free(raw);
@@ -707,6 +732,8 @@ RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
     DrainPending(raw->single);
     ApplyThreadCountOf(raw->single, s.one_thread ? 1 : s.points);
     (raw->single ? fftwf_set_timelimit : fftw_set_timelimit)(how.time_limit);
+    g_interrupted[raw->single].store(false, std::memory_order_relaxed);
+    g_interruptible[raw->single].store(how.interruptible, std::memory_order_release);
     const unsigned flags = FlagsOf(how.effort) | (how.wisdom_only ? FFTW_WISDOM_ONLY : 0) |
                            (s.any_alignment ? FFTW_UNALIGNED : 0) |
                            (s.preserve_input ? FFTW_PRESERVE_INPUT : 0) |
@@ -722,6 +749,8 @@ RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
         raw->plan = raw->single ? Fftw<float>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags)
                                 : Fftw<double>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags);
     }
+    g_interruptible[raw->single].store(false, std::memory_order_release);
+    if (how.interrupted != nullptr) *how.interrupted = g_interrupted[raw->single].load(std::memory_order_acquire);
     if (out != in) fftw_free(out);
     fftw_free(in);
     if (raw->plan == nullptr) {
@@ -750,28 +779,33 @@ void RefreshPlans(DFTI_DESCRIPTOR_HANDLE d) {
 void StopPlanning() {
     if (g_policy != nullptr) g_policy->stop();
     for (int single = 0; single < 2; ++single) {
-        std::lock_guard<std::mutex> lock(g_planner_mutex[single]);
+        std::lock_guard<std::timed_mutex> lock(g_planner_mutex[single]);
         DrainPending(single != 0);
     }
+}
+
+void InterruptMeasurements() {
+    Interrupt(false);
+    Interrupt(true);
 }
 
 // Wisdom carries a signature of the planner's solvers, which the threads
 // library extends: it is set up before wisdom is read or written.
 char *ExportWisdom(DFTI_CONFIG_VALUE precision) {
-    std::lock_guard<std::mutex> lock(PlannerMutex(precision));
+    PlannerLock planner(precision);
     ApplyThreadCountOf(precision == DFTI_SINGLE, 1);
     return precision == DFTI_SINGLE ? fftwf_export_wisdom_to_string() : fftw_export_wisdom_to_string();
 }
 
 bool ImportWisdom(DFTI_CONFIG_VALUE precision, const char *text) {
-    std::lock_guard<std::mutex> lock(PlannerMutex(precision));
+    PlannerLock planner(precision);
     ApplyThreadCountOf(precision == DFTI_SINGLE, 1);
     return (precision == DFTI_SINGLE ? fftwf_import_wisdom_from_string(text)
                                      : fftw_import_wisdom_from_string(text)) != 0;
 }
 
 void ForgetWisdom(DFTI_CONFIG_VALUE precision) {
-    std::lock_guard<std::mutex> lock(PlannerMutex(precision));
+    PlannerLock planner(precision);
     (precision == DFTI_SINGLE ? fftwf_forget_wisdom : fftw_forget_wisdom)();
 }
 
@@ -787,7 +821,7 @@ void ExecuteRawPlan(const RawPlan *raw, void *input, void *output) {
 
 void FreeRawPlan(RawPlan *raw) {
     if (raw == nullptr) return;
-    std::mutex &planner = g_planner_mutex[raw->single];
+    std::timed_mutex &planner = g_planner_mutex[raw->single];
     if (planner.try_lock()) {
         DrainPending(raw->single);
         DestroyNow(raw);

@@ -27,9 +27,13 @@ using engine::RawSpec;
 constexpr unsigned kMeasureAfter = 3;
 // FFTW's time limit for a background measurement, in seconds
 // (FENNEL_DSP_PLAN_TIME_LIMIT overrides).  Measuring 2^20 points takes about
-// 5 s on an idle 2-core machine; a limit that cuts measurements short keeps
-// plans no better than estimated ones.
-constexpr double kTimeLimit = 10.0;
+// 5 s on an idle 2-core machine and several times that on a busy one; a
+// limit that cuts measurements short keeps plans no better than estimated
+// ones.  Callers never wait for it: one that needs the planner cuts the
+// measurement short, and it is tried again later.
+constexpr double kTimeLimit = 60.0;
+// The pause before a measurement cut short is tried again.
+constexpr useconds_t kRetryPause = 200000;
 constexpr int kQueueMax = 32;
 
 Mode ParseMode() {
@@ -88,6 +92,7 @@ struct Background {
     bool busy = false;  // a measurement runs
     bool quit = false;
     bool started = false;
+    std::atomic<bool> ended{false};  // the thread has left its loop
     pthread_t thread;
 };
 
@@ -108,16 +113,22 @@ bool SameSpec(const RawSpec &a, const RawSpec &b) {
     return true;
 }
 
-void Measure(const RawSpec &spec) {
+// False when a caller cut the measurement short.
+bool Measure(const RawSpec &spec) {
     EnsureLoaded(spec.precision);
     PlanHow how;
     how.effort = Effort::kMeasure;
     how.time_limit = TimeLimit();
+    bool interrupted = false;
+    how.interruptible = true;
+    how.interrupted = &interrupted;
     RawPlan *plan = engine::MakeRawPlanHow(spec, how);
-    if (plan == nullptr) return;
     engine::FreeRawPlan(plan);
+    if (interrupted) return false;
+    if (plan == nullptr) return true;
     NoteWisdom(spec.precision);
     SaveWisdomFile(spec.precision);
+    return true;
 }
 
 void *Work(void *) {
@@ -129,17 +140,21 @@ void *Work(void *) {
     Background &b = *g_background;
     for (;;) {
         b.cv.wait(lock, [&] { return b.quit || b.count > 0; });
-        if (b.quit) return nullptr;
+        if (b.quit) break;
         const RawSpec spec = b.queue[0];
         for (int i = 1; i < b.count; ++i) b.queue[i - 1] = b.queue[i];
         --b.count;
         b.busy = true;
         lock.unlock();
-        Measure(spec);
+        const bool done = Measure(spec);
+        if (!done) usleep(kRetryPause);
         lock.lock();
+        if (!done && !b.quit && b.count < kQueueMax) b.queue[b.count++] = spec;  // again, later
         b.busy = false;
         b.cv.notify_all();
     }
+    b.ended.store(true, std::memory_order_release);
+    return nullptr;
 }
 
 void Enqueue(const RawSpec &spec) {
@@ -164,8 +179,8 @@ void Enqueue(const RawSpec &spec) {
     b.cv.notify_all();
 }
 
-// Ends the thread, waiting for a measurement under way (the time limit
-// bounds it), and frees the state.
+// Ends the thread, cutting a measurement under way short, and frees the
+// state.
 void Stop() {
     std::unique_lock<std::mutex> lock(g_mutex);
     g_stopped = true;
@@ -174,6 +189,11 @@ void Stop() {
     b->quit = true;
     b->cv.notify_all();
     lock.unlock();
+    // A measurement under way is cut short (again, should one start meanwhile).
+    while (b->started && !b->ended.load(std::memory_order_acquire)) {
+        engine::InterruptMeasurements();
+        usleep(1000);
+    }
     if (b->started) pthread_join(b->thread, nullptr);
     lock.lock();
     g_background = nullptr;

@@ -10,12 +10,14 @@
 // in the last bits from one call to the next while that happens.
 //
 // How long a caller can wait: FFTW's planner is one per precision and not
-// thread-safe, so making a plan takes that precision's lock.  While the
-// background thread measures (at most the time limit, plus the one
-// candidate FFTW is timing when the limit passes), a first plan of another
-// geometry in the same precision waits for it; a call that reuses its plan,
-// a switch to a measured plan and a release never wait (they try the lock
-// and otherwise come back to it later).
+// thread-safe, and a measurement cannot run outside its lock.  A caller
+// that needs the planner while the background thread measures cuts the
+// measurement short (FFTW stops at its next check, after the candidate it
+// is timing: milliseconds, up to about one transform of the size measured)
+// and the measurement is tried again later.  A call that reuses its plan, a
+// switch to a measured plan and a release never wait (they try the lock
+// and otherwise come back to it later).  Unloading cuts a measurement short
+// in the same way.
 #pragma once
 
 #include <cstdint>

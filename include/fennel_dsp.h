@@ -231,7 +231,8 @@ FENNEL_DSP_API int32_t FreeMKLDCTDSTiDescH(FDPlanHandle *plan);
  * caller's thread (unless FENNEL_DSP_PLANNER=measure or patient asks for
  * it): it uses a plan that FFTW's wisdom knows, else an estimated plan.  An
  * estimated plan that has run a few times is measured by one low-priority
- * thread of the library (with a time limit), and the transform kept in a
+ * thread of the library (a caller that needs the planner meanwhile cuts the
+ * measurement short, to be tried again later), and the transform kept in a
  * plan handle switches to the measured plan at the start of a later call,
  * never within one.  Such a switch can change results in the last bits
  * between two calls; FENNEL_DSP_PLANNER=estimate keeps estimated plans only,

@@ -190,5 +190,24 @@ TEST_F(HostTest, PlanningModeFirstCallsAndTheSwitchAtACallBoundary) {
     FreeMKLDftiDescH(&plan);
 }
 
+// A first plan wanted while the background thread measures cuts the
+// measurement short; it is measured again later and the slot switches.
+TEST_F(HostTest, PlanningBackgroundMeasurementGivesWayToAFirstPlan) {
+    if (planning::CurrentMode() != planning::Mode::kBackground) GTEST_SKIP() << "default setting only";
+    planning::ForgetWisdom(true);
+    Array<C> big(Random<C>(1 << 15, 3)), small(Random<C>(700, 4)), y;
+    FDPlanHandle plan = nullptr, other = nullptr;
+    for (int i = 0; i < 3; ++i) ASSERT_EQ(z1DFFTH(big.h(), y.h(), 0, 0, nullptr, &plan), 0);
+    while (!engine::MeasurementUnderWay()) usleep(1000);
+    const long before = planning::InterruptedCount();
+    ASSERT_EQ(z1DFFTH(small.h(), y.h(), 0, 0, nullptr, &other), 0);
+    planning::WaitUntilIdle();
+    EXPECT_EQ(planning::InterruptedCount(), before + 1);
+    ASSERT_EQ(z1DFFTH(big.h(), y.h(), 0, 0, nullptr, &plan), 0);
+    EXPECT_EQ(engine::PlansOf(plan).estimated, 0);
+    FreeMKLDftiDescH(&plan);
+    FreeMKLDftiDescH(&other);
+}
+
 }  // namespace
 }  // namespace fennel::test

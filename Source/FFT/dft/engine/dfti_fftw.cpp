@@ -36,15 +36,26 @@
 namespace {
 
 std::timed_mutex g_planner_mutex[2];  // [0] double, [1] single
-// The holder of a planner lock measures and may be cut short; a waiter did so.
-std::atomic<bool> g_interruptible[2], g_interrupted[2];
+// Whether the holder of a planner lock runs a measurement that may be cut
+// short, and whether a waiter did so; guarded by g_interrupt_mutex, so that
+// a waiter touches the time limit only while such a measurement runs.
+std::mutex g_interrupt_mutex;
+bool g_interruptible[2], g_interrupted[2];
 
 // FFTW's planner reads its time limit at every check between the candidates
 // it times: a limit of 0 ends the measurement at the next check.
 void Interrupt(bool single) {
-    if (!g_interruptible[single].load(std::memory_order_acquire)) return;
-    g_interrupted[single].store(true, std::memory_order_release);
+    std::lock_guard<std::mutex> lock(g_interrupt_mutex);
+    if (!g_interruptible[single]) return;
+    g_interrupted[single] = true;
     (single ? fftwf_set_timelimit : fftw_set_timelimit)(0.0);
+}
+
+void SetInterruptible(bool single, bool interruptible, bool *interrupted) {
+    std::lock_guard<std::mutex> lock(g_interrupt_mutex);
+    if (interrupted != nullptr) *interrupted = g_interrupted[single];
+    g_interruptible[single] = interruptible;
+    g_interrupted[single] = false;
 }
 
 // Takes the planner lock of a precision, cutting short an interruptible
@@ -732,8 +743,7 @@ RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
     DrainPending(raw->single);
     ApplyThreadCountOf(raw->single, s.one_thread ? 1 : s.points);
     (raw->single ? fftwf_set_timelimit : fftw_set_timelimit)(how.time_limit);
-    g_interrupted[raw->single].store(false, std::memory_order_relaxed);
-    g_interruptible[raw->single].store(how.interruptible, std::memory_order_release);
+    if (how.interruptible) SetInterruptible(raw->single, true, nullptr);
     const unsigned flags = FlagsOf(how.effort) | (how.wisdom_only ? FFTW_WISDOM_ONLY : 0) |
                            (s.any_alignment ? FFTW_UNALIGNED : 0) |
                            (s.preserve_input ? FFTW_PRESERVE_INPUT : 0) |
@@ -749,8 +759,9 @@ RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
         raw->plan = raw->single ? Fftw<float>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags)
                                 : Fftw<double>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags);
     }
-    g_interruptible[raw->single].store(false, std::memory_order_release);
-    if (how.interrupted != nullptr) *how.interrupted = g_interrupted[raw->single].load(std::memory_order_acquire);
+    bool interrupted = false;
+    if (how.interruptible) SetInterruptible(raw->single, false, &interrupted);
+    if (how.interrupted != nullptr) *how.interrupted = interrupted;
     if (out != in) fftw_free(out);
     fftw_free(in);
     if (raw->plan == nullptr) {
@@ -845,6 +856,11 @@ Counters GetCounters() {
 }
 
 void ResetCounters() { g_creates = g_commits = g_frees = g_computes = 0; }
+
+bool MeasurementUnderWay() {
+    std::lock_guard<std::mutex> lock(g_interrupt_mutex);
+    return g_interruptible[0] || g_interruptible[1];
+}
 
 PlanCounts PlansOf(const void *descriptor) {
     PlanCounts counts;

@@ -28,4 +28,7 @@ struct PlanCounts {
 };
 PlanCounts PlansOf(const void *descriptor);
 
+// Whether a measurement that a waiter may cut short holds a planner lock.
+bool MeasurementUnderWay();
+
 }  // namespace fennel::engine

@@ -25,13 +25,12 @@ using engine::RawSpec;
 // Runs of an estimated plan before the background thread measures it: a
 // geometry computed once or twice is not worth a measurement.
 constexpr unsigned kMeasureAfter = 3;
-// FFTW's time limit for a background measurement, in seconds
-// (FENNEL_DSP_PLAN_TIME_LIMIT overrides).  Measuring 2^20 points takes about
-// 5 s on an idle 2-core machine and several times that on a busy one; a
-// limit that cuts measurements short keeps plans no better than estimated
-// ones.  Callers never wait for it: one that needs the planner cuts the
-// measurement short, and it is tried again later.
-constexpr double kTimeLimit = 60.0;
+// Background measurements run without a time limit: a limited planner that
+// runs out of time keeps a plan no better than an estimated one, and once
+// it has, FFTW declines to measure under a limit again in the process.
+// Callers never wait for a measurement: one that needs the planner cuts it
+// short (FFTW's time limit set to 0, which its planner reads at every
+// check), and it is tried again later.
 // The pause before a measurement cut short is tried again.
 constexpr useconds_t kRetryPause = 200000;
 constexpr int kQueueMax = 32;
@@ -45,18 +44,8 @@ Mode ParseMode() {
     return Mode::kBackground;
 }
 
-double TimeLimit() {
-    static const double limit = [] {
-        const char *v = std::getenv("FENNEL_DSP_PLAN_TIME_LIMIT");
-        char *end = nullptr;
-        const double t = v != nullptr ? std::strtod(v, &end) : kTimeLimit;
-        return v != nullptr && (end == v || t < 0) ? kTimeLimit : t;
-    }();
-    return limit;
-}
-
 std::atomic<unsigned> g_generation{1};
-std::atomic<long> g_queued{0};
+std::atomic<long> g_queued{0}, g_interruptions{0};
 
 thread_local int t_effort = 0;
 thread_local double t_time_limit = -1.0;
@@ -118,13 +107,15 @@ bool Measure(const RawSpec &spec) {
     EnsureLoaded(spec.precision);
     PlanHow how;
     how.effort = Effort::kMeasure;
-    how.time_limit = TimeLimit();
     bool interrupted = false;
     how.interruptible = true;
     how.interrupted = &interrupted;
     RawPlan *plan = engine::MakeRawPlanHow(spec, how);
     engine::FreeRawPlan(plan);
-    if (interrupted) return false;
+    if (interrupted) {
+        g_interruptions.fetch_add(1, std::memory_order_relaxed);
+        return false;
+    }
     if (plan == nullptr) return true;
     NoteWisdom(spec.precision);
     SaveWisdomFile(spec.precision);
@@ -305,6 +296,8 @@ void ForgetWisdom(bool remove_files) {
 
 unsigned Generation() { return g_generation.load(std::memory_order_acquire); }
 long QueuedCount() { return g_queued.load(std::memory_order_relaxed); }
+long InterruptedCount() { return g_interruptions.load(std::memory_order_relaxed); }
+
 
 void WaitUntilIdle() {
     std::unique_lock<std::mutex> lock(g_mutex);

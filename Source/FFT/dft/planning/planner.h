@@ -4,7 +4,7 @@
 // caller's thread: it takes the plan wisdom knows (wisdom read once from the
 // cache folder, wisdom_file.h) or else an estimated plan.  An estimated plan
 // that has run a few times is measured by one low-priority thread of the
-// library, with a time limit; the wisdom it records reaches the cache file,
+// library; the wisdom it records reaches the cache file,
 // and a descriptor whose plan was estimated takes the measured plan at the
 // start of a later call (never within one).  So a call's results may change
 // in the last bits from one call to the next while that happens.
@@ -52,10 +52,12 @@ std::string ExportWisdomText();
 bool ImportWisdomText(const char *text);
 void ForgetWisdom(bool remove_files);
 
-// For tests: the wisdom generation, the measurements queued so far, and a
-// wait until the background thread has nothing queued or running.
+// For tests: the wisdom generation, the measurements queued so far and cut
+// short so far, and a wait until the background thread has nothing queued
+// or running.
 unsigned Generation();
 long QueuedCount();
+long InterruptedCount();
 void WaitUntilIdle();
 
 }  // namespace fennel::planning

@@ -183,6 +183,14 @@ TEST_F(HostTest, PlanningModeFirstCallsAndTheSwitchAtACallBoundary) {
         EXPECT_TRUE(same_bits);
     }
     FreeMKLDftiDescH(&plan);
+    // Three calls that each make a new plan are three runs of the geometry.
+    const long queued = planning::QueuedCount();
+    Array<C> other(Random<C>(2000, 8));
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(z1DFFTH(other.h(), y.h(), 0, 0, nullptr, &plan), 0);
+        FreeMKLDftiDescH(&plan);
+    }
+    EXPECT_EQ(planning::QueuedCount(), queued + (background ? 1 : 0));
     // A new slot of a geometry wisdom knows gets the measured plan at once.
     if (!background) return;
     ASSERT_EQ(z1DFFTH(x.h(), y.h(), 0, 0, nullptr, &plan), 0);

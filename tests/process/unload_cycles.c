@@ -56,6 +56,12 @@ static int cycle(const char *path, void **x, void **X) {
     if (g_runs > 1) usleep(50000);  /* the measurement is under way */
     release(&plan);
     dlclose(lib);
+    /* Nothing may keep the library loaded (a unique symbol would). */
+    if ((lib = dlopen(path, RTLD_NOW | RTLD_NOLOAD)) != NULL) {
+        printf("FAILED: the library stays loaded after dlclose\n");
+        dlclose(lib);
+        return 1;
+    }
     return status != 0;
 }
 

@@ -221,9 +221,39 @@ RawPlan *Make(const RawSpec &spec) {
     return plan;
 }
 
+// Runs of estimated plans, per geometry: a geometry computed a few times
+// counts whether one plan handle kept it or each call made a new one.
+struct Count {
+    RawSpec spec;
+    unsigned runs = 0;
+    unsigned long last = 0;
+};
+constexpr int kCounted = 64;
+Count g_counts[kCounted];  // guarded by g_mutex
+unsigned long g_clock = 0;
+
+unsigned CountRun(const RawSpec &spec) {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    Count *slot = &g_counts[0];
+    for (Count &c : g_counts) {
+        if (c.runs > 0 && SameSpec(c.spec, spec)) {
+            slot = &c;
+            break;
+        }
+        if (c.last < slot->last) slot = &c;  // else the least recently counted
+    }
+    if (slot->runs == 0 || !SameSpec(slot->spec, spec)) *slot = Count{spec, 0, 0};
+    slot->last = ++g_clock;
+    return ++slot->runs;
+}
+
 void RanEstimated(const RawPlan *plan) {
     if (CurrentMode() != Mode::kBackground) return;
-    if (++engine::NoteOf(plan).runs == kMeasureAfter) Enqueue(engine::SpecOf(plan));
+    // Each plan counts its first runs only: the lock is not taken on every call.
+    engine::PlanNote &note = engine::NoteOf(plan);
+    if (note.runs >= kMeasureAfter) return;
+    ++note.runs;
+    if (CountRun(engine::SpecOf(plan)) == kMeasureAfter) Enqueue(engine::SpecOf(plan));
 }
 
 RawPlan *Replacement(const RawPlan *plan) {

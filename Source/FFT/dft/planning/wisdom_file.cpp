@@ -17,6 +17,14 @@ namespace {
 
 constexpr char kMagic[] = "fennel-dsp wisdom 1\n";
 
+// Not std::to_string: its digit table is a unique symbol, which would keep
+// the library from ever being unloaded.
+std::string Decimal(unsigned long v) {
+    char text[24];
+    std::snprintf(text, sizeof text, "%lu", v);
+    return text;
+}
+
 const char *NameOf(DFTI_CONFIG_VALUE precision) { return precision == DFTI_SINGLE ? "float" : "double"; }
 
 // The processor's vendor, brand and model, and the number of cores plans
@@ -34,7 +42,7 @@ std::string MakeMachineKey() {
         key += vendor;
     }
     unsigned a, b, c, d;
-    if (__get_cpuid(1, &a, &b, &c, &d)) key += " sig " + std::to_string(a);
+    if (__get_cpuid(1, &a, &b, &c, &d)) key += " sig " + Decimal(a);
     char brand[49] = {};
     for (unsigned i = 0; i < 3; ++i)
         if (__get_cpuid(0x80000002 + i, &r[4 * i], &r[4 * i + 1], &r[4 * i + 2], &r[4 * i + 3]))
@@ -44,7 +52,7 @@ std::string MakeMachineKey() {
 #else
     key += "cpu";
 #endif
-    key += " cores " + std::to_string(engine::ThreadsFor(std::ptrdiff_t{1} << 40));
+    key += " cores " + Decimal(static_cast<unsigned long>(engine::ThreadsFor(std::ptrdiff_t{1} << 40)));
     for (char &ch : key)
         if (ch == '\n') ch = ' ';
     return key;
@@ -159,7 +167,8 @@ bool SaveWisdomFile(DFTI_CONFIG_VALUE precision) {
     LoadWisdomFile(precision);
     const std::string text = Pack(precision);
     if (text.empty()) return false;
-    const std::string temp = path + ".tmp." + std::to_string(getpid()) + "." + std::to_string(gettid());
+    const std::string temp = path + ".tmp." + Decimal(static_cast<unsigned long>(getpid())) + "." +
+                             Decimal(static_cast<unsigned long>(gettid()));
     const int fd = open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd < 0) return false;
     const bool written = WriteAll(fd, text) && fsync(fd) == 0;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -18,11 +19,14 @@ namespace {
 
 using C = std::complex<double>;
 
-// The tests never touch the user's cache folder.
+// The tests never touch the user's cache folder: unless told another, each
+// test process has a folder of its own, removed at its exit.
+char g_folder[] = "/tmp/fennel-wisdom-XXXXXX";
 const bool kPrivateFolder = [] {
-    static char dir[] = "/tmp/fennel-wisdom-XXXXXX";
-    if (std::getenv("FENNEL_DSP_WISDOM_DIR") == nullptr && mkdtemp(dir) != nullptr)
-        setenv("FENNEL_DSP_WISDOM_DIR", dir, 1);
+    if (std::getenv("FENNEL_DSP_WISDOM_DIR") == nullptr && mkdtemp(g_folder) != nullptr) {
+        setenv("FENNEL_DSP_WISDOM_DIR", g_folder, 1);
+        std::atexit([] { std::filesystem::remove_all(g_folder); });
+    }
     return true;
 }();
 

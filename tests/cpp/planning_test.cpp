@@ -86,11 +86,14 @@ TEST(PlanningWisdom, FileRoundTripAndFilesOfAnotherFftwOrMachineOrDamaged) {
         t.replace(t.find(from), from.size(), to);
         return t;
     };
+    std::string changed = good;  // one digit of FFTW's wisdom, which FFTW itself would take
+    const size_t digit = changed.rfind(" #x") + 3;
+    changed[digit] = changed[digit] == '0' ? '1' : '0';
     const std::string damaged[] = {
+        changed,
         replace("\nfftw fftw-3", "\nfftw fftw-2"),          // another FFTW
         replace("\nmachine ", "\nmachine other "),          // another machine
         replace("precision double", "precision float"),    // the other precision's file
-        replace("(fftw_codelet", "(fftw_codelez"),          // a changed byte of the wisdom
         good.substr(0, good.size() - 20),                   // cut short
         good.substr(0, 30),
         "",

@@ -213,7 +213,8 @@ TEST_F(HostTest, PlanningBackgroundMeasurementGivesWayToAFirstPlan) {
     Array<C> big(Random<C>(1 << 15, 3)), small(Random<C>(700, 4)), y;
     FDPlanHandle plan = nullptr, other = nullptr;
     for (int i = 0; i < 3; ++i) ASSERT_EQ(z1DFFTH(big.h(), y.h(), 0, 0, nullptr, &plan), 0);
-    while (!engine::MeasurementUnderWay()) usleep(1000);
+    for (int i = 0; i < 30000 && !engine::MeasurementUnderWay(); ++i) usleep(1000);  // no hang
+    ASSERT_TRUE(engine::MeasurementUnderWay());
     const long before = planning::InterruptedCount();
     ASSERT_EQ(z1DFFTH(small.h(), y.h(), 0, 0, nullptr, &other), 0);
     planning::WaitUntilIdle();

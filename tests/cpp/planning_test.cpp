@@ -25,7 +25,11 @@ char g_folder[] = "/tmp/fennel-wisdom-XXXXXX";
 const bool kPrivateFolder = [] {
     if (std::getenv("FENNEL_DSP_WISDOM_DIR") == nullptr && mkdtemp(g_folder) != nullptr) {
         setenv("FENNEL_DSP_WISDOM_DIR", g_folder, 1);
-        std::atexit([] { std::filesystem::remove_all(g_folder); });
+        std::atexit([] {
+            engine::StopPlanning();  // the background thread writes no more
+            std::error_code ignored;
+            std::filesystem::remove_all(g_folder, ignored);
+        });
     }
     return true;
 }();

@@ -19,7 +19,6 @@
 #include <fftw3.h>
 
 #include <algorithm>
-#include <chrono>
 #include <atomic>
 #include <complex>
 #include <cstdarg>
@@ -35,20 +34,27 @@
 
 namespace {
 
-std::timed_mutex g_planner_mutex[2];  // [0] double, [1] single
+std::mutex g_planner_mutex[2];  // [0] double, [1] single
 // Whether the holder of a planner lock runs a measurement that may be cut
-// short, and whether a waiter did so; guarded by g_interrupt_mutex, so that
-// a waiter touches the time limit only while such a measurement runs.
+// short, whether it was, and how many callers wait for the lock; guarded by
+// g_interrupt_mutex, so that FFTW's time limit is touched only while such a
+// measurement runs and no waiter is missed.
 std::mutex g_interrupt_mutex;
 bool g_interruptible[2], g_interrupted[2];
+int g_waiters[2];
 
 // FFTW's planner reads its time limit at every check between the candidates
-// it times: a limit of 0 ends the measurement at the next check.
-void Interrupt(bool single) {
-    std::lock_guard<std::mutex> lock(g_interrupt_mutex);
+// it times: a limit of 0 ends the measurement at the next check.  Called
+// with g_interrupt_mutex held.
+void InterruptLocked(bool single) {
     if (!g_interruptible[single]) return;
     g_interrupted[single] = true;
     (single ? fftwf_set_timelimit : fftw_set_timelimit)(0.0);
+}
+
+void Interrupt(bool single) {
+    std::lock_guard<std::mutex> lock(g_interrupt_mutex);
+    InterruptLocked(single);
 }
 
 void SetInterruptible(bool single, bool interruptible, bool *interrupted) {
@@ -56,12 +62,21 @@ void SetInterruptible(bool single, bool interruptible, bool *interrupted) {
     if (interrupted != nullptr) *interrupted = g_interrupted[single];
     g_interruptible[single] = interruptible;
     g_interrupted[single] = false;
+    if (g_waiters[single] > 0) InterruptLocked(single);  // a caller already waits
 }
 
 // Takes the planner lock of a precision, cutting short an interruptible
 // measurement that holds it.
-void LockPlanner(std::unique_lock<std::timed_mutex> &lock, bool single) {
-    while (!lock.try_lock_for(std::chrono::milliseconds(1))) Interrupt(single);
+void LockPlanner(std::unique_lock<std::mutex> &lock, bool single) {
+    if (lock.try_lock()) return;
+    {
+        std::lock_guard<std::mutex> guard(g_interrupt_mutex);
+        ++g_waiters[single];
+        InterruptLocked(single);
+    }
+    lock.lock();
+    std::lock_guard<std::mutex> guard(g_interrupt_mutex);
+    --g_waiters[single];
 }
 
 // ---- test counters and fault injection (atomics: no lock on any path) ------
@@ -711,7 +726,7 @@ void DrainPending(bool single) {
 
 // The planner lock of a precision, taken as LockPlanner does.
 struct PlannerLock {
-    std::unique_lock<std::timed_mutex> lock;
+    std::unique_lock<std::mutex> lock;
     explicit PlannerLock(DFTI_CONFIG_VALUE precision)
         : lock(g_planner_mutex[precision == DFTI_SINGLE], std::defer_lock) {
         LockPlanner(lock, precision == DFTI_SINGLE);
@@ -732,7 +747,7 @@ RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
     fftw_iodim64 dims[3];
     for (int i = 0; i < s.rank; ++i) dims[i] = {s.dims[i].n, s.dims[i].is, s.dims[i].os};
     const fftw_iodim64 loop{s.loop_dim.n, s.loop_dim.is, s.loop_dim.os};
-    std::unique_lock<std::timed_mutex> lock(g_planner_mutex[raw->single], std::defer_lock);
+    std::unique_lock<std::mutex> lock(g_planner_mutex[raw->single], std::defer_lock);
     if (how.wait)
         LockPlanner(lock, raw->single);
     else if (!lock.try_lock()) {
@@ -790,7 +805,7 @@ void RefreshPlans(DFTI_DESCRIPTOR_HANDLE d) {
 void StopPlanning() {
     if (g_policy != nullptr) g_policy->stop();
     for (int single = 0; single < 2; ++single) {
-        std::lock_guard<std::timed_mutex> lock(g_planner_mutex[single]);
+        std::lock_guard<std::mutex> lock(g_planner_mutex[single]);
         DrainPending(single != 0);
     }
 }
@@ -832,7 +847,7 @@ void ExecuteRawPlan(const RawPlan *raw, void *input, void *output) {
 
 void FreeRawPlan(RawPlan *raw) {
     if (raw == nullptr) return;
-    std::timed_mutex &planner = g_planner_mutex[raw->single];
+    std::mutex &planner = g_planner_mutex[raw->single];
     if (planner.try_lock()) {
         DrainPending(raw->single);
         DestroyNow(raw);

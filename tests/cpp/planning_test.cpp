@@ -229,5 +229,25 @@ TEST_F(HostTest, PlanningBackgroundMeasurementGivesWayToAFirstPlan) {
     FreeMKLDftiDescH(&other);
 }
 
+// A process forked while the background thread measures can plan at once.
+TEST_F(HostTest, PlanningForkDuringAMeasurementLeavesTheChildAPlanner) {
+    if (planning::CurrentMode() != planning::Mode::kBackground) GTEST_SKIP() << "default setting only";
+    planning::ForgetWisdom(true);
+    Array<C> big(Random<C>(1 << 15, 5)), small(Random<C>(900, 6)), y;
+    FDPlanHandle plan = nullptr, other = nullptr;
+    for (int i = 0; i < 3; ++i) ASSERT_EQ(z1DFFTH(big.h(), y.h(), 0, 0, nullptr, &plan), 0);
+    for (int i = 0; i < 30000 && !engine::MeasurementUnderWay(); ++i) usleep(1000);  // no hang
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(60);  // a child left with a held lock ends here
+        _exit(z1DFFTH(small.h(), y.h(), 0, 0, nullptr, &other) == 0 ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    planning::WaitUntilIdle();
+    FreeMKLDftiDescH(&plan);
+}
+
 }  // namespace
 }  // namespace fennel::test

@@ -186,6 +186,10 @@ void RefreshPlans(DFTI_DESCRIPTOR_HANDLE d);
 void StopPlanning();
 // Cuts short an interruptible measurement under way in either precision.
 void InterruptMeasurements();
+// Around fork(): takes the planner locks (cutting a measurement short) and
+// the engine's other locks, so that the child starts with none held.
+void LockForFork();
+void UnlockAfterFork();
 // FFTW's wisdom of one precision, under its planner lock.  ExportWisdom's
 // text is released with std::free; null when FFTW gave none.
 char *ExportWisdom(DFTI_CONFIG_VALUE precision);

@@ -810,6 +810,22 @@ void StopPlanning() {
     }
 }
 
+void LockForFork() {
+    for (bool single : {false, true}) {
+        std::unique_lock<std::mutex> lock(g_planner_mutex[single], std::defer_lock);
+        LockPlanner(lock, single);
+        lock.release();
+    }
+    g_pending_mutex.lock();
+    g_interrupt_mutex.lock();
+}
+
+void UnlockAfterFork() {
+    g_interrupt_mutex.unlock();
+    g_pending_mutex.unlock();
+    for (std::mutex &planner : g_planner_mutex) planner.unlock();
+}
+
 void InterruptMeasurements() {
     Interrupt(false);
     Interrupt(true);

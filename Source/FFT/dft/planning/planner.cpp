@@ -274,6 +274,28 @@ RawPlan *Replacement(const RawPlan *plan) {
 
 const engine::PlanPolicy kPolicy = {&Make, &RanEstimated, &Replacement, &Stop};
 
+// fork() copies only the calling thread: every lock the background thread
+// might hold is taken first (its measurement cut short), and in the child,
+// where that thread does not exist, a later measurement starts a new one.
+void PrepareFork() {
+    g_mutex.lock();
+    g_load_mutex.lock();
+    engine::LockForFork();
+}
+
+void ParentAfterFork() {
+    engine::UnlockAfterFork();
+    g_load_mutex.unlock();
+    g_mutex.unlock();
+}
+
+void ChildAfterFork() {
+    engine::UnlockAfterFork();
+    g_load_mutex.unlock();
+    g_background = nullptr;  // the parent's thread and its state stay the parent's
+    g_mutex.unlock();
+}
+
 }  // namespace
 
 Mode CurrentMode() {
@@ -281,7 +303,10 @@ Mode CurrentMode() {
     return mode;
 }
 
-void Install() { engine::SetPlanPolicy(&kPolicy); }
+void Install() {
+    engine::SetPlanPolicy(&kPolicy);
+    pthread_atfork(&PrepareFork, &ParentAfterFork, &ChildAfterFork);
+}
 
 int SetThreadEffort(int effort, double time_limit) {
     if (effort < 0 || effort > 3) return -1;

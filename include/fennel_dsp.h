@@ -249,6 +249,46 @@ FENNEL_DSP_API int32_t FreeMKLDftiDescH(FDPlanHandle *plan);
    Returns 0, or STATUS_DFTI_FREE_FAILED (the record is then kept). */
 FENNEL_DSP_API int32_t FreeMKLDCTDSTiDescH(FDPlanHandle *plan);
 
+/* ---- Planning and wisdom -----------------------------------------------
+ * A transform's first computation of a geometry never measures in the
+ * caller's thread (unless FENNEL_DSP_PLANNER=measure or patient asks for
+ * it): it uses a plan that FFTW's wisdom knows, else an estimated plan.  An
+ * estimated plan that has run a few times is measured by one low-priority
+ * thread of the library (a caller that needs the planner meanwhile cuts the
+ * measurement short, to be tried again later), and the transform kept in a
+ * plan handle switches to the measured plan at the start of a later call,
+ * never within one.  Such a switch can change results in the last bits
+ * between two calls; FENNEL_DSP_PLANNER=estimate keeps estimated plans only,
+ * so that a process gets the same bits on every call.  Wisdom persists in a
+ * file per precision in $XDG_CACHE_HOME/fennel-dsp (else ~/.cache/fennel-dsp;
+ * FENNEL_DSP_WISDOM_DIR names another folder, empty: none), read at the
+ * first plan and ignored when another FFTW version or machine wrote it.
+ * Linux only: on Windows these functions change nothing. */
+enum {
+    FD_EFFORT_POLICY = 0,    /* the setting's policy (above) */
+    FD_EFFORT_ESTIMATE = 1,
+    FD_EFFORT_MEASURE = 2,   /* wisdom, else measured now */
+    FD_EFFORT_PATIENT = 3
+};
+/* The planner effort of the transforms the calling thread plans from now on,
+   with FFTW's time limit in seconds (negative: none): to plan ahead, set
+   FD_EFFORT_MEASURE, compute each geometry once (its wisdom is recorded),
+   set FD_EFFORT_POLICY back and call FDSaveWisdom.  Returns the previous
+   effort, or -1 (nothing changed) for an unknown effort. */
+FENNEL_DSP_API int32_t FDSetPlanningEffort(int32_t effort, double timeLimit);
+/* Writes the process's wisdom to the cache folder (merged with what is
+   there).  Returns 1 when a file was written, 0 otherwise. */
+FENNEL_DSP_API int32_t FDSaveWisdom(void);
+/* Copies the process's wisdom, as text, to buffer when size bytes hold it
+   and its terminating zero; returns that size. */
+FENNEL_DSP_API int64_t FDExportWisdom(char *buffer, int64_t size);
+/* Adds wisdom exported by FDExportWisdom.  Returns 1, or 0 when the text is
+   not wisdom of this FFTW version and machine. */
+FENNEL_DSP_API int32_t FDImportWisdom(const char *text);
+/* Forgets the process's wisdom (plans already made stay); with removeFiles
+   non-zero also removes the cache files. */
+FENNEL_DSP_API void FDForgetWisdom(int32_t removeFiles);
+
 /* ---- Host binding ------------------------------------------------------ */
 
 /* The host names the module that provides NumericArrayResize, DSNewPtr and

@@ -30,7 +30,9 @@ from . import fourier as _fft_module
 from .fourier import *          # noqa: F401,F403
 from . import signal
 from .signal import *           # noqa: F401,F403
+from . import planning
+from .planning import plan_ahead, export_wisdom, import_wisdom, forget_wisdom
 
 __all__ = (["FennelError", "FennelValueError", "Plan", "TrigPlan", "host", "lib"]
            + _fft1d_module.__all__ + fftmd.__all__ + trig.__all__ + spectra.__all__
-           + correlation.__all__ + resampling.__all__ + windows.__all__ + _fft_module.__all__ + signal.__all__)
+           + correlation.__all__ + resampling.__all__ + windows.__all__ + _fft_module.__all__ + signal.__all__ + planning.__all__)

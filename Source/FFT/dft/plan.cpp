@@ -84,7 +84,10 @@ int32_t Plan::Acquire(const PlanGeometry &g) const {
     if (*slot != nullptr) {
         engine::Geometry kept;
         if (Query(*slot, kept) != 0) return STATUS_DFTI_SETUP_FAILED;
-        if (Matches(kept, g)) return STATUS_OK;
+        if (Matches(kept, g)) {
+            engine::RefreshPlans(*slot);  // a call boundary: a better plan may take over here
+            return STATUS_OK;
+        }
         if (DftiFreeDescriptor(slot) != 0) return STATUS_DFTI_FREE_FAILED;
     }
     if (DftiCreateDescriptor(slot, g.precision, g.domain, g.rank, g.lengths) != 0) {

@@ -160,6 +160,7 @@ bool Attach(DFTI_DESCRIPTOR_HANDLE, uint32_t, void *object, void (*release)(void
 RawPlan *MakeRawPlan(const RawSpec &) { return nullptr; }
 void ExecuteRawPlan(const RawPlan *, void *, void *) {}
 void FreeRawPlan(RawPlan *) {}
+void RefreshPlans(DFTI_DESCRIPTOR_HANDLE) {}
 void *AllocateAligned(size_t) { return nullptr; }
 void FreeAligned(void *) {}
 int AlignmentClass(DFTI_CONFIG_VALUE, const void *) { return 0; }

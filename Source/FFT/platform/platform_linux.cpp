@@ -13,6 +13,7 @@
 #include <cwchar>
 
 #include "dft/engine/dfti.h"
+#include "dft/planning/planner.h"
 #include "platform/helper_thread.h"
 #include "host/library_load.h"
 #include "platform/platform.h"
@@ -86,8 +87,10 @@ const PlatformApi kLinux = {GetEnv,          SetEnv,     FindLoadedModule, Modul
 __attribute__((constructor)) void OnLoad() {
     AttachEnvironment(GetLoadState());
     engine::SetWorkSharing(&RunWithHelper);
+    planning::Install();
 }
 __attribute__((destructor)) void OnUnload() {
+    engine::StopPlanning();  // its measurements may share work with the helper
     StopHelper();
     DetachEnvironment(GetLoadState());
 }

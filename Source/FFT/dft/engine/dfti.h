@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "dft/engine/settings.h"
+
 // long on every platform: 32 bits on 64-bit Windows, 64 bits on Linux.
 using MKL_LONG = long;
 
@@ -106,6 +108,8 @@ struct RawSpec {
     bool one_thread = false;
 };
 struct RawPlan;
+// Made the way the planning policy chooses (dft/planning/), or with the
+// engine's planner effort when no policy is installed.
 RawPlan *MakeRawPlan(const RawSpec &wanted);
 void ExecuteRawPlan(const RawPlan *plan, void *input, void *output);
 void FreeRawPlan(RawPlan *plan);
@@ -115,6 +119,54 @@ void FreeAligned(void *p);
 int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p);
 // The threads FFTW runs a transform of `points` on (settings.cpp).
 int ThreadsFor(ptrdiff_t points);
+
+// ---- planning primitives (the policy lives in dft/planning/) ---------------
+// FFTW's planner of each precision has a lock of its own.
+struct PlanHow {
+    Effort effort = Effort::kEstimate;
+    bool wisdom_only = false;  // a plan only if wisdom knows the problem
+    double time_limit = -1.0;  // seconds, negative: none
+    bool wait = true;          // false: null at once when the planner is busy
+    bool *busy = nullptr;      // set when that happened
+    // A caller waiting for the planner cuts this plan's measurement short
+    // (FFTW then keeps what it has timed so far); `interrupted` tells.
+    bool interruptible = false;
+    bool *interrupted = nullptr;
+};
+RawPlan *MakeRawPlanHow(const RawSpec &spec, const PlanHow &how);
+// What the policy keeps with each plan.
+struct PlanNote {
+    bool estimated = false;
+    unsigned generation = 0;  // of the wisdom when the plan was made or last checked
+    unsigned runs = 0;
+};
+PlanNote &NoteOf(const RawPlan *plan);
+const RawSpec &SpecOf(const RawPlan *plan);
+struct PlanPolicy {
+    RawPlan *(*make)(const RawSpec &spec);
+    void (*ran_estimated)(const RawPlan *plan);  // after each run of an estimated plan
+    RawPlan *(*replacement)(const RawPlan *plan);  // at a call boundary: a better plan or null
+    void (*stop)();  // ends the policy's work before the library goes away
+};
+void SetPlanPolicy(const PlanPolicy *policy);
+// Offers each plan of the descriptor to the policy's replacement, at the
+// start of a call; a replaced plan is freed.
+void RefreshPlans(DFTI_DESCRIPTOR_HANDLE d);
+// Ends the policy's work (unload).
+void StopPlanning();
+// Cuts short an interruptible measurement under way in either precision.
+void InterruptMeasurements();
+// Around fork(): takes the planner locks (cutting a measurement short) and
+// the engine's other locks, so that the child starts with none held.
+void LockForFork();
+void UnlockAfterFork();
+// FFTW's wisdom of one precision, under its planner lock.  ExportWisdom's
+// text is released with std::free; null when FFTW gave none.
+char *ExportWisdom(DFTI_CONFIG_VALUE precision);
+bool ImportWisdom(DFTI_CONFIG_VALUE precision, const char *text);
+void ForgetWisdom(DFTI_CONFIG_VALUE precision);
+const char *FftwVersion();
+
 // FFTW's parallel loops run through `share`, which runs task(context) on the
 // caller and on a second thread the library owns, or returns false having
 // run nothing when that thread is busy.  Set once at load (Linux).
@@ -131,5 +183,12 @@ void ResetCounters();  // zeroes all but live
 // Makes the nth next call of the given function fail (n = 1: the next one).
 void FailCall(Call call, int nth = 1);
 void ClearFaults();
+// The descriptor's plans made so far, and how many of them are estimated.
+struct PlanCounts {
+    int made = 0, estimated = 0;
+};
+PlanCounts PlansOf(const void *descriptor);
+// Whether a measurement that a waiter may cut short holds a planner lock.
+bool MeasurementUnderWay();
 
 }  // namespace fennel::engine

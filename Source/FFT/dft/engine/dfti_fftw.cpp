@@ -6,7 +6,11 @@
 // data go through aligned buffers (the output scaled on the way out).
 // FFTW's multi-dimensional c2r overwrites its input, so that input is copied
 // unless the caller gave it as scratch.  The planner is not thread-safe:
-// every planner call and plan destruction holds one lock.
+// every planner call and plan destruction holds the lock of its precision
+// (the two precisions are two planners).  A plan whose lock is busy when it
+// is freed is destroyed by the lock's next holder, so that freeing never
+// waits for a planner at work; a caller that needs the planner while a
+// background measurement holds it cuts the measurement short.
 #include <fftw3.h>
 
 #include <algorithm>
@@ -24,7 +28,50 @@ using namespace fennel::engine;
 
 namespace {
 
-std::mutex g_planner_mutex;
+std::mutex g_planner_mutex[2];  // [0] double, [1] single
+// Whether the holder of a planner lock runs a measurement that may be cut
+// short, whether it was, and how many callers wait for the lock; guarded by
+// g_interrupt_mutex, so that FFTW's time limit is touched only while such a
+// measurement runs and no waiter is missed.
+std::mutex g_interrupt_mutex;
+bool g_interruptible[2], g_interrupted[2];
+int g_waiters[2];
+
+// FFTW's planner reads its time limit at every check between the candidates
+// it times: a limit of 0 ends the measurement at the next check.  Called
+// with g_interrupt_mutex held.
+void InterruptLocked(bool single) {
+    if (!g_interruptible[single]) return;
+    g_interrupted[single] = true;
+    (single ? fftwf_set_timelimit : fftw_set_timelimit)(0.0);
+}
+
+void Interrupt(bool single) {
+    std::lock_guard<std::mutex> lock(g_interrupt_mutex);
+    InterruptLocked(single);
+}
+
+void SetInterruptible(bool single, bool interruptible, bool *interrupted) {
+    std::lock_guard<std::mutex> lock(g_interrupt_mutex);
+    if (interrupted != nullptr) *interrupted = g_interrupted[single];
+    g_interruptible[single] = interruptible;
+    g_interrupted[single] = false;
+    if (g_waiters[single] > 0) InterruptLocked(single);  // a caller already waits
+}
+
+// Takes the planner lock of a precision, cutting short an interruptible
+// measurement that holds it.
+void LockPlanner(std::unique_lock<std::mutex> &lock, bool single) {
+    if (lock.try_lock()) return;
+    {
+        std::lock_guard<std::mutex> guard(g_interrupt_mutex);
+        ++g_waiters[single];
+        InterruptLocked(single);
+    }
+    lock.lock();
+    std::lock_guard<std::mutex> guard(g_interrupt_mutex);
+    --g_waiters[single];
+}
 
 // Test counters and fault injection: atomics, no lock on any path.
 std::atomic<long> g_creates{0}, g_commits{0}, g_frees{0}, g_computes{0}, g_live{0};
@@ -176,8 +223,8 @@ RawPlan *MakePlan(const DFTI_DESCRIPTOR *d, bool forward) {
     return MakeRawPlan(s);
 }
 
-unsigned PlannerFlags(ptrdiff_t total) {
-    switch (fennel::engine::PlannerEffortFor(total)) {
+unsigned FlagsOf(fennel::engine::Effort effort) {
+    switch (effort) {
         case fennel::engine::Effort::kEstimate: return FFTW_ESTIMATE;
         case fennel::engine::Effort::kMeasure: return FFTW_MEASURE;
         case fennel::engine::Effort::kPatient: return FFTW_PATIENT;
@@ -458,51 +505,189 @@ struct RawPlan {
     void *plan;
     bool single;
     RawKind kind;
+    mutable PlanNote note;
+    RawSpec spec;
+    RawPlan *next_pending;  // in the list of plans waiting for their lock
 };
 
+namespace {
+
+const PlanPolicy *g_policy = nullptr;
+std::mutex g_pending_mutex;
+RawPlan *g_pending[2] = {nullptr, nullptr};
+
+void DestroyNow(RawPlan *raw) {
+    if (raw->single)
+        Fftw<float>::Destroy(raw->plan);
+    else
+        Fftw<double>::Destroy(raw->plan);
+    fftw_free(raw);
+}
+
+// Destroys the plans left for this precision; called with its lock held.
+void DrainPending(bool single) {
+    RawPlan *list;
+    {
+        std::lock_guard<std::mutex> lock(g_pending_mutex);
+        list = g_pending[single];
+        g_pending[single] = nullptr;
+    }
+    while (list != nullptr) {
+        RawPlan *next = list->next_pending;
+        DestroyNow(list);
+        list = next;
+    }
+}
+
+// The planner lock of a precision, taken as LockPlanner does.
+struct PlannerLock {
+    std::unique_lock<std::mutex> lock;
+    explicit PlannerLock(DFTI_CONFIG_VALUE precision)
+        : lock(g_planner_mutex[precision == DFTI_SINGLE], std::defer_lock) {
+        LockPlanner(lock, precision == DFTI_SINGLE);
+    }
+};
+
+}  // namespace
+
 RawPlan *MakeRawPlan(const RawSpec &s) {
+    if (g_policy != nullptr) return g_policy->make(s);
+    return MakeRawPlanHow(s, PlanHow{PlannerEffortFor(s.points), false, PlannerTimeLimit(), true});
+}
+
+RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
     auto *raw = static_cast<RawPlan *>(fftw_malloc(sizeof(RawPlan)));
     if (raw == nullptr) return nullptr;
-    *raw = {nullptr, s.precision == DFTI_SINGLE, s.kind};
+    new (raw) RawPlan{nullptr, s.precision == DFTI_SINGLE, s.kind, PlanNote{}, s, nullptr};
     fftw_iodim64 dims[3];
     for (int i = 0; i < s.rank; ++i) dims[i] = {s.dims[i].n, s.dims[i].is, s.dims[i].os};
     const fftw_iodim64 loop{s.loop_dim.n, s.loop_dim.is, s.loop_dim.os};
-    // Planning may overwrite its arrays: plan on aligned buffers of our own.
-    std::lock_guard<std::mutex> lock(g_planner_mutex);
-    ApplyThreadCount(s.one_thread ? 1 : s.points);
-    fftw_set_timelimit(PlannerTimeLimit());
-    fftwf_set_timelimit(PlannerTimeLimit());
-    const unsigned flags = PlannerFlags(s.points) | (s.any_alignment ? FFTW_UNALIGNED : 0) |
+    std::unique_lock<std::mutex> lock(g_planner_mutex[raw->single], std::defer_lock);
+    if (how.wait)
+        LockPlanner(lock, raw->single);
+    else if (!lock.try_lock()) {
+        if (how.busy != nullptr) *how.busy = true;
+        fftw_free(raw);
+        return nullptr;
+    }
+    DrainPending(raw->single);
+    ApplyThreadCountOf(raw->single, s.one_thread ? 1 : s.points);
+    (raw->single ? fftwf_set_timelimit : fftw_set_timelimit)(how.time_limit);
+    if (how.interruptible) SetInterruptible(raw->single, true, nullptr);
+    const unsigned flags = FlagsOf(how.effort) | (how.wisdom_only ? FFTW_WISDOM_ONLY : 0) |
+                           (s.any_alignment ? FFTW_UNALIGNED : 0) |
                            (s.preserve_input ? FFTW_PRESERVE_INPUT : 0) |
                            (s.destroy_input ? FFTW_DESTROY_INPUT : 0);
+    // Planning may overwrite its arrays: plan on aligned buffers of our own.
     char *in = static_cast<char *>(fftw_malloc(std::max<size_t>(s.in_bytes, 1)));
     char *out = s.in_place ? in : static_cast<char *>(fftw_malloc(std::max<size_t>(s.out_bytes, 1)));
     if (in != nullptr && out != nullptr) {
-        std::memset(in, 0, s.in_bytes);
+        // Only measuring runs transforms on them (estimating and reading
+        // wisdom leave them untouched, and untouched pages cost nothing).
+        if (how.effort != Effort::kEstimate && !how.wisdom_only) std::memset(in, 0, s.in_bytes);
         const int loops = s.loop ? 1 : 0;
         raw->plan = raw->single ? Fftw<float>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags)
                                 : Fftw<double>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags);
     }
+    bool interrupted = false;
+    if (how.interruptible) SetInterruptible(raw->single, false, &interrupted);
+    if (how.interrupted != nullptr) *how.interrupted = interrupted;
     if (out != in) fftw_free(out);
     fftw_free(in);
-    if (raw->plan != nullptr) return raw;
-    fftw_free(raw);
-    return nullptr;
+    if (raw->plan == nullptr) {
+        fftw_free(raw);
+        return nullptr;
+    }
+    raw->note.estimated = how.effort == Effort::kEstimate;
+    return raw;
 }
 
+PlanNote &NoteOf(const RawPlan *plan) { return plan->note; }
+const RawSpec &SpecOf(const RawPlan *plan) { return plan->spec; }
+
+void SetPlanPolicy(const PlanPolicy *policy) { g_policy = policy; }
+
+void RefreshPlans(DFTI_DESCRIPTOR_HANDLE d) {
+    if (g_policy == nullptr || d == nullptr || !IsDescriptor(d)) return;
+    for (RawPlan *&plan : d->plans)
+        if (plan != nullptr && plan->note.estimated)
+            if (RawPlan *better = g_policy->replacement(plan)) {
+                FreeRawPlan(plan);
+                plan = better;
+            }
+}
+
+void StopPlanning() {
+    if (g_policy != nullptr) g_policy->stop();
+    for (int single = 0; single < 2; ++single) {
+        std::lock_guard<std::mutex> lock(g_planner_mutex[single]);
+        DrainPending(single != 0);
+    }
+}
+
+void LockForFork() {
+    for (bool single : {false, true}) {
+        std::unique_lock<std::mutex> lock(g_planner_mutex[single], std::defer_lock);
+        LockPlanner(lock, single);
+        lock.release();
+    }
+    g_pending_mutex.lock();
+    g_interrupt_mutex.lock();
+}
+
+void UnlockAfterFork() {
+    g_interrupt_mutex.unlock();
+    g_pending_mutex.unlock();
+    for (std::mutex &planner : g_planner_mutex) planner.unlock();
+}
+
+void InterruptMeasurements() {
+    Interrupt(false);
+    Interrupt(true);
+}
+
+// Wisdom carries a signature of the planner's solvers, which the threads
+// library extends: it is set up before wisdom is read or written.
+char *ExportWisdom(DFTI_CONFIG_VALUE precision) {
+    PlannerLock planner(precision);
+    ApplyThreadCountOf(precision == DFTI_SINGLE, 1);
+    return precision == DFTI_SINGLE ? fftwf_export_wisdom_to_string() : fftw_export_wisdom_to_string();
+}
+
+bool ImportWisdom(DFTI_CONFIG_VALUE precision, const char *text) {
+    PlannerLock planner(precision);
+    ApplyThreadCountOf(precision == DFTI_SINGLE, 1);
+    return (precision == DFTI_SINGLE ? fftwf_import_wisdom_from_string(text)
+                                     : fftw_import_wisdom_from_string(text)) != 0;
+}
+
+void ForgetWisdom(DFTI_CONFIG_VALUE precision) {
+    PlannerLock planner(precision);
+    (precision == DFTI_SINGLE ? fftwf_forget_wisdom : fftw_forget_wisdom)();
+}
+
+const char *FftwVersion() { return fftw_version; }
+
 void ExecuteRawPlan(const RawPlan *raw, void *input, void *output) {
-    if (raw->single) Fftw<float>::Execute(raw->kind, raw->plan, input, output);
-    else Fftw<double>::Execute(raw->kind, raw->plan, input, output);
+    if (raw->single)
+        Fftw<float>::Execute(raw->kind, raw->plan, input, output);
+    else
+        Fftw<double>::Execute(raw->kind, raw->plan, input, output);
+    if (raw->note.estimated && g_policy != nullptr) g_policy->ran_estimated(raw);
 }
 
 void FreeRawPlan(RawPlan *raw) {
     if (raw == nullptr) return;
-    {
-        std::lock_guard<std::mutex> lock(g_planner_mutex);
-        if (raw->single) Fftw<float>::Destroy(raw->plan);
-        else Fftw<double>::Destroy(raw->plan);
+    std::mutex &planner = g_planner_mutex[raw->single];
+    if (planner.try_lock()) {
+        DrainPending(raw->single);
+        DestroyNow(raw);
+        planner.unlock();
+        return;
     }
-    fftw_free(raw);
+    std::lock_guard<std::mutex> lock(g_pending_mutex);
+    raw->next_pending = g_pending[raw->single];
+    g_pending[raw->single] = raw;
 }
 
 void *AllocateAligned(size_t bytes) { return fftw_malloc(bytes); }
@@ -513,6 +698,23 @@ int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p) {
 
 Counters GetCounters() { return {g_creates, g_commits, g_frees, g_computes, g_live}; }
 void ResetCounters() { g_creates = g_commits = g_frees = g_computes = 0; }
+
+bool MeasurementUnderWay() {
+    std::lock_guard<std::mutex> lock(g_interrupt_mutex);
+    return g_interruptible[0] || g_interruptible[1];
+}
+
+PlanCounts PlansOf(const void *descriptor) {
+    PlanCounts counts;
+    if (!IsDescriptor(descriptor)) return counts;
+    for (const RawPlan *plan : static_cast<const DFTI_DESCRIPTOR *>(descriptor)->plans)
+        if (plan != nullptr) {
+            ++counts.made;
+            counts.estimated += plan->note.estimated ? 1 : 0;
+        }
+    return counts;
+}
+
 void FailCall(Call call, int nth) { g_faults[static_cast<int>(call)] = nth; }
 void ClearFaults() {
     for (std::atomic<int> &countdown : g_faults) countdown = 0;

@@ -64,15 +64,29 @@ void ParallelLoop(void *(*work)(char *), char *jobs, size_t size, int count, voi
 // FFTW's thread support, initialised once before any planner setting (the
 // threads library resets the planner when a thread count is set first),
 // with its loops on the library's own threads.
+// Each precision's on its first plan: setting up a planner takes about
+// half a millisecond, paid by the first call that needs it.
+void InitThreadsOf(bool single) {
+    if (single) {
+        static const bool done = [] {
+            fftwf_init_threads();
+            fftwf_threads_set_callback(&ParallelLoop, nullptr);
+            return true;
+        }();
+        (void)done;
+    } else {
+        static const bool done = [] {
+            fftw_init_threads();
+            fftw_threads_set_callback(&ParallelLoop, nullptr);
+            return true;
+        }();
+        (void)done;
+    }
+}
+
 void InitThreads() {
-    static const bool done = [] {
-        fftw_init_threads();
-        fftwf_init_threads();
-        fftw_threads_set_callback(&ParallelLoop, nullptr);
-        fftwf_threads_set_callback(&ParallelLoop, nullptr);
-        return true;
-    }();
-    (void)done;
+    InitThreadsOf(false);
+    InitThreadsOf(true);
 }
 
 // The machine's cores (FENNEL_DSP_THREADS overrides).
@@ -93,6 +107,8 @@ Effort PlannerEffortFor(std::ptrdiff_t total) {
     return forced >= 0 ? static_cast<Effort>(forced) : Effort::kMeasure;
 }
 
+int PlannerOverride() { return EffortOverride(); }
+
 double PlannerTimeLimit() { return -1.0; }
 
 int ThreadsFor(std::ptrdiff_t total) { return total >= kThreadsFrom ? Cores() : 1; }
@@ -104,6 +120,11 @@ void ApplyThreadCount(std::ptrdiff_t total) {
     fftwf_plan_with_nthreads(threads);
 }
 
+void ApplyThreadCountOf(bool single, std::ptrdiff_t total) {
+    InitThreadsOf(single);
+    (single ? fftwf_plan_with_nthreads : fftw_plan_with_nthreads)(ThreadsFor(total));
+}
+
 void SetWorkSharing(bool (*share)(void (*)(void *), void *)) { g_share = share; }
 
 // The FFTW linked into the library is the library's own: at unload its
@@ -112,6 +133,7 @@ void SetWorkSharing(bool (*share)(void (*)(void *), void *)) { g_share = share; 
 // its dynamic mapping threshold otherwise, which grows with every block of
 // a large transform it has seen).
 __attribute__((destructor)) void ReleaseFftw() {
+    StopPlanning();
     fftw_cleanup_threads();
     fftwf_cleanup_threads();
     malloc_trim(0);

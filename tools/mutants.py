@@ -272,6 +272,14 @@ MUTANTS = [
     ("resample-history-rows-shared", "resampling/rational_resampler.cpp",
      "const T *row = block + static_cast<int64_t>(ch) * n;", "const T *row = block;",
      "every channel keeps the first channel's samples as history"),
+    ("linux-thread-slot-unread", "platform/platform_linux.cpp",
+     "void *TlsGet(uint32_t index) { return pthread_getspecific(static_cast<pthread_key_t>(index)); }",
+     "void *TlsGet(uint32_t) { return nullptr; }",
+     "on Linux the thread's host module slot is never read"),
+    ("linux-main-module-not-global", "platform/platform_linux.cpp",
+     "return dlsym(module == &g_main_token ? RTLD_DEFAULT : module, name);",
+     "return dlsym(module, name);",
+     "on Linux the main program's services are looked up in the wrong scope"),
 ]
 
 

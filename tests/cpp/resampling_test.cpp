@@ -262,6 +262,18 @@ TYPED_TEST(ResamplingTest, RatioOneWithASymmetricPrototypeGivesTheDelayedInput) 
     ASSERT_EQ(near.Feed(all, out, &time, 1), 0);
     EXPECT_EQ(time, 0.1f);
     EXPECT_EQ(out.values(), std::vector<T>(x.begin(), x.end() - 3));
+    // Linear taps: an offset of half a prototype step (1/8 sample at I = 4)
+    // gives the mean of the outputs at the whole steps on either side.
+    std::vector<std::vector<T>> y;
+    for (float offset : {0.0f, 0.125f, 0.25f}) {
+        Stream<T, 1> lin(Lowpass<RealOf<T>>(4, 3), 4, 1.0f, offset);
+        ASSERT_EQ(lin.Feed(all, out, &time, 1), 0);
+        y.push_back(out.values());
+    }
+    const size_t n = std::min({y[0].size(), y[1].size(), y[2].size()});
+    ASSERT_GT(n, 40u);
+    for (size_t k = 0; k < n; ++k)
+        EXPECT_LT(std::abs(Widen(y[1][k]) - (Widen(y[0][k]) + Widen(y[2][k])) / 2.0L), 1e-5L) << k;
 }
 
 TYPED_TEST(ResamplingTest, BlockSplitsGiveTheSameSamplesBitForBit) {

@@ -137,10 +137,13 @@ LD BesselI0(LD x) {
 TYPED_TEST(WindowsTest, GaussianAndKaiserEdgeCases) {
     using T = TypeParam;
     const Real<T> nan = std::numeric_limits<Real<T>>::quiet_NaN();
-    for (Real<T> beta : {Real<T>(0), nan}) {
-        Array<T> x(Ones<T>(5));
-        EXPECT_EQ(Fn<T>::kaiser(x.h(), beta), 0);
+    for (Real<T> param : {Real<T>(0), nan}) {  // Kaiser: no window; Gaussian: sigma 0.2
+        Array<T> x(Ones<T>(5)), g(Ones<T>(5)), g02(Ones<T>(5));
+        EXPECT_EQ(Fn<T>::kaiser(x.h(), param), 0);
         ExpectNear(Multipliers(x.values()), {1, 1, 1, 1, 1}, 0, "kaiser beta 0/NaN");
+        EXPECT_EQ(Fn<T>::gauss(g.h(), param), 0);
+        EXPECT_EQ(Fn<T>::gauss(g02.h(), Real<T>(0.2)), 0);
+        EXPECT_EQ(g.values(), g02.values());
     }
     {
         Array<T> x(Ones<T>(4));

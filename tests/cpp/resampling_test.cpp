@@ -251,11 +251,13 @@ TYPED_TEST(ResamplingTest, RatioOneWithASymmetricPrototypeGivesTheDelayedInput) 
     ASSERT_EQ(near.Feed(all, out, &time, 1), 0);
     EXPECT_EQ(time, 0.1f);
     EXPECT_EQ(out.values(), std::vector<T>(x.begin(), x.end() - 3));
-    // Linear taps: an offset of half a prototype step (1/8 sample at I = 4)
-    // gives the mean of the outputs at the whole steps on either side.
+    // Linear taps are linear in the position: with taps stretched to a
+    // spacing of 2.5 prototype samples (I = 4, ratio 1.6, anti-aliased),
+    // shifting every tap by 1/32 of a sample moves no tap past a prototype
+    // sample, so the middle offset gives the mean of the outer two.
     std::vector<std::vector<T>> y;
-    for (float offset : {0.0f, 0.125f, 0.25f}) {
-        Stream<T, 1> lin(Lowpass<RealOf<T>>(4, 3), 4, 1.0f, offset);
+    for (float offset : {0.0f, 0.0125f, 0.025f}) {
+        Stream<T, 1> lin(Lowpass<RealOf<T>>(4, 3), 4, 1.6f, offset, 0, 1);
         ASSERT_EQ(lin.Feed(all, out, &time, 1), 0);
         y.push_back(out.values());
     }

@@ -328,6 +328,9 @@ MUTANTS = [
      "const Pass<T, true> rows{chunk, x, C, std::min(C, L1), L1, out, L1};",
      "const Pass<T, true> rows{chunk, x, C, std::min(C, L1) - 1, L1, out, L1};",
      "the 2D DCT/DST row pass leaves out the last input column"),
+    ("invdct-parity-exception-dropped", "dft/plan.cpp",
+     "(!g.any_domain && domain != g.domain)", "(domain != g.domain)",
+     "the inverse DCT rebuilds where the plan-handle rules keep the other parity's plan"),
     # ---- one skipped cleanup per family
     ("skip-dct1d-empty-at-exit-ws", "transforms/dct_dst.cpp",
      "frame.EmptyAtExit(ws);", "(void)0;",

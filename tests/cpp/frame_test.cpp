@@ -10,21 +10,6 @@
 namespace fennel::test {
 namespace {
 
-TEST(DataOffset, FollowsTheLayoutTable) {
-    struct Row { int32_t code; int rank; size_t library; int32_t expected; };
-    const Row rows[] = {
-        {9, 1, DataOffset<float, 1>(), 4},    {10, 1, DataOffset<double, 1>(), 8},
-        {12, 1, DataOffset<cfloat, 1>(), 4},  {13, 1, DataOffset<cdouble, 1>(), 8},
-        {9, 2, DataOffset<float, 2>(), 8},    {13, 2, DataOffset<cdouble, 2>(), 8},
-        {9, 3, DataOffset<float, 3>(), 12},   {10, 3, DataOffset<double, 3>(), 16},
-        {12, 3, DataOffset<cfloat, 3>(), 12}, {13, 3, DataOffset<cdouble, 3>(), 16},
-    };
-    for (const Row &r : rows) {
-        EXPECT_EQ(static_cast<int32_t>(r.library), r.expected) << r.code << "/" << r.rank;
-        EXPECT_EQ(FennelHostDataOffset(r.code, r.rank), r.expected) << r.code << "/" << r.rank;
-    }
-}
-
 TEST(SizeGuard, RefusesProductsOf31BitsOrMore) {
     struct Row { std::vector<int32_t> dims; bool passes; };
     const Row rows[] = {
@@ -70,30 +55,6 @@ TEST_F(HostTest, ResizeSkipsTheHostWhenSizesMatchAndEmptiesOnRequest) {
     HostArray<float, 1> none(nullptr);
     EXPECT_EQ(none.size(), 0);
     EXPECT_EQ(none.Resize(3), STATUS_OUT_OF_MEMORY);
-}
-
-TEST_F(HostTest, GuardsEmptyAtScopeExitAsArmed) {
-    Array<float> out({4}), ws({6}), untouched({2});
-    {
-        int32_t status = STATUS_OK;
-        HostArray<float, 1> o(out.h()), w(ws.h()), u(untouched.h());
-        EmptyOnFailure<float, 1> g1(o, status, TYPE_CODE_FLOAT);
-        EmptyAtExit<float, 1> g2(w);
-        EmptyAtExit<float, 1> g3(u);
-        g2.Arm();
-        status = STATUS_NO_WORKSPACE;
-    }
-    EXPECT_TRUE(out.empty());
-    EXPECT_TRUE(ws.empty());
-    EXPECT_EQ(untouched.dims(), std::vector<int32_t>{2});
-    {
-        Scratch<double> s(16);
-        EXPECT_TRUE(s.ok());
-        EXPECT_EQ(FennelHostLivePtrs(), ptrs_ + 1);
-        FennelHostFailNewPtr(1);
-        Scratch<double> refused(16);
-        EXPECT_FALSE(refused.ok());
-    }
 }
 
 // A workspace left empty by the call costs no host call at its end.

@@ -25,18 +25,6 @@ TEST_F(HostTest, SameLengthReusesAnotherLengthRebuilds) {
     EXPECT_EQ(engine::GetCounters().live, live_);
 }
 
-TEST_F(HostTest, FreeDftiPlanOnNullCallsNothingAndReportsFailedFrees) {
-    FDPlanHandle plan = nullptr;
-    EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
-    EXPECT_EQ(engine::GetCounters().frees, 0);
-    ASSERT_EQ(DftiCreateDescriptor_d_1d(PlanSlot(&plan), DFTI_REAL, MKL_LONG{4}), 0);
-    engine::FailCall(Call::kFree);
-    EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_DFTI_FREE_FAILED);
-    EXPECT_NE(plan, nullptr);
-    EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
-    EXPECT_EQ(plan, nullptr);
-}
-
 TEST_F(HostTest, FreeTrigPlanFreesWhatIsSetThenTheRecord) {
     struct Row { bool first; bool second; Call fail; int nth; int32_t status; };
     const Row rows[] = {

@@ -323,32 +323,6 @@ TYPED_TEST(ResamplingTest, MultichannelEqualsOneCallPerChannel) {
     }
 }
 
-TYPED_TEST(ResamplingTest, AToneKeepsItsFrequencyAndUnitGain) {
-    using T = TypeParam;
-    using R = RealOf<T>;
-    const double pi = 3.14159265358979323846;
-    for (const float ratio : {0.625f, 1.25f, 2.5f}) {
-        const int32_t bins = 256;
-        const double cycles = 10;  // per `bins` outputs
-        const double f_in = cycles / bins / ratio;  // cycles per input sample
-        std::vector<T> x(static_cast<size_t>((bins + 40) * ratio) + 64);
-        for (size_t i = 0; i < x.size(); ++i) x[i] = Sample<T>(std::cos(2 * pi * f_in * i));
-        Stream<T, 1> st(Lowpass<R>(16, 8), 16, ratio, 0.0f, 0, 1);
-        Array<T> in(x), out;
-        ASSERT_EQ(st.Feed(in, out, nullptr, 1), 0);
-        auto y = out.values();
-        ASSERT_GE(y.size(), static_cast<size_t>(bins + 20));
-        std::vector<std::complex<long double>> w(bins);
-        for (int32_t i = 0; i < bins; ++i) w[i] = Widen(y[i + 20]) / Widen(Sample<T>(1));
-        const auto X = NaiveDft(w, -1);
-        int32_t peak = 0;
-        for (int32_t k = 1; k < bins / 2; ++k)
-            if (std::abs(X[k]) > std::abs(X[peak])) peak = k;
-        EXPECT_EQ(peak, cycles) << "ratio " << ratio;
-        EXPECT_NEAR(static_cast<double>(std::abs(X[peak])) / (bins / 2), 1.0, 0.02) << "ratio " << ratio;
-    }
-}
-
 TYPED_TEST(ResamplingTest, FailuresLeaveEverythingEmptyAndTheStateZeroed) {
     using T = TypeParam;
     using R = RealOf<T>;
@@ -435,21 +409,6 @@ TYPED_TEST(ResamplingTest, FailuresLeaveEverythingEmptyAndTheStateZeroed) {
         expect_clean(st, out, time, "scratch failure");
     }
     EXPECT_GT(failures, 0);
-}
-
-TEST(ResamplingMultichannel, HistoryShapeAndChannelChecks) {
-    Stream<float, 2> st(Lowpass<float>(4, 3), 4, 2.0f, 0.0f, 0, 1);
-    Array<float> x({2, 30}), out({0, 0});
-    float time;
-    ASSERT_EQ(st.Feed(x, out, &time, 1), 0);
-    EXPECT_EQ(st.histA.dims(), (std::vector<int32_t>{2, 14}));  // H = 2 floor(12 / 2) + 2
-    EXPECT_EQ(st.histB.dims(), (std::vector<int32_t>{14}));
-    EXPECT_EQ(out.dims()[0], 2);
-    Array<float> three({3, 30});
-    EXPECT_EQ(st.Feed(three, out, &time, 0), STATUS_TOO_MANY_TAPS);
-    Array<float> none({0, 30});
-    EXPECT_EQ(st.Feed(none, out, &time, 1), STATUS_EMPTY_ARRAY);
-    EXPECT_TRUE(out.empty());
 }
 
 }  // namespace

@@ -143,24 +143,6 @@ TYPED_TEST(TrigTest, InverseDCTReusesByLengthAcrossParities) {
     }
 }
 
-TEST_F(HostTest, TrigPlanKeptForOneLengthRebuiltForAnother) {
-    Array<double> a(Random<double>(12, 1)), b(Random<double>(7, 2)), c(Random<double>(5, 3)), out, ws;
-    FDPlanHandle plan = nullptr;
-    ASSERT_EQ(d1DDCTH(a.h(), out.h(), 0, ws.h(), &plan), STATUS_OK);
-    ASSERT_EQ(d1DDCTH(b.h(), out.h(), 12, ws.h(), &plan), STATUS_OK);  // N = 12 again
-    EXPECT_EQ(engine::GetCounters().creates, 1);
-    ASSERT_EQ(d1DDCTH(b.h(), out.h(), 0, ws.h(), &plan), STATUS_OK);  // 7: a 14-point DFT
-    EXPECT_EQ(engine::GetCounters().creates, 2);
-    // A slot that another function filled with a layout this one cannot run
-    // (the complex 12-point DFT of the inverse DCT, for the 12-point real
-    // DFT of a 5-point DST) is rebuilt, not run over the wrong buffers.
-    ASSERT_EQ(d1DInvDCTH(a.h(), out.h(), ws.h(), &plan), STATUS_OK);
-    ASSERT_EQ(d1DDSTH(c.h(), out.h(), 0, ws.h(), &plan), STATUS_OK);
-    EXPECT_EQ(engine::GetCounters().creates, 4);
-    ExpectNear(out.values(), Reference(1, Wide(c.values()), 5), Tol<double>(5) * 5, "rebuilt");
-    EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
-}
-
 // Every failure of a 1D function; an empty input reaches the computing
 // routine only in the inverses.
 TEST_F(HostTest, TrigFailuresLeaveCleanState) {

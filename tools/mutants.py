@@ -3,7 +3,7 @@
 the tree, rebuilds the library and the C++ tests, runs the test suites and
 reports which faults the tests catch.
 
-Each mutant is (name, file under Source/FFT, exact source text, replacement,
+Each mutant is (name, file under Source/FFT (the header as ../../include/...), exact source text, replacement,
 what a user would suffer).  Every occurrence of the text in the file is
 replaced; a text that is not found makes the mutant "not applicable" (the
 code it targets was rewritten), a mutant that does not compile is "no build".
@@ -331,6 +331,16 @@ MUTANTS = [
     ("invdct-parity-exception-dropped", "dft/plan.cpp",
      "(!g.any_domain && domain != g.domain)", "(domain != g.domain)",
      "the inverse DCT rebuilds where the plan-handle rules keep the other parity's plan"),
+    # ---- the public header's selector values (path from Source/FFT)
+    ("header-output-same-value", "../../include/fennel_dsp.h",
+     "OUTPUT_SAME = 1,", "OUTPUT_SAME = 2,",
+     "OUTPUT_SAME selects the valid part"),
+    ("header-biased-value", "../../include/fennel_dsp.h",
+     "NORMALIZATION_BIASED = 2", "NORMALIZATION_BIASED = 1",
+     "NORMALIZATION_BIASED selects the unbiased estimate"),
+    ("header-lowpass-value", "../../include/fennel_dsp.h",
+     "FILTER_LOWPASS = 0,", "FILTER_LOWPASS = 1,",
+     "FILTER_LOWPASS designs a highpass"),
     # ---- one skipped cleanup per family
     ("skip-dct1d-empty-at-exit-ws", "transforms/dct_dst.cpp",
      "frame.EmptyAtExit(ws);", "(void)0;",

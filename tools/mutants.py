@@ -341,6 +341,10 @@ MUTANTS = [
     ("header-lowpass-value", "../../include/fennel_dsp.h",
      "FILTER_LOWPASS = 0,", "FILTER_LOWPASS = 1,",
      "FILTER_LOWPASS designs a highpass"),
+    ("header-status-text-swapped", "../../include/fennel_dsp.h",
+     "case STATUS_EMPTY_ARRAY: return \"STATUS_EMPTY_ARRAY: an input array is empty\";",
+     "case STATUS_EMPTY_ARRAY: return \"STATUS_EMPTY_OPERAND: an input array is empty\";",
+     "the status text names another status"),
     # ---- one skipped cleanup per family
     ("skip-dct1d-empty-at-exit-ws", "transforms/dct_dst.cpp",
      "frame.EmptyAtExit(ws);", "(void)0;",

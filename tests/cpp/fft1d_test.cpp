@@ -77,38 +77,6 @@ TYPED_TEST(FFT1DTest, ForwardMatchesNaiveDftAndInverseReturnsTheInput) {
     EXPECT_EQ(FreeMKLDftiDescH(&inv), STATUS_OK);
 }
 
-TYPED_TEST(FFT1DTest, TruncationLeavesTheWorkspaceAloneAndMatchingOutputsAreNotResized) {
-    using T = TypeParam;
-    using C = typename TestFixture::C;
-    Array<T> in(Random<T>(10, 3)), ws({3});
-    Array<C> out({4});
-    const int64_t calls = FennelHostResizeCalls();
-    ASSERT_EQ(Fn<T>::fwd1(in.h(), out.h(), 4, 1, ws.h(), nullptr), STATUS_OK);
-    EXPECT_EQ(FennelHostResizeCalls(), calls);
-    EXPECT_EQ(ws.dims(), std::vector<int32_t>{3});
-    // Padding without a workspace array.
-    EXPECT_EQ(Fn<T>::fwd1(in.h(), out.h(), 11, 0, nullptr, nullptr), STATUS_NO_WORKSPACE);
-    EXPECT_TRUE(out.empty());
-}
-
-// Results do not depend on where the host puts its blocks, nor on what fresh
-// memory holds.
-TYPED_TEST(FFT1DTest, ResultsDoNotDependOnBlockPlacement) {
-    using T = TypeParam;
-    using C = typename TestFixture::C;
-    const auto x = Random<T>(96, 5);
-    FDPlanHandle fwd = nullptr, inv = nullptr;
-    ExpectSameAtEveryPlacement<typename TestFixture::R>([&] {
-        Array<T> in(x), back, ws;
-        Array<C> out;
-        EXPECT_EQ(Fn<T>::fwd1(in.h(), out.h(), 100, 1, ws.h(), &fwd), STATUS_OK);
-        EXPECT_EQ(Fn<T>::inv1(out.h(), back.h(), 1, ws.h(), &inv), STATUS_OK);
-        return std::pair(out.values(), back.values());
-    });
-    FreeMKLDftiDescH(&fwd);
-    FreeMKLDftiDescH(&inv);
-}
-
 // Calls on different plans may run at once: planning is serialised inside the
 // engine, execution is not; the largest runs on the library's two threads.
 TEST_F(HostTest, ConcurrentCallsOnSeparatePlansAgreeWithSerialCalls) {

@@ -30,46 +30,6 @@ TEST(SizeGuard, RefusesProductsOf31BitsOrMore) {
     }
 }
 
-TEST_F(HostTest, ResizeSkipsTheHostWhenSizesMatchAndEmptiesOnRequest) {
-    Array<double> a({5});
-    HostArray<double, 1> view(a.h());
-    const int64_t calls = FennelHostResizeCalls();
-    EXPECT_EQ(view.Resize(5), STATUS_OK);
-    EXPECT_EQ(FennelHostResizeCalls(), calls);
-    EXPECT_EQ(view.Resize(9), STATUS_OK);
-    EXPECT_EQ(FennelHostResizeCalls(), calls + 1);
-    EXPECT_EQ(a.dims(), std::vector<int32_t>{9});
-
-    Array<cfloat> m({2, 3});
-    HostArray<cfloat, 2> grid(m.h());
-    const int32_t dims[2] = {4, 7};
-    FennelHostFailResize(1);
-    EXPECT_EQ(grid.Resize(dims), STATUS_OUT_OF_MEMORY);
-    EXPECT_EQ(m.dims(), (std::vector<int32_t>{2, 3}));
-    EXPECT_EQ(grid.Resize(dims), STATUS_OK);
-    EXPECT_EQ(m.dims(), (std::vector<int32_t>{4, 7}));
-    EXPECT_EQ(grid.data(), static_cast<cfloat *>(FennelHostArrayData(m.h(), 12, 2)));
-    grid.Empty();
-    EXPECT_EQ(m.dims(), (std::vector<int32_t>{0, 0}));
-
-    HostArray<float, 1> none(nullptr);
-    EXPECT_EQ(none.size(), 0);
-    EXPECT_EQ(none.Resize(3), STATUS_OUT_OF_MEMORY);
-}
-
-// A workspace left empty by the call costs no host call at its end.
-TEST_F(HostTest, FrameEmptiesOnlyWorkspacesThatHoldElements) {
-    Array<float> held({3}), empty;
-    const int64_t before = FennelHostResizeCalls();
-    {
-        CallFrame frame;
-        frame.EmptyAtExitIfHeld(HostArray<float, 1>(held.h()));
-        frame.EmptyAtExitIfHeld(HostArray<float, 1>(empty.h()));
-    }
-    EXPECT_TRUE(held.empty());
-    EXPECT_EQ(FennelHostResizeCalls() - before, 1);
-}
-
 // Calls that resolve the host services, for the binding tests.
 int64_t ResizeThroughLibrary() {
     Array<double> a({1});

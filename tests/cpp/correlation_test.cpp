@@ -186,28 +186,6 @@ class CorrelationTypeTest : public HostTest {};
 using Types = ::testing::Types<float, double, cfloat, cdouble>;
 TYPED_TEST_SUITE(CorrelationTypeTest, Types);
 
-TYPED_TEST(CorrelationTypeTest, AutocorrelationIsConjugateSymmetricAndMatchesTheReference) {
-    using T = TypeParam;
-    FennelHostSetFillByte(0xFF);
-    FDPlanHandle plan = nullptr;
-    for (int n : {1, 2, 7, 24, 25, 64, 97}) {
-        const auto xv = Random<T>(n, n + 3);
-        Array<T> x(xv);
-        const auto want = Reference(Widened(xv), 1, n, Widened(xv), 1, n, true);
-        for (int algorithm : {0, 1}) {
-            Array<T> out, rev, fft;
-            ASSERT_EQ(Fn<T>::autocorr(x.h(), out.h(), algorithm, 0, 5, rev.h(), fft.h(), &plan), 0);
-            const auto got = out.values();
-            ExpectNear(got, want, L1(xv), 2 * n, "auto " + std::to_string(n));
-            for (int k = 0; k < n - 1; ++k)
-                EXPECT_LE(std::abs(Widen(got[k]) - std::conj(Widen(got[2 * n - 2 - k]))),
-                          Tolerance<typename Traits<T>::Real>(2 * n) * 4 * L1(xv));
-            EXPECT_TRUE(rev.empty() && fft.empty());
-        }
-    }
-    EXPECT_EQ(FreeMKLDftiDescH(&plan), 0);
-}
-
 TYPED_TEST(CorrelationTypeTest, TwoDimensionalFamilyMatchesTheReference) {
     using T = TypeParam;
     const auto &F = Fn<T>::conv2;
@@ -271,33 +249,6 @@ TYPED_TEST(CorrelationTypeTest, TwoDimensionalFamilyMatchesTheReference) {
 }
 
 // ---- plan reuse and the one-transform paths -------------------------------------
-
-TEST_F(CorrelationTest, PlanIsReusedWhileTheTransformLengthStays) {
-    FDPlanHandle plan = nullptr;
-    Array<float> x(Random<float>(6, 1)), y(Random<float>(6, 2)), z(Random<float>(7, 3)), out, full, fft;
-    auto run = [&](const Array<float> &a, const Array<float> &b) {
-        return s1DConvolutionH(a.h(), b.h(), out.h(), 0, 1, 0, full.h(), fft.h(), &plan);
-    };
-    ASSERT_EQ(run(x, y), 0);  // L = 11: Lf = 12
-    ASSERT_EQ(run(x, z), 0);  // L = 12: Lf = 12, reused
-    EXPECT_EQ(engine::GetCounters().creates, 1);
-    ASSERT_EQ(run(z, z), 0);  // L = 13: Lf = 14, rebuilt
-    EXPECT_EQ(engine::GetCounters().creates, 2);
-    EXPECT_EQ(engine::GetCounters().frees, 1);
-    // The same array twice: one forward and one backward transform.
-    engine::ResetCounters();
-    ASSERT_EQ(run(z, z), 0);
-    EXPECT_EQ(engine::GetCounters().computes, 2);
-    const auto squared = out.values();
-    engine::ResetCounters();
-    Array<float> z2(Random<float>(7, 3));  // equal values, another array
-    ASSERT_EQ(run(z, z2), 0);
-    EXPECT_EQ(engine::GetCounters().computes, 3);
-    for (size_t i = 0; i < squared.size(); ++i) EXPECT_NEAR(squared[i], out.values()[i], 1e-5);
-    EXPECT_EQ(FreeMKLDftiDescH(&plan), 0);
-    // A null plan address takes a plan of the call's own.
-    ASSERT_EQ(s1DConvolutionH(x.h(), y.h(), out.h(), 0, 1, 0, full.h(), fft.h(), nullptr), 0);
-}
 
 // ---- failures ---------------------------------------------------------------------
 

@@ -77,66 +77,6 @@ TYPED_TEST(FFT1DTest, ForwardMatchesNaiveDftAndInverseReturnsTheInput) {
     EXPECT_EQ(FreeMKLDftiDescH(&inv), STATUS_OK);
 }
 
-// A real inverse reads only bins 0 .. N/2; a complex one reads them all.
-TYPED_TEST(FFT1DTest, InverseReadsTheHalfItNeeds) {
-    using T = TypeParam;
-    using C = typename TestFixture::C;
-    for (int32_t N : {6, 7}) {
-        for (int shift : {0, 1}) {
-            const auto X = Random<C>(N, N);
-            Array<C> a(X);
-            // Perturb the strictly negative frequencies, which a real inverse
-            // must ignore (with shift and even N, index 0 holds bin N/2).
-            auto Y = X;
-            for (int32_t i = 0; i < N; ++i) {
-                const int32_t freq = shift ? i - N / 2 : (i <= N / 2 ? i : i - N);
-                const bool nyquist_first = shift && N % 2 == 0 && i == 0;  // holds bin N/2
-                if (freq < 0 && !nyquist_first) Y[i] = C(9, -9);
-            }
-            Array<C> b(Y);
-            Array<T> ya, yb, ws;
-            ASSERT_EQ(Fn<T>::inv1(a.h(), ya.h(), shift, ws.h(), nullptr), STATUS_OK);
-            ASSERT_EQ(Fn<T>::inv1(b.h(), yb.h(), shift, ws.h(), nullptr), STATUS_OK);
-            if constexpr (Traits<T>::kComplex)
-                EXPECT_NE(ya.values(), yb.values());
-            else
-                EXPECT_EQ(ya.values(), yb.values()) << "N=" << N << " shift=" << shift;
-        }
-    }
-}
-
-TYPED_TEST(FFT1DTest, TruncationLeavesTheWorkspaceAloneAndMatchingOutputsAreNotResized) {
-    using T = TypeParam;
-    using C = typename TestFixture::C;
-    Array<T> in(Random<T>(10, 3)), ws({3});
-    Array<C> out({4});
-    const int64_t calls = FennelHostResizeCalls();
-    ASSERT_EQ(Fn<T>::fwd1(in.h(), out.h(), 4, 1, ws.h(), nullptr), STATUS_OK);
-    EXPECT_EQ(FennelHostResizeCalls(), calls);
-    EXPECT_EQ(ws.dims(), std::vector<int32_t>{3});
-    // Padding without a workspace array.
-    EXPECT_EQ(Fn<T>::fwd1(in.h(), out.h(), 11, 0, nullptr, nullptr), STATUS_NO_WORKSPACE);
-    EXPECT_TRUE(out.empty());
-}
-
-// Results do not depend on where the host puts its blocks, nor on what fresh
-// memory holds.
-TYPED_TEST(FFT1DTest, ResultsDoNotDependOnBlockPlacement) {
-    using T = TypeParam;
-    using C = typename TestFixture::C;
-    const auto x = Random<T>(96, 5);
-    FDPlanHandle fwd = nullptr, inv = nullptr;
-    ExpectSameAtEveryPlacement<typename TestFixture::R>([&] {
-        Array<T> in(x), back, ws;
-        Array<C> out;
-        EXPECT_EQ(Fn<T>::fwd1(in.h(), out.h(), 100, 1, ws.h(), &fwd), STATUS_OK);
-        EXPECT_EQ(Fn<T>::inv1(out.h(), back.h(), 1, ws.h(), &inv), STATUS_OK);
-        return std::pair(out.values(), back.values());
-    });
-    FreeMKLDftiDescH(&fwd);
-    FreeMKLDftiDescH(&inv);
-}
-
 // Calls on different plans may run at once: planning is serialised inside the
 // engine, execution is not; the largest runs on the library's two threads.
 TEST_F(HostTest, ConcurrentCallsOnSeparatePlansAgreeWithSerialCalls) {

@@ -10,21 +10,6 @@
 namespace fennel::test {
 namespace {
 
-TEST(DataOffset, FollowsTheLayoutTable) {
-    struct Row { int32_t code; int rank; size_t library; int32_t expected; };
-    const Row rows[] = {
-        {9, 1, DataOffset<float, 1>(), 4},    {10, 1, DataOffset<double, 1>(), 8},
-        {12, 1, DataOffset<cfloat, 1>(), 4},  {13, 1, DataOffset<cdouble, 1>(), 8},
-        {9, 2, DataOffset<float, 2>(), 8},    {13, 2, DataOffset<cdouble, 2>(), 8},
-        {9, 3, DataOffset<float, 3>(), 12},   {10, 3, DataOffset<double, 3>(), 16},
-        {12, 3, DataOffset<cfloat, 3>(), 12}, {13, 3, DataOffset<cdouble, 3>(), 16},
-    };
-    for (const Row &r : rows) {
-        EXPECT_EQ(static_cast<int32_t>(r.library), r.expected) << r.code << "/" << r.rank;
-        EXPECT_EQ(FennelHostDataOffset(r.code, r.rank), r.expected) << r.code << "/" << r.rank;
-    }
-}
-
 TEST(SizeGuard, RefusesProductsOf31BitsOrMore) {
     struct Row { std::vector<int32_t> dims; bool passes; };
     const Row rows[] = {
@@ -43,70 +28,6 @@ TEST(SizeGuard, RefusesProductsOf31BitsOrMore) {
         }
         EXPECT_EQ(passes, r.passes) << r.dims[0] << " x " << r.dims[1];
     }
-}
-
-TEST_F(HostTest, ResizeSkipsTheHostWhenSizesMatchAndEmptiesOnRequest) {
-    Array<double> a({5});
-    HostArray<double, 1> view(a.h());
-    const int64_t calls = FennelHostResizeCalls();
-    EXPECT_EQ(view.Resize(5), STATUS_OK);
-    EXPECT_EQ(FennelHostResizeCalls(), calls);
-    EXPECT_EQ(view.Resize(9), STATUS_OK);
-    EXPECT_EQ(FennelHostResizeCalls(), calls + 1);
-    EXPECT_EQ(a.dims(), std::vector<int32_t>{9});
-
-    Array<cfloat> m({2, 3});
-    HostArray<cfloat, 2> grid(m.h());
-    const int32_t dims[2] = {4, 7};
-    FennelHostFailResize(1);
-    EXPECT_EQ(grid.Resize(dims), STATUS_OUT_OF_MEMORY);
-    EXPECT_EQ(m.dims(), (std::vector<int32_t>{2, 3}));
-    EXPECT_EQ(grid.Resize(dims), STATUS_OK);
-    EXPECT_EQ(m.dims(), (std::vector<int32_t>{4, 7}));
-    EXPECT_EQ(grid.data(), static_cast<cfloat *>(FennelHostArrayData(m.h(), 12, 2)));
-    grid.Empty();
-    EXPECT_EQ(m.dims(), (std::vector<int32_t>{0, 0}));
-
-    HostArray<float, 1> none(nullptr);
-    EXPECT_EQ(none.size(), 0);
-    EXPECT_EQ(none.Resize(3), STATUS_OUT_OF_MEMORY);
-}
-
-TEST_F(HostTest, GuardsEmptyAtScopeExitAsArmed) {
-    Array<float> out({4}), ws({6}), untouched({2});
-    {
-        int32_t status = STATUS_OK;
-        HostArray<float, 1> o(out.h()), w(ws.h()), u(untouched.h());
-        EmptyOnFailure<float, 1> g1(o, status, TYPE_CODE_FLOAT);
-        EmptyAtExit<float, 1> g2(w);
-        EmptyAtExit<float, 1> g3(u);
-        g2.Arm();
-        status = STATUS_NO_WORKSPACE;
-    }
-    EXPECT_TRUE(out.empty());
-    EXPECT_TRUE(ws.empty());
-    EXPECT_EQ(untouched.dims(), std::vector<int32_t>{2});
-    {
-        Scratch<double> s(16);
-        EXPECT_TRUE(s.ok());
-        EXPECT_EQ(FennelHostLivePtrs(), ptrs_ + 1);
-        FennelHostFailNewPtr(1);
-        Scratch<double> refused(16);
-        EXPECT_FALSE(refused.ok());
-    }
-}
-
-// A workspace left empty by the call costs no host call at its end.
-TEST_F(HostTest, FrameEmptiesOnlyWorkspacesThatHoldElements) {
-    Array<float> held({3}), empty;
-    const int64_t before = FennelHostResizeCalls();
-    {
-        CallFrame frame;
-        frame.EmptyAtExitIfHeld(HostArray<float, 1>(held.h()));
-        frame.EmptyAtExitIfHeld(HostArray<float, 1>(empty.h()));
-    }
-    EXPECT_TRUE(held.empty());
-    EXPECT_EQ(FennelHostResizeCalls() - before, 1);
 }
 
 // Calls that resolve the host services, for the binding tests.

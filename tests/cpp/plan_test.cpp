@@ -26,52 +26,5 @@ TEST_F(HostTest, SameLengthReusesAnotherLengthRebuilds) {
     EXPECT_EQ(engine::GetCounters().live, live_);
 }
 
-TEST_F(HostTest, FreeDftiPlanOnNullCallsNothingAndReportsFailedFrees) {
-    FDPlanHandle plan = nullptr;
-    EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
-    EXPECT_EQ(engine::GetCounters().frees, 0);
-    ASSERT_EQ(DftiCreateDescriptor(PlanSlot(&plan), DFTI_DOUBLE, DFTI_REAL, 1, &kFour), 0);
-    engine::FailCall(Call::kFree);
-    EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_DFTI_FREE_FAILED);
-    EXPECT_NE(plan, nullptr);
-    EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
-    EXPECT_EQ(plan, nullptr);
-}
-
-TEST_F(HostTest, FreeTrigPlanFreesWhatIsSetThenTheRecord) {
-    struct Row { bool first; bool second; Call fail; int nth; int32_t status; };
-    const Row rows[] = {
-        {false, true, Call::kCount, 0, STATUS_OK},
-        {true, false, Call::kCount, 0, STATUS_OK},
-        {true, true, Call::kCount, 0, STATUS_OK},
-        {true, true, Call::kFree, 1, STATUS_DFTI_FREE_FAILED},
-        {true, true, Call::kFree, 2, STATUS_DFTI_FREE_FAILED},
-    };
-    FDPlanHandle plan = nullptr;
-    EXPECT_EQ(FreeMKLDCTDSTiDescH(&plan), STATUS_OK);
-    for (const Row &r : rows) {
-        auto *record = static_cast<TrigPlanRecord *>(DSNewPtr(sizeof(TrigPlanRecord)));
-        record->first = record->second = nullptr;
-        if (r.first) {
-            ASSERT_EQ(DftiCreateDescriptor(&record->first, DFTI_SINGLE, DFTI_REAL, 1, &kFour), 0);
-        }
-        if (r.second) {
-            ASSERT_EQ(DftiCreateDescriptor(&record->second, DFTI_SINGLE, DFTI_REAL, 1, &kFour), 0);
-        }
-        plan = record;
-        const long frees = engine::GetCounters().frees;
-        if (r.fail != Call::kCount) engine::FailCall(r.fail, r.nth);
-        EXPECT_EQ(FreeMKLDCTDSTiDescH(&plan), r.status);
-        if (r.status == STATUS_OK) {
-            EXPECT_EQ(plan, nullptr);
-            EXPECT_EQ(engine::GetCounters().frees - frees, int(r.first) + int(r.second));
-        } else {
-            EXPECT_EQ(plan, record);  // the record stays; a retry releases the rest
-            EXPECT_EQ(FreeMKLDCTDSTiDescH(&plan), STATUS_OK);
-        }
-        EXPECT_EQ(FennelHostLivePtrs(), ptrs_);
-    }
-}
-
 }  // namespace
 }  // namespace fennel::test

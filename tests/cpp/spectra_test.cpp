@@ -133,45 +133,6 @@ TYPED_TEST(SpectraTest, CrossPowerMatchesTheDefinition) {
     }
 }
 
-// x = y gives the power spectrum with zero phase; swapping x and y conjugates;
-// L = 1 and a negative DC product give phase pi.
-TYPED_TEST(SpectraTest, CrossPowerSymmetries) {
-    using T = TypeParam;
-    using R = typename TestFixture::R;
-    using C = typename TestFixture::C;
-    const auto x = Random<T>(9, 1), y = Random<T>(6, 2);
-    Array<T> xa(x), ya(y), ws;
-    Array<C> xy, yx, xx;
-    Array<R> power, mag, ph;
-    ASSERT_EQ(Fn<T>::cross(xa.h(), ya.h(), xy.h(), ws.h(), nullptr), STATUS_OK);
-    ASSERT_EQ(Fn<T>::cross(ya.h(), xa.h(), yx.h(), ws.h(), nullptr), STATUS_OK);
-    for (int32_t k = 0; k < 9; ++k) {
-        EXPECT_EQ(yx.values()[k].real(), xy.values()[k].real());
-        EXPECT_EQ(yx.values()[k].imag(), -xy.values()[k].imag());
-    }
-    ASSERT_EQ(Fn<T>::cross(xa.h(), xa.h(), xx.h(), ws.h(), nullptr), STATUS_OK);
-    ASSERT_EQ(Fn<T>::power(xa.h(), power.h(), ws.h(), nullptr), STATUS_OK);
-    double df;
-    ASSERT_EQ(Fn<T>::cross_spectrum(xa.h(), xa.h(), 1.0, 1, &df, mag.h(), ph.h(), ws.h(), nullptr),
-              STATUS_OK);
-    for (int32_t k = 0; k < 9; ++k) {
-        EXPECT_NEAR(xx.values()[k].real(), power.values()[k], Tolerance<R>(9));
-        EXPECT_EQ(xx.values()[k].imag(), 0);
-        EXPECT_NEAR(mag.values()[k], power.values()[k], Tolerance<R>(9));
-        EXPECT_EQ(ph.values()[k], 0);
-    }
-    Array<T> a(std::vector<T>{T(-2)}), b(std::vector<T>{T(3), T(1)});
-    ASSERT_EQ(Fn<T>::cross_spectrum(a.h(), a.h(), 1.0, 0, &df, mag.h(), ph.h(), ws.h(), nullptr),
-              STATUS_OK);
-    EXPECT_EQ(mag.values(), std::vector<R>{4});
-    EXPECT_EQ(ph.values(), std::vector<R>{0});
-    // a padded to (-2, 0): DC product (-2)(4) / 4 and Nyquist (-2)(2) / 4.
-    ASSERT_EQ(Fn<T>::cross_spectrum(a.h(), b.h(), 1.0, 1, &df, mag.h(), ph.h(), ws.h(), nullptr),
-              STATUS_OK);
-    EXPECT_EQ(mag.values(), (std::vector<R>{2, 1}));
-    for (R v : ph.values()) EXPECT_EQ(std::abs(v), R(kPi));
-}
-
 // The single-precision kernel forms DC and Nyquist products in double, so
 // values whose square overflows float still give finite powers.
 using SpectraKernelTest = HostTest;

@@ -74,33 +74,6 @@ class TrigTest : public HostTest {};
 using Reals = ::testing::Types<float, double>;
 TYPED_TEST_SUITE(TrigTest, Reals);
 
-// Forward values with padding and truncation, at host placements that keep
-// the elements aligned (multiples of the element size) and
-// with new memory filled with NaN: nothing unwritten is read.
-TYPED_TEST(TrigTest, ForwardMatchesDirectSums) {
-    using T = TypeParam;
-    FennelHostSetFillByte(0xFF);
-    for (int placement : {0, 1, 2, 3})
-        for (int n : {1, 2, 3, 4, 5, 8, 13, 16, 17, 30})
-            for (int length : {0, -2, n + 3, n + 4, n - 1}) {
-                FennelHostSetPlacement(placement * static_cast<int>(sizeof(T)));
-                const int N = length >= 1 ? length : n;
-                if (N < 1) continue;
-                const auto x = Random<T>(n, n * 7 + placement);
-                Array<T> in(x), out, ws;
-                FDPlanHandle plan = nullptr;
-                for (int kind : {0, 1}) {
-                    const Fwd f = kind == 0 ? RealFn<T>::dct : RealFn<T>::dst;
-                    ASSERT_EQ(f(in.h(), out.h(), length, ws.h(), &plan), STATUS_OK);
-                    ExpectNear(out.values(), Reference(kind, Wide(x), N), Tol<T>(N) * (kind ? N : 1),
-                               "kind " + std::to_string(kind) + " n " + std::to_string(n) + " N " +
-                                   std::to_string(N));
-                    EXPECT_TRUE(ws.empty());
-                    EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
-                }
-            }
-}
-
 // The inverses match their sums and undo the forwards.
 TYPED_TEST(TrigTest, InversesMatchDirectSumsAndRoundTrip) {
     using T = TypeParam;
@@ -141,24 +114,6 @@ TYPED_TEST(TrigTest, InverseDCTReusesByLengthAcrossParities) {
         EXPECT_EQ(engine::GetCounters().creates, 1) << sizes.first << " then " << sizes.second;
         EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
     }
-}
-
-TEST_F(HostTest, TrigPlanKeptForOneLengthRebuiltForAnother) {
-    Array<double> a(Random<double>(12, 1)), b(Random<double>(7, 2)), c(Random<double>(5, 3)), out, ws;
-    FDPlanHandle plan = nullptr;
-    ASSERT_EQ(d1DDCTH(a.h(), out.h(), 0, ws.h(), &plan), STATUS_OK);
-    ASSERT_EQ(d1DDCTH(b.h(), out.h(), 12, ws.h(), &plan), STATUS_OK);  // N = 12 again
-    EXPECT_EQ(engine::GetCounters().creates, 1);
-    ASSERT_EQ(d1DDCTH(b.h(), out.h(), 0, ws.h(), &plan), STATUS_OK);  // 7: a 14-point DFT
-    EXPECT_EQ(engine::GetCounters().creates, 2);
-    // A slot that another function filled with a layout this one cannot run
-    // (the complex 12-point DFT of the inverse DCT, for the 12-point real
-    // DFT of a 5-point DST) is rebuilt, not run over the wrong buffers.
-    ASSERT_EQ(d1DInvDCTH(a.h(), out.h(), ws.h(), &plan), STATUS_OK);
-    ASSERT_EQ(d1DDSTH(c.h(), out.h(), 0, ws.h(), &plan), STATUS_OK);
-    EXPECT_EQ(engine::GetCounters().creates, 4);
-    ExpectNear(out.values(), Reference(1, Wide(c.values()), 5), Tol<double>(5) * 5, "rebuilt");
-    EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
 }
 
 // Every failure of a 1D function; an empty input reaches the computing

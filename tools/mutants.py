@@ -187,7 +187,7 @@ MUTANTS = [
      "if (effort >= 2 || mode != Mode::kBackground) {", "if (true) {",
      "a first call measures in the caller's thread"),
     ("planning-wisdom-unused", "dft/planning/planner.cpp",
-     "if (RawPlan *plan = engine::MakeRawPlanHow(spec, how)) return plan;\n    how.wisdom_only = false;",
+     "if (RawPlan *plan = engine::MakeRawPlanHow(problem, how)) return plan;\n    how.wisdom_only = false;",
      "how.wisdom_only = false;",
      "a geometry wisdom knows gets an estimated plan"),
     ("planning-never-measured", "dft/planning/planner.cpp",

@@ -34,7 +34,7 @@ const bool kPrivateFolder = [] {
     return true;
 }();
 
-engine::RawSpec Spec(ptrdiff_t n) {
+engine::RawSpec Problem(ptrdiff_t n) {
     engine::RawSpec s;
     s.dims[0] = {n, 1, 1};
     s.in_bytes = s.out_bytes = static_cast<size_t>(n) * sizeof(C);
@@ -46,14 +46,14 @@ bool WisdomKnows(ptrdiff_t n) {
     engine::PlanHow how;
     how.effort = engine::Effort::kMeasure;
     how.wisdom_only = true;
-    engine::RawPlan *plan = engine::MakeRawPlanHow(Spec(n), how);
+    engine::RawPlan *plan = engine::MakeRawPlanHow(Problem(n), how);
     engine::FreeRawPlan(plan);
     return plan != nullptr;
 }
 
 void PlanMeasured(ptrdiff_t n) {
     planning::SetThreadEffort(2, -1.0);
-    engine::FreeRawPlan(engine::MakeRawPlan(Spec(n)));
+    engine::FreeRawPlan(engine::MakeRawPlan(Problem(n)));
     planning::SetThreadEffort(0, -1.0);
 }
 

@@ -133,7 +133,7 @@ struct PlanHow {
     bool interruptible = false;
     bool *interrupted = nullptr;
 };
-RawPlan *MakeRawPlanHow(const RawSpec &spec, const PlanHow &how);
+RawPlan *MakeRawPlanHow(const RawSpec &problem, const PlanHow &how);
 // What the policy keeps with each plan.
 struct PlanNote {
     bool estimated = false;
@@ -143,7 +143,7 @@ struct PlanNote {
 PlanNote &NoteOf(const RawPlan *plan);
 const RawSpec &SpecOf(const RawPlan *plan);
 struct PlanPolicy {
-    RawPlan *(*make)(const RawSpec &spec);
+    RawPlan *(*make)(const RawSpec &problem);
     void (*ran_estimated)(const RawPlan *plan);  // after each run of an estimated plan
     RawPlan *(*replacement)(const RawPlan *plan);  // at a call boundary: a better plan or null
     void (*stop)();  // ends the policy's work before the library goes away

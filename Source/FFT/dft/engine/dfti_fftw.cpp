@@ -506,7 +506,7 @@ struct RawPlan {
     bool single;
     RawKind kind;
     mutable PlanNote note;
-    RawSpec spec;
+    RawSpec problem;
     RawPlan *next_pending;  // in the list of plans waiting for their lock
 };
 
@@ -603,7 +603,7 @@ RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
 }
 
 PlanNote &NoteOf(const RawPlan *plan) { return plan->note; }
-const RawSpec &SpecOf(const RawPlan *plan) { return plan->spec; }
+const RawSpec &SpecOf(const RawPlan *plan) { return plan->problem; }
 
 void SetPlanPolicy(const PlanPolicy *policy) { g_policy = policy; }
 

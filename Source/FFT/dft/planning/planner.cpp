@@ -103,22 +103,22 @@ bool SameSpec(const RawSpec &a, const RawSpec &b) {
 }
 
 // False when a caller cut the measurement short.
-bool Measure(const RawSpec &spec) {
-    EnsureLoaded(spec.precision);
+bool Measure(const RawSpec &problem) {
+    EnsureLoaded(problem.precision);
     PlanHow how;
     how.effort = Effort::kMeasure;
     bool interrupted = false;
     how.interruptible = true;
     how.interrupted = &interrupted;
-    RawPlan *plan = engine::MakeRawPlanHow(spec, how);
+    RawPlan *plan = engine::MakeRawPlanHow(problem, how);
     engine::FreeRawPlan(plan);
     if (interrupted) {
         g_interruptions.fetch_add(1, std::memory_order_relaxed);
         return false;
     }
     if (plan == nullptr) return true;
-    NoteWisdom(spec.precision);
-    SaveWisdomFile(spec.precision);
+    NoteWisdom(problem.precision);
+    SaveWisdomFile(problem.precision);
     return true;
 }
 
@@ -132,15 +132,15 @@ void *Work(void *) {
     for (;;) {
         b.cv.wait(lock, [&] { return b.quit || b.count > 0; });
         if (b.quit) break;
-        const RawSpec spec = b.queue[0];
+        const RawSpec problem = b.queue[0];
         for (int i = 1; i < b.count; ++i) b.queue[i - 1] = b.queue[i];
         --b.count;
         b.busy = true;
         lock.unlock();
-        const bool done = Measure(spec);
+        const bool done = Measure(problem);
         if (!done) usleep(kRetryPause);
         lock.lock();
-        if (!done && !b.quit && b.count < kQueueMax) b.queue[b.count++] = spec;  // again, later
+        if (!done && !b.quit && b.count < kQueueMax) b.queue[b.count++] = problem;  // again, later
         b.busy = false;
         b.cv.notify_all();
     }
@@ -148,13 +148,13 @@ void *Work(void *) {
     return nullptr;
 }
 
-void Enqueue(const RawSpec &spec) {
+void Enqueue(const RawSpec &problem) {
     std::lock_guard<std::mutex> lock(g_mutex);
     if (g_stopped) return;
     if (g_background == nullptr && (g_background = new (std::nothrow) Background) == nullptr) return;
     Background &b = *g_background;
     for (int i = 0; i < b.count; ++i)
-        if (SameSpec(b.queue[i], spec)) return;
+        if (SameSpec(b.queue[i], problem)) return;
     if (b.count == kQueueMax) return;
     if (!b.started) {
         // The thread takes no signals of the process's.
@@ -165,7 +165,7 @@ void Enqueue(const RawSpec &spec) {
         pthread_sigmask(SIG_SETMASK, &old, nullptr);
         if (!b.started) return;
     }
-    b.queue[b.count++] = spec;
+    b.queue[b.count++] = problem;
     g_queued.fetch_add(1, std::memory_order_relaxed);
     b.cv.notify_all();
 }
@@ -193,30 +193,30 @@ void Stop() {
 
 // ---- the policy ------------------------------------------------------------
 
-RawPlan *Make(const RawSpec &spec) {
+RawPlan *Make(const RawSpec &problem) {
     const Mode mode = CurrentMode();
     const int effort = t_effort;
     PlanHow how;
-    if (effort == 1 || (effort == 0 && mode == Mode::kEstimate)) return engine::MakeRawPlanHow(spec, how);
-    EnsureLoaded(spec.precision);
+    if (effort == 1 || (effort == 0 && mode == Mode::kEstimate)) return engine::MakeRawPlanHow(problem, how);
+    EnsureLoaded(problem.precision);
     // A geometry wisdom knows costs nothing, whoever asks.
     how.effort = effort == 3 || (effort == 0 && mode == Mode::kPatient) ? Effort::kPatient : Effort::kMeasure;
     how.wisdom_only = true;
-    if (g_has_wisdom[spec.precision == DFTI_SINGLE].load(std::memory_order_acquire))
-        if (RawPlan *plan = engine::MakeRawPlanHow(spec, how)) return plan;
+    if (g_has_wisdom[problem.precision == DFTI_SINGLE].load(std::memory_order_acquire))
+        if (RawPlan *plan = engine::MakeRawPlanHow(problem, how)) return plan;
     how.wisdom_only = false;
     if (effort >= 2 || mode != Mode::kBackground) {
         // Measured in this thread: asked for by the setting or by planning ahead.
         how.time_limit = effort != 0 ? t_time_limit : -1.0;
-        RawPlan *plan = engine::MakeRawPlanHow(spec, how);
+        RawPlan *plan = engine::MakeRawPlanHow(problem, how);
         if (plan != nullptr) {
-            NoteWisdom(spec.precision);
-            if (effort == 0) SaveWisdomFile(spec.precision);
+            NoteWisdom(problem.precision);
+            if (effort == 0) SaveWisdomFile(problem.precision);
         }
         return plan;
     }
     how.effort = Effort::kEstimate;
-    RawPlan *plan = engine::MakeRawPlanHow(spec, how);
+    RawPlan *plan = engine::MakeRawPlanHow(problem, how);
     if (plan != nullptr) engine::NoteOf(plan).generation = g_generation.load(std::memory_order_acquire);
     return plan;
 }
@@ -224,7 +224,7 @@ RawPlan *Make(const RawSpec &spec) {
 // Runs of estimated plans, per geometry: a geometry computed a few times
 // counts whether one plan handle kept it or each call made a new one.
 struct Count {
-    RawSpec spec;
+    RawSpec problem;
     unsigned runs = 0;
     unsigned long last = 0;
 };
@@ -232,17 +232,17 @@ constexpr int kCounted = 64;
 Count g_counts[kCounted];  // guarded by g_mutex
 unsigned long g_clock = 0;
 
-unsigned CountRun(const RawSpec &spec) {
+unsigned CountRun(const RawSpec &problem) {
     std::lock_guard<std::mutex> lock(g_mutex);
     Count *slot = &g_counts[0];
     for (Count &c : g_counts) {
-        if (c.runs > 0 && SameSpec(c.spec, spec)) {
+        if (c.runs > 0 && SameSpec(c.problem, problem)) {
             slot = &c;
             break;
         }
         if (c.last < slot->last) slot = &c;  // else the least recently counted
     }
-    if (slot->runs == 0 || !SameSpec(slot->spec, spec)) *slot = Count{spec, 0, 0};
+    if (slot->runs == 0 || !SameSpec(slot->problem, problem)) *slot = Count{problem, 0, 0};
     slot->last = ++g_clock;
     return ++slot->runs;
 }

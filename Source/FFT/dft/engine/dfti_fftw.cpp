@@ -314,6 +314,8 @@ MKL_LONG Run(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bool s
 
 }  // namespace
 
+// One creation function for the interface's four (DftiCreateDescriptor_d_1d,
+// _d_md, _s_1d, _s_md: the Windows binding maps it onto those).
 MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
                               DFTI_CONFIG_VALUE domain, MKL_LONG rank, const MKL_LONG *lengths) {
     if (handle == nullptr) return DFTI_INVALID_CONFIGURATION;

@@ -7,7 +7,15 @@ namespace fennel::test {
 namespace {
 
 using engine::Call;
-constexpr MKL_LONG kFour = 4;
+
+// A descriptor of four real points in double or single precision.
+MKL_LONG MakeFour(DFTI_DESCRIPTOR_HANDLE *slot, DFTI_CONFIG_VALUE precision = DFTI_DOUBLE) {
+    engine::Geometry g;
+    g.precision = precision;
+    g.domain = DFTI_REAL;
+    g.lengths[0] = 4;
+    return engine::Create(slot, g);
+}
 
 TEST_F(HostTest, SameLengthReusesAnotherLengthRebuilds) {
     Array<double> x(Random<double>(16, 1)), y(Random<double>(8, 2));
@@ -30,7 +38,7 @@ TEST_F(HostTest, FreeDftiPlanOnNullCallsNothingAndReportsFailedFrees) {
     FDPlanHandle plan = nullptr;
     EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_OK);
     EXPECT_EQ(engine::GetCounters().frees, 0);
-    ASSERT_EQ(DftiCreateDescriptor(PlanSlot(&plan), DFTI_DOUBLE, DFTI_REAL, 1, &kFour), 0);
+    ASSERT_EQ(MakeFour(PlanSlot(&plan)), 0);
     engine::FailCall(Call::kFree);
     EXPECT_EQ(FreeMKLDftiDescH(&plan), STATUS_DFTI_FREE_FAILED);
     EXPECT_NE(plan, nullptr);
@@ -53,10 +61,10 @@ TEST_F(HostTest, FreeTrigPlanFreesWhatIsSetThenTheRecord) {
         auto *record = static_cast<TrigPlanRecord *>(DSNewPtr(sizeof(TrigPlanRecord)));
         record->first = record->second = nullptr;
         if (r.first) {
-            ASSERT_EQ(DftiCreateDescriptor(&record->first, DFTI_SINGLE, DFTI_REAL, 1, &kFour), 0);
+            ASSERT_EQ(MakeFour(&record->first, DFTI_SINGLE), 0);
         }
         if (r.second) {
-            ASSERT_EQ(DftiCreateDescriptor(&record->second, DFTI_SINGLE, DFTI_REAL, 1, &kFour), 0);
+            ASSERT_EQ(MakeFour(&record->second, DFTI_SINGLE), 0);
         }
         plan = record;
         const long frees = engine::GetCounters().frees;

@@ -67,7 +67,7 @@ MUTANTS = [
      "if (k.transforms != g.transforms ||", "if (",
      "a batch plan of another channel count is reused"),
     ("plan-reuse-ignores-scale", "dft/plan.cpp",
-     "(k.precision == DFTI_SINGLE ? float(k.backward_scale) != float(scale) : k.backward_scale != scale)",
+     "(g.inverse != (k.backward_scale != 1.0) && k.backward_scale != BackwardScale(g))",
      "false",
      "a forward plan is reused unscaled for an inverse call"),
     ("plan-scale-swapped", "dft/engine/dfti_fftw.cpp",

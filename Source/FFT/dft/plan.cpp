@@ -34,12 +34,12 @@ bool Matches(const engine::Geometry &k, const PlanGeometry &g) {
             k.backward_output_strides[i] != g.backward_output_strides[i])
             return false;
     // The count of transforms always: a kept batch of the same length would
-    // overrun the output.  The backward scale: a slot shared by a forward
-    // and an inverse call.
-    // (The foreign engine keeps a single-precision scale as a float.)
-    const double scale = BackwardScale(g);
+    // overrun the output.  The backward scale, for a slot shared by a forward
+    // and an inverse call: of the same lengths a kept scale is 1 or 1 / points,
+    // so it is computed only when it is 1 for an inverse (one point) or not 1
+    // for a forward transform.
     if (k.transforms != g.transforms ||
-        (k.precision == DFTI_SINGLE ? float(k.backward_scale) != float(scale) : k.backward_scale != scale))
+        (g.inverse != (k.backward_scale != 1.0) && k.backward_scale != BackwardScale(g)))
         return false;
     return g.transforms == 1 ||
            (k.input_distance == g.input_distance && k.output_distance == g.output_distance);
@@ -53,9 +53,9 @@ int32_t Plan::Acquire(const PlanGeometry &g) const {
     if (IsTrigRecord(*slot) && FreeTrigPlan(reinterpret_cast<FDPlanHandle *>(slot)) != STATUS_OK)
         return STATUS_DFTI_FREE_FAILED;
     if (*slot != nullptr) {
-        engine::Geometry kept;
+        const engine::Geometry *kept;
         if (engine::GetGeometry(*slot, &kept) != 0) return STATUS_DFTI_SETUP_FAILED;
-        if (Matches(kept, g)) return STATUS_OK;
+        if (Matches(*kept, g)) return STATUS_OK;
         if (DftiFreeDescriptor(slot) != 0) return STATUS_DFTI_FREE_FAILED;
     }
     engine::Geometry made = g;
@@ -64,9 +64,9 @@ int32_t Plan::Acquire(const PlanGeometry &g) const {
 }
 
 int32_t Plan::Domain(DFTI_CONFIG_VALUE *domain) const {
-    engine::Geometry kept;
+    const engine::Geometry *kept;
     if (engine::GetGeometry(*slot_, &kept) != 0) return STATUS_DFTI_SETUP_FAILED;
-    *domain = kept.domain;
+    *domain = kept->domain;
     return STATUS_OK;
 }
 

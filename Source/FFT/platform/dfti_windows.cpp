@@ -187,8 +187,11 @@ MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *h, const Geometry &g) {
 }
 
 // Value by value; the scale in the descriptor's precision.
-MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE h, Geometry *k) {
+MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE h, const Geometry **kept) {
+    thread_local Geometry queried;
+    Geometry *k = &queried;
     *k = {};
+    *kept = k;
     float single_scale = 1.0f;
     bool failed = Get(h, DFTI_DIMENSION, &k->rank) != 0 || Get(h, DFTI_LENGTHS, k->lengths) != 0 ||
                   Get(h, DFTI_PRECISION, &k->precision) != 0 || Get(h, DFTI_FORWARD_DOMAIN, &k->domain) != 0 ||

@@ -1,6 +1,7 @@
-// The part of the DFTI transform interface that the library calls, with the
-// interface's numeric constants, and the engine's extensions.  On Linux it
-// runs on FFTW (dfti_fftw.cpp), its symbols hidden inside the library.
+// The transform engine: the DFTI computations and constants the library uses,
+// descriptors made from and read back as one Geometry, and the FFTW engine's
+// extensions.  On Linux it runs on FFTW (dfti_fftw.cpp), its symbols hidden
+// inside the library; on Windows it binds a foreign engine (dfti_windows.cpp).
 #pragma once
 
 #include <cstddef>
@@ -20,22 +21,13 @@ enum : MKL_LONG {
 struct DFTI_DESCRIPTOR;
 using DFTI_DESCRIPTOR_HANDLE = DFTI_DESCRIPTOR *;
 
-// Out of place; inputs are never modified.  Descriptors come from
-// engine::Create.
+// Out of place; inputs are never modified.
 MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE handle, void *input, void *output);
 MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE handle, void *input, void *output);
 // Frees the descriptor and sets *handle to null.
 MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle);
 
-// ---- extensions of the FFTW engine --------------------------------------------
-// The engine bound on Windows is a foreign one: there HasExtensions() is
-// false, every extension fails (DFTI_UNIMPLEMENTED, null or false) and the
-// families take their portable path.
 namespace fennel::engine {
-
-bool HasExtensions();
-// True when p is a descriptor of this engine (its first field is a mark).
-bool IsDescriptor(const void *p);
 
 // A descriptor's geometry, given whole to Create and read back whole by
 // GetGeometry.  Strides are [0] the offset, then one per dimension; without
@@ -55,15 +47,23 @@ struct Geometry {
 };
 // Makes a committed out-of-place descriptor of g; *handle stays null on failure.
 MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, const Geometry &g);
-MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, Geometry *g);
+// *g: the descriptor's geometry, valid while it lives (on Windows, until the
+// thread's next query).  No copy: the plan layer reads it on every call.
+MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, const Geometry **g);
+
+// ---- extensions: on Windows HasExtensions() is false and every one fails
+// (DFTI_UNIMPLEMENTED, null or false), so the families take their portable path.
+bool HasExtensions();
+// True when p is a descriptor of this engine (its first field is a mark).
+bool IsDescriptor(const void *p);
 
 // The backward transform without its scale, for a caller that applies it
 // while it copies the result out.
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
 
 // A family's objects kept with a descriptor, one per key: release(object)
-// runs when the descriptor is freed or another object is attached under the key.  Attach returns false, having
-// released the object, when the descriptor cannot keep it.
+// runs when the descriptor is freed or another object replaces it.  Attach
+// returns false, having released the object, when no entry is free.
 void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key);
 bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *object));
 

@@ -120,12 +120,13 @@ Layout MakeLayout(const DFTI_DESCRIPTOR *d, bool forward) {
         in_count *= l.in_dims[i] = forward ? n : half;
         out_count *= l.out_dims[i] = forward ? half : n;
     }
-    // Strides not set are row-major on each direction's own sides.
-    RowMajor(g.rank, l.in_dims, l.is);
-    RowMajor(g.rank, l.out_dims, l.os);
-    for (int i = 0; i <= g.rank; ++i) {
-        if (own || g.strides) l.is[i] = own ? g.backward_input_strides[i] : g.input_strides[i];
-        if (own || g.strides) l.os[i] = own ? g.backward_output_strides[i] : g.output_strides[i];
+    // Strides not given are row-major on each direction's own sides.
+    if (own || g.strides) {
+        std::copy_n(own ? g.backward_input_strides : g.input_strides, g.rank + 1, l.is);
+        std::copy_n(own ? g.backward_output_strides : g.output_strides, g.rank + 1, l.os);
+    } else {
+        RowMajor(g.rank, l.in_dims, l.is);
+        RowMajor(g.rank, l.out_dims, l.os);
     }
     for (int i = 0; i < g.rank; ++i) {
         in_last += (l.in_dims[i] - 1) * l.is[i + 1];
@@ -298,10 +299,10 @@ MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, const Geometry &g) {
     return DFTI_NO_ERROR;
 }
 
-MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, Geometry *geometry) {
+MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, const Geometry **geometry) {
     if (Fault(Call::kGetValue)) return DFTI_INVALID_CONFIGURATION;
     if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
-    *geometry = d->g;
+    *geometry = &d->g;
     return DFTI_NO_ERROR;
 }
 

@@ -52,14 +52,16 @@ SlotCall Dct2D() {
     };
 }
 
-// The multichannel FFT of `channels` rows of 64 points.
-SlotCall Multichannel(int32_t channels) {
-    return [channels](FDPlanHandle *plan) {
+// The multichannel FFT (or its inverse) of `channels` rows of 64 points.
+SlotCall Multichannel(int32_t channels, bool inverse = false) {
+    return [channels, inverse](FDPlanHandle *plan) {
         Array<cdouble> x({channels, 64});
         const std::vector<cdouble> v = Random<cdouble>(static_cast<size_t>(channels) * 64, 6);
         std::memcpy(x.data(), v.data(), sizeof(cdouble) * v.size());
-        Array<cdouble> out({0, 0});
-        EXPECT_EQ(z2DMultiChFFTH(x.h(), out.h(), 0, 0, 0, nullptr, plan), STATUS_OK);
+        Array<cdouble> out({0, 0}), ws;
+        EXPECT_EQ(inverse ? z2DInvMultiChFFTH(x.h(), out.h(), 0, 0, ws.h(), plan)
+                          : z2DMultiChFFTH(x.h(), out.h(), 0, 0, 0, nullptr, plan),
+                  STATUS_OK);
         return Bytes(out);
     };
 }
@@ -78,6 +80,7 @@ TEST_F(HostTest, ASlotPassedToAnotherFunctionGivesThatFunctionsResult) {
         {"2D DCT then 1D FFT", Dct2D(), Fft1D<double>(d1DFFTH)},
         {"4 channels then 2", Multichannel(4), Multichannel(2)},
         {"2 channels then 4", Multichannel(2), Multichannel(4)},
+        {"4 channels forward then inverse", Multichannel(4), Multichannel(4, true)},
         {"1D FFT then 3 channels", Fft1D<cdouble>(z1DFFTH), Multichannel(3)},
     };
     for (const Row &r : rows) {

@@ -69,7 +69,6 @@ TYPED_TEST(SpectraTest, PowerAndAutoPowerMatchTheDefinition) {
         EXPECT_TRUE(ws.empty());
         // One plan per length, reused by the second and third calls.
         EXPECT_EQ(engine::GetCounters().creates, 1);
-        EXPECT_EQ(engine::GetCounters().commits, 1);
     }
     // A constant real signal has all its power at DC; NaN dt passes.
     Array<T> constant(std::vector<T>(6, T(3)));

@@ -227,7 +227,6 @@ TEST_F(HostTest, Trig2DFailuresLeaveCleanState) {
         {"free", [] { engine::FailCall(Call::kFree, 1); }, STATUS_DFTI_FREE_FAILED, true},
         {"create 1", [] { engine::FailCall(Call::kCreate, 1); }, STATUS_DFTI_SETUP_FAILED, true},
         {"create 2", [] { engine::FailCall(Call::kCreate, 2); }, STATUS_DFTI_SETUP_FAILED, true},
-        {"commit 2", [] { engine::FailCall(Call::kCommit, 2); }, STATUS_DFTI_SETUP_FAILED, true},
         {"compute 1", [] { engine::FailCall(Call::kCompute, 1); }, STATUS_DFTI_COMPUTE_FAILED, true},
         {"compute 2", [] { engine::FailCall(Call::kCompute, 2); }, STATUS_DFTI_COMPUTE_FAILED, true},
     };

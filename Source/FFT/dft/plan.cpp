@@ -5,20 +5,10 @@
 namespace fennel {
 namespace {
 
-// The kept descriptor's geometry: one query to this engine, value by value
-// from the foreign one (which keeps no backward layouts).
-MKL_LONG Query(DFTI_DESCRIPTOR_HANDLE d, engine::Geometry &k) {
-    if (engine::HasExtensions()) return engine::GetGeometry(d, &k);
-    k = {};
-    const bool failed =
-        DftiGetValue(d, DFTI_DIMENSION, &k.rank) != 0 || DftiGetValue(d, DFTI_LENGTHS, k.lengths) != 0 ||
-        DftiGetValue(d, DFTI_PRECISION, &k.precision) != 0 || DftiGetValue(d, DFTI_FORWARD_DOMAIN, &k.domain) != 0 ||
-        DftiGetValue(d, DFTI_INPUT_STRIDES, k.input_strides) != 0 ||
-        DftiGetValue(d, DFTI_OUTPUT_STRIDES, k.output_strides) != 0 ||
-        DftiGetValue(d, DFTI_NUMBER_OF_TRANSFORMS, &k.transforms) != 0 ||
-        DftiGetValue(d, DFTI_INPUT_DISTANCE, &k.input_distance) != 0 ||
-        DftiGetValue(d, DFTI_OUTPUT_DISTANCE, &k.output_distance) != 0;
-    return failed ? DFTI_INVALID_CONFIGURATION : DFTI_NO_ERROR;
+double BackwardScale(const PlanGeometry &g) {
+    double points = 1.0;
+    for (int i = 0; i < g.rank; ++i) points *= static_cast<double>(g.lengths[i]);
+    return g.inverse ? 1.0 / points : 1.0;
 }
 
 bool Matches(const engine::Geometry &k, const PlanGeometry &g) {
@@ -44,34 +34,15 @@ bool Matches(const engine::Geometry &k, const PlanGeometry &g) {
             k.backward_output_strides[i] != g.backward_output_strides[i])
             return false;
     // The count of transforms always: a kept batch of the same length would
-    // overrun the output.
-    if (k.transforms != g.transforms) return false;
+    // overrun the output.  The backward scale, for a slot shared by a forward
+    // and an inverse call: of the same lengths a kept scale is 1 or 1 / points,
+    // so it is computed only when it is 1 for an inverse (one point) or not 1
+    // for a forward transform.
+    if (k.transforms != g.transforms ||
+        (g.inverse != (k.backward_scale != 1.0) && k.backward_scale != BackwardScale(g)))
+        return false;
     return g.transforms == 1 ||
            (k.input_distance == g.input_distance && k.output_distance == g.output_distance);
-}
-
-MKL_LONG Configure(DFTI_DESCRIPTOR_HANDLE d, const PlanGeometry &g) {
-    MKL_LONG r = DftiSetValue(d, DFTI_PLACEMENT, DFTI_NOT_INPLACE);
-    if (r == 0 && g.complex_complex)
-        r = DftiSetValue(d, DFTI_CONJUGATE_EVEN_STORAGE, DFTI_COMPLEX_COMPLEX);
-    if (r == 0 && g.strides) {
-        r = DftiSetValue(d, DFTI_INPUT_STRIDES, g.input_strides);
-        if (r == 0) r = DftiSetValue(d, DFTI_OUTPUT_STRIDES, g.output_strides);
-    }
-    if (r == 0 && g.transforms > 1) {
-        r = DftiSetValue(d, DFTI_NUMBER_OF_TRANSFORMS, g.transforms);
-        if (r == 0) r = DftiSetValue(d, DFTI_INPUT_DISTANCE, g.input_distance);
-        if (r == 0) r = DftiSetValue(d, DFTI_OUTPUT_DISTANCE, g.output_distance);
-    }
-    if (r == 0 && g.inverse) {
-        double points = 1.0;
-        for (int i = 0; i < g.rank; ++i) points *= static_cast<double>(g.lengths[i]);
-        r = DftiSetValue(d, DFTI_BACKWARD_SCALE, 1.0 / points);
-    }
-    if (r == 0 && g.backward_layout)
-        r = engine::SetBackwardLayout(d, g.backward_input_strides, g.backward_output_strides, true);
-    if (r == 0) r = DftiCommitDescriptor(d);
-    return r;
 }
 
 }  // namespace
@@ -82,22 +53,23 @@ int32_t Plan::Acquire(const PlanGeometry &g) const {
     if (IsTrigRecord(*slot) && FreeTrigPlan(reinterpret_cast<FDPlanHandle *>(slot)) != STATUS_OK)
         return STATUS_DFTI_FREE_FAILED;
     if (*slot != nullptr) {
-        engine::Geometry kept;
-        if (Query(*slot, kept) != 0) return STATUS_DFTI_SETUP_FAILED;
-        if (Matches(kept, g)) {
+        const engine::Geometry *kept;
+        if (engine::GetGeometry(*slot, &kept) != 0) return STATUS_DFTI_SETUP_FAILED;
+        if (Matches(*kept, g)) {
             engine::RefreshPlans(*slot);  // a call boundary: a better plan may take over here
             return STATUS_OK;
         }
         if (DftiFreeDescriptor(slot) != 0) return STATUS_DFTI_FREE_FAILED;
     }
-    if (DftiCreateDescriptor(slot, g.precision, g.domain, g.rank, g.lengths) != 0) {
-        if (*slot != nullptr) DftiFreeDescriptor(slot);
-        return STATUS_DFTI_SETUP_FAILED;
-    }
-    if (Configure(*slot, g) != 0) {
-        DftiFreeDescriptor(slot);
-        return STATUS_DFTI_SETUP_FAILED;
-    }
+    engine::Geometry made = g;
+    made.backward_scale = BackwardScale(g);
+    return engine::Create(slot, made) == 0 ? STATUS_OK : STATUS_DFTI_SETUP_FAILED;
+}
+
+int32_t Plan::Domain(DFTI_CONFIG_VALUE *domain) const {
+    const engine::Geometry *kept;
+    if (engine::GetGeometry(*slot_, &kept) != 0) return STATUS_DFTI_SETUP_FAILED;
+    *domain = kept->domain;
     return STATUS_OK;
 }
 

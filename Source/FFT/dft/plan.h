@@ -24,33 +24,14 @@ inline constexpr DFTI_CONFIG_VALUE kPrecisionOf =
 template <class T>
 inline constexpr DFTI_CONFIG_VALUE kDomainOf = Traits<T>::kComplex ? DFTI_COMPLEX : DFTI_REAL;
 
-// What a worker needs from its descriptor.
-struct PlanGeometry {
-    DFTI_CONFIG_VALUE precision = DFTI_DOUBLE;
-    DFTI_CONFIG_VALUE domain = DFTI_COMPLEX;
+// What a worker needs from its descriptor: the engine's geometry (strides,
+// batch and backward layout compared on reuse) and two rules of the plan layer.
+struct PlanGeometry : engine::Geometry {
     // A kept descriptor of the other domain is kept (the inverse 1D DCT,
     // whose domain follows the parity of its length).
     bool any_domain = false;
-    int rank = 1;
-    MKL_LONG lengths[3] = {1, 1, 1};
-    // Explicit strides ([0] offset, then one per dimension), for rank > 1 or
-    // batched transforms; compared with the cached input strides on reuse.
-    bool strides = false;
-    MKL_LONG input_strides[4] = {};
-    MKL_LONG output_strides[4] = {};
-    // Conjugate-even storage as complex elements (multi-dimensional real).
-    bool complex_complex = false;
-    // Batched transforms: count and distances, compared on reuse.
-    MKL_LONG transforms = 1;
-    MKL_LONG input_distance = 0;
-    MKL_LONG output_distance = 0;
-    // Inverse transforms set the backward scale 1 / (product of lengths).
+    // Inverse transforms have the backward scale 1 / (product of lengths).
     bool inverse = false;
-    // The backward direction's own strides and its input as scratch (an
-    // engine extension, only where Plan::HasExtensions); compared on reuse.
-    bool backward_layout = false;
-    MKL_LONG backward_input_strides[4] = {};
-    MKL_LONG backward_output_strides[4] = {};
 };
 
 // One-dimensional geometry.
@@ -92,6 +73,8 @@ class Plan {
     void ReleaseOnFailure(CallFrame &frame) const;
 
     DFTI_DESCRIPTOR_HANDLE descriptor() const { return *slot_; }
+    // The kept descriptor's domain.
+    int32_t Domain(DFTI_CONFIG_VALUE *domain) const;
     DFTI_DESCRIPTOR_HANDLE *slot() const { return slot_; }
 
     // ---- engine extensions (the FFTW engine; the engine bound on Windows

@@ -5,7 +5,7 @@
 
 #include <windows.h>
 
-#include <cstdarg>
+#include <cstdint>
 
 #include "dft/engine/dfti.h"
 #include "host/library_load.h"
@@ -25,6 +25,15 @@ F Bound(F &slot, const char *name) {
 
 constexpr MKL_LONG kMissing = DFTI_UNIMPLEMENTED;
 
+// The interface's configuration parameters and values the library sets.
+enum DFTI_CONFIG_PARAM {
+    DFTI_FORWARD_DOMAIN = 0, DFTI_DIMENSION = 1, DFTI_LENGTHS = 2, DFTI_PRECISION = 3,
+    DFTI_BACKWARD_SCALE = 5, DFTI_NUMBER_OF_TRANSFORMS = 7, DFTI_CONJUGATE_EVEN_STORAGE = 10,
+    DFTI_PLACEMENT = 11, DFTI_INPUT_STRIDES = 12, DFTI_OUTPUT_STRIDES = 13, DFTI_INPUT_DISTANCE = 14,
+    DFTI_OUTPUT_DISTANCE = 15,
+};
+constexpr MKL_LONG DFTI_COMPLEX_COMPLEX = 39, DFTI_NOT_INPLACE = 44;
+
 using CreateFn = MKL_LONG (*)(DFTI_DESCRIPTOR_HANDLE *, DFTI_CONFIG_VALUE, ...);
 using CreateMdFn = MKL_LONG (*)(DFTI_DESCRIPTOR_HANDLE *, DFTI_CONFIG_VALUE, MKL_LONG, ...);
 using ValueFn = MKL_LONG (*)(DFTI_DESCRIPTOR_HANDLE, DFTI_CONFIG_PARAM, ...);
@@ -39,14 +48,10 @@ CommitFn g_commit;
 ComputeFn g_forward, g_backward;
 FreeFn g_free;
 
-bool IsScale(DFTI_CONFIG_PARAM p) { return p == DFTI_FORWARD_SCALE || p == DFTI_BACKWARD_SCALE; }
-
-}  // namespace
-
 // The interface's creation functions: 1D takes the length, md the dimension
 // and a pointer to the lengths.
-MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE precision, DFTI_CONFIG_VALUE domain,
-                              MKL_LONG dimension, const MKL_LONG *lengths) {
+MKL_LONG CreateDescriptor(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE precision, DFTI_CONFIG_VALUE domain,
+                          MKL_LONG dimension, const MKL_LONG *lengths) {
     const bool single = precision == DFTI_SINGLE;
     if (dimension == 1) {
         CreateFn f = single ? Bound(g_create_s_1d, "DftiCreateDescriptor_s_1d")
@@ -58,39 +63,43 @@ MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *h, DFTI_CONFIG_VALUE preci
     return f ? f(h, domain, dimension, lengths) : kMissing;
 }
 
-// One value follows the parameter: a double for the scales, otherwise an
-// integer, enumeration or pointer, each passed in one 64-bit slot.
-MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE h, DFTI_CONFIG_PARAM p, ...) {
+// One value follows the parameter, in one 64-bit slot: the scale as a
+// double, anything else as an integer or pointer.
+MKL_LONG Set(DFTI_DESCRIPTOR_HANDLE h, DFTI_CONFIG_PARAM p, MKL_LONG v) {
     ValueFn f = Bound(g_set, "DftiSetValue");
-    if (f == nullptr) return kMissing;
-    va_list ap;
-    va_start(ap, p);
-    MKL_LONG r;
-    if (IsScale(p)) {
-        const double v = va_arg(ap, double);
-        r = f(h, p, v);
-    } else {
-        void *v = va_arg(ap, void *);
-        r = f(h, p, v);
-    }
-    va_end(ap);
-    return r;
+    return f ? f(h, p, static_cast<intptr_t>(v)) : kMissing;
 }
-
-MKL_LONG DftiGetValue(DFTI_DESCRIPTOR_HANDLE h, DFTI_CONFIG_PARAM p, ...) {
+MKL_LONG Set(DFTI_DESCRIPTOR_HANDLE h, DFTI_CONFIG_PARAM p, const MKL_LONG *v) {
+    ValueFn f = Bound(g_set, "DftiSetValue");
+    return f ? f(h, p, v) : kMissing;
+}
+MKL_LONG Get(DFTI_DESCRIPTOR_HANDLE h, DFTI_CONFIG_PARAM p, void *out) {
     ValueFn f = Bound(g_get, "DftiGetValue");
-    if (f == nullptr) return kMissing;
-    va_list ap;
-    va_start(ap, p);
-    void *out = va_arg(ap, void *);
-    va_end(ap);
-    return f(h, p, out);
+    return f ? f(h, p, out) : kMissing;
 }
 
-MKL_LONG DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE h) {
-    CommitFn f = Bound(g_commit, "DftiCommitDescriptor");
-    return f ? f(h) : kMissing;
+MKL_LONG Configure(DFTI_DESCRIPTOR_HANDLE h, const fennel::engine::Geometry &g) {
+    // The foreign engine keeps no backward layouts.
+    if (g.backward_layout) return kMissing;
+    ValueFn set = Bound(g_set, "DftiSetValue");
+    CommitFn commit = Bound(g_commit, "DftiCommitDescriptor");
+    if (set == nullptr || commit == nullptr) return kMissing;
+    MKL_LONG r = Set(h, DFTI_PLACEMENT, DFTI_NOT_INPLACE);
+    if (r == 0 && g.complex_complex) r = Set(h, DFTI_CONJUGATE_EVEN_STORAGE, DFTI_COMPLEX_COMPLEX);
+    if (r == 0 && g.strides) {
+        r = Set(h, DFTI_INPUT_STRIDES, g.input_strides);
+        if (r == 0) r = Set(h, DFTI_OUTPUT_STRIDES, g.output_strides);
+    }
+    if (r == 0 && g.transforms > 1) {
+        r = Set(h, DFTI_NUMBER_OF_TRANSFORMS, g.transforms);
+        if (r == 0) r = Set(h, DFTI_INPUT_DISTANCE, g.input_distance);
+        if (r == 0) r = Set(h, DFTI_OUTPUT_DISTANCE, g.output_distance);
+    }
+    if (r == 0 && g.backward_scale != 1.0) r = set(h, DFTI_BACKWARD_SCALE, g.backward_scale);
+    return r == 0 ? commit(h) : r;
 }
+
+}  // namespace
 
 MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE h, void *in, void *out) {
     ComputeFn f = Bound(g_forward, "DftiComputeForward");
@@ -165,10 +174,41 @@ void *AllocateAligned(size_t) { return nullptr; }
 void FreeAligned(void *) {}
 int AlignmentClass(DFTI_CONFIG_VALUE, const void *) { return 0; }
 int ThreadsFor(ptrdiff_t) { return 1; }
-MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE, const MKL_LONG *, const MKL_LONG *, bool) {
-    return DFTI_UNIMPLEMENTED;
+
+MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *h, const Geometry &g) {
+    if (h == nullptr) return DFTI_INVALID_CONFIGURATION;
+    *h = nullptr;
+    MKL_LONG r = CreateDescriptor(h, g.precision, g.domain, g.rank, g.lengths);
+    if (r == 0) r = Configure(*h, g);
+    if (r != 0 && *h != nullptr) {
+        DftiFreeDescriptor(h);
+        *h = nullptr;
+    }
+    return r;
 }
-MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE, Geometry *) { return DFTI_UNIMPLEMENTED; }
+
+// Value by value; the scale in the descriptor's precision.
+MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE h, const Geometry **kept) {
+    thread_local Geometry queried;
+    Geometry *k = &queried;
+    *k = {};
+    *kept = k;
+    float single_scale = 1.0f;
+    bool failed = Get(h, DFTI_DIMENSION, &k->rank) != 0 || Get(h, DFTI_LENGTHS, k->lengths) != 0 ||
+                  Get(h, DFTI_PRECISION, &k->precision) != 0 || Get(h, DFTI_FORWARD_DOMAIN, &k->domain) != 0 ||
+                  Get(h, DFTI_INPUT_STRIDES, k->input_strides) != 0 ||
+                  Get(h, DFTI_OUTPUT_STRIDES, k->output_strides) != 0 ||
+                  Get(h, DFTI_NUMBER_OF_TRANSFORMS, &k->transforms) != 0 ||
+                  Get(h, DFTI_INPUT_DISTANCE, &k->input_distance) != 0 ||
+                  Get(h, DFTI_OUTPUT_DISTANCE, &k->output_distance) != 0;
+    if (!failed && k->precision == DFTI_SINGLE) {
+        failed = Get(h, DFTI_BACKWARD_SCALE, &single_scale) != 0;
+        k->backward_scale = single_scale;
+    } else if (!failed) {
+        failed = Get(h, DFTI_BACKWARD_SCALE, &k->backward_scale) != 0;
+    }
+    return failed ? DFTI_INVALID_CONFIGURATION : DFTI_NO_ERROR;
+}
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE, void *, void *) {
     return DFTI_UNIMPLEMENTED;
 }

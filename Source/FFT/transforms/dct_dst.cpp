@@ -21,9 +21,7 @@ int32_t AcquireLine(Plan plan, PlanGeometry g, bool anyDomain, DFTI_CONFIG_VALUE
     g.any_domain = anyDomain;
     FENNEL_TRY(plan.Acquire(g));
     *domain = g.domain;
-    if (anyDomain && DftiGetValue(plan.descriptor(), DFTI_FORWARD_DOMAIN, domain) != 0)
-        return STATUS_DFTI_SETUP_FAILED;
-    return STATUS_OK;
+    return anyDomain ? plan.Domain(domain) : STATUS_OK;
 }
 
 PlanGeometry LineGeometry(DFTI_CONFIG_VALUE precision, const LineDft &dft) {

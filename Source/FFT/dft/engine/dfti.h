@@ -1,6 +1,7 @@
-// The part of the DFTI transform interface that the library calls, with the
-// interface's numeric constants, and the engine's extensions.  On Linux it
-// runs on FFTW (dfti_fftw.cpp), its symbols hidden inside the library.
+// The transform engine: the DFTI computations and constants the library uses,
+// descriptors made from and read back as one Geometry, and the FFTW engine's
+// extensions.  On Linux it runs on FFTW (dfti_fftw.cpp), its symbols hidden
+// inside the library; on Windows it binds a foreign engine (dfti_windows.cpp).
 #pragma once
 
 #include <cstddef>
@@ -11,15 +12,8 @@
 // long on every platform: 32 bits on 64-bit Windows, 64 bits on Linux.
 using MKL_LONG = long;
 
-enum DFTI_CONFIG_PARAM {
-    DFTI_FORWARD_DOMAIN = 0, DFTI_DIMENSION = 1, DFTI_LENGTHS = 2, DFTI_PRECISION = 3,
-    DFTI_FORWARD_SCALE = 4, DFTI_BACKWARD_SCALE = 5, DFTI_NUMBER_OF_TRANSFORMS = 7,
-    DFTI_CONJUGATE_EVEN_STORAGE = 10, DFTI_PLACEMENT = 11, DFTI_INPUT_STRIDES = 12,
-    DFTI_OUTPUT_STRIDES = 13, DFTI_INPUT_DISTANCE = 14, DFTI_OUTPUT_DISTANCE = 15,
-};
 enum DFTI_CONFIG_VALUE {
     DFTI_COMPLEX = 32, DFTI_REAL = 33, DFTI_SINGLE = 35, DFTI_DOUBLE = 36,
-    DFTI_COMPLEX_COMPLEX = 39, DFTI_INPLACE = 43, DFTI_NOT_INPLACE = 44,
 };
 enum : MKL_LONG {
     DFTI_NO_ERROR = 0, DFTI_MEMORY_ERROR = 1, DFTI_INVALID_CONFIGURATION = 2,
@@ -29,60 +23,49 @@ enum : MKL_LONG {
 struct DFTI_DESCRIPTOR;
 using DFTI_DESCRIPTOR_HANDLE = DFTI_DESCRIPTOR *;
 
-// The interface's four creation functions in one: `dimension` lengths.
-MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
-                              DFTI_CONFIG_VALUE domain, MKL_LONG dimension, const MKL_LONG *lengths);
-// Values: MKL_LONG for counts and distances, DFTI_CONFIG_VALUE for placement
-// and storage, double for scales, const MKL_LONG * for strides ([0] offset,
-// then one per dimension).
-MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE handle, DFTI_CONFIG_PARAM param, ...);
-// Out-arguments: MKL_LONG * (or an array of them), DFTI_CONFIG_VALUE *, and
-// for scales float * or double * by the descriptor's precision.
-MKL_LONG DftiGetValue(DFTI_DESCRIPTOR_HANDLE handle, DFTI_CONFIG_PARAM param, ...);
-MKL_LONG DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE handle);
 // Out of place; inputs are never modified.
 MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE handle, void *input, void *output);
 MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE handle, void *input, void *output);
 // Frees the descriptor and sets *handle to null.
 MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle);
 
-// ---- extensions of the FFTW engine --------------------------------------------
-// The engine bound on Windows is a foreign one: there HasExtensions() is
-// false, every extension fails (DFTI_UNIMPLEMENTED, null or false) and the
-// families take their portable path.
 namespace fennel::engine {
 
+// A descriptor's geometry, given whole to Create and read back whole by
+// GetGeometry.  Strides are [0] the offset, then one per dimension; without
+// `strides` each direction is row-major on its own sides (and reads back as
+// the forward direction's).  A backward layout gives the backward direction
+// strides of its own and lets it overwrite its input (FFTW engine only).
+struct Geometry {
+    DFTI_CONFIG_VALUE precision = DFTI_DOUBLE, domain = DFTI_COMPLEX;
+    MKL_LONG rank = 1, lengths[3] = {1, 1, 1};
+    bool strides = false;
+    MKL_LONG input_strides[4] = {}, output_strides[4] = {};
+    bool complex_complex = false;  // half spectra as complex elements (this engine's only storage)
+    MKL_LONG transforms = 1, input_distance = 0, output_distance = 0;
+    double backward_scale = 1.0;
+    bool backward_layout = false;
+    MKL_LONG backward_input_strides[4] = {}, backward_output_strides[4] = {};
+};
+// Makes a committed out-of-place descriptor of g; *handle stays null on failure.
+MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, const Geometry &g);
+// *g: the descriptor's geometry, valid while it lives (on Windows, until the
+// thread's next query).  No copy: the plan layer reads it on every call.
+MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, const Geometry **g);
+
+// ---- extensions: on Windows HasExtensions() is false and every one fails
+// (DFTI_UNIMPLEMENTED, null or false), so the families take their portable path.
 bool HasExtensions();
 // True when p is a descriptor of this engine (its first field is a mark).
 bool IsDescriptor(const void *p);
 
-// A descriptor's whole geometry in one query: the values DftiGetValue would
-// report (unset strides read as the forward direction's row-major ones) and
-// the backward direction's own strides.
-struct Geometry {
-    DFTI_CONFIG_VALUE precision, domain;
-    MKL_LONG rank, lengths[3], input_strides[4], output_strides[4];
-    MKL_LONG transforms, input_distance, output_distance;
-    bool backward_layout;
-    MKL_LONG backward_input_strides[4], backward_output_strides[4];
-};
-MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, Geometry *geometry);
-
-// Strides of the backward direction's own, so that a real transform reads
-// and writes its half spectrum where FFTW prefers it both ways; with
-// `input_is_scratch` the backward transform may overwrite its input (a
-// multi-dimensional c2r otherwise runs on a copy).  Set before the commit;
-// any DftiSetValue clears it.
-MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, const MKL_LONG *output,
-                           bool input_is_scratch);
 // The backward transform without its scale, for a caller that applies it
 // while it copies the result out.
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
 
 // A family's objects kept with a descriptor, one per key: release(object)
-// runs when the descriptor is reconfigured, committed again or freed, or
-// another object is attached under the key.  Attach returns false, having
-// released the object, when the descriptor cannot keep it.
+// runs when the descriptor is freed or another object replaces it.  Attach
+// returns false, having released the object, when no entry is free.
 void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key);
 bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *object));
 
@@ -173,9 +156,9 @@ const char *FftwVersion();
 void SetWorkSharing(bool (*share)(void (*task)(void *), void *context));
 
 // Test controls, linked into the C++ tests through the static library.
-enum class Call { kCreate, kSetValue, kGetValue, kCommit, kCompute, kFree, kCount };
+enum class Call { kCreate, kGetValue, kCompute, kFree, kCount };
 struct Counters {
-    long creates = 0, commits = 0, frees = 0, computes = 0;  // successful calls
+    long creates = 0, frees = 0, computes = 0;  // successful calls
     long live = 0;  // descriptors created and not yet freed
 };
 Counters GetCounters();

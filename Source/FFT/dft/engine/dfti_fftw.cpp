@@ -1,6 +1,6 @@
-// The DFTI part on FFTW 3.  A descriptor records its configuration, the
-// commit fixes both directions' layouts, and a direction's FFTW plan is made
-// at its first computation.  Plans for different alignment classes round
+// The DFTI part on FFTW 3.  A descriptor is made whole from its geometry,
+// which fixes both directions' layouts; a direction's FFTW plan is made at
+// its first computation.  Plans for different alignment classes round
 // differently; so that results never depend on where the host put a block,
 // each direction has one plan, for 16-byte aligned arrays, and misaligned
 // data go through aligned buffers (the output scaled on the way out).
@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdarg>
 #include <cstring>
 #include <mutex>
 #include <new>
@@ -74,7 +73,7 @@ void LockPlanner(std::unique_lock<std::mutex> &lock, bool single) {
 }
 
 // Test counters and fault injection: atomics, no lock on any path.
-std::atomic<long> g_creates{0}, g_commits{0}, g_frees{0}, g_computes{0}, g_live{0};
+std::atomic<long> g_creates{0}, g_frees{0}, g_computes{0}, g_live{0};
 std::atomic<int> g_faults[static_cast<int>(Call::kCount)];
 
 bool Fault(Call call) {
@@ -113,7 +112,7 @@ FENNEL_FFTW(double, FFTW_MANGLE_DOUBLE)
 FENNEL_FFTW(float, FFTW_MANGLE_FLOAT)
 #undef FENNEL_FFTW
 
-// One direction's layout, fixed at the commit: element strides ([0] the
+// One direction's layout, fixed at creation: element strides ([0] the
 // offset of the first), lengths per side (the complex side of a real
 // transform holds n/2 + 1 in its last dimension), bytes per element and
 // bytes from the first element to the last.
@@ -129,10 +128,7 @@ struct Layout {
 struct DFTI_DESCRIPTOR {
     uint64_t mark;  // kDescriptorMark
     Geometry g;     // unset strides hold the forward direction's row-major ones
-    bool in_strides_set, out_strides_set, input_is_scratch, committed;
-    DFTI_CONFIG_VALUE placement;
     // [0] backward, [1] forward; buffers [0] input, [1] output.
-    double scales[2];
     Layout layouts[2];
     RawPlan *plans[2];
     void *buffers[2];
@@ -146,20 +142,13 @@ struct DFTI_DESCRIPTOR {
 
 namespace {
 
-// Any change of configuration uncommits the descriptor.
-void Uncommit(DFTI_DESCRIPTOR *d) {
+void Release(DFTI_DESCRIPTOR *d) {
     for (int i = 0; i < 2; ++i) {
         FreeRawPlan(d->plans[i]);
         fftw_free(d->buffers[i]);
-        d->plans[i] = nullptr;
-        d->buffers[i] = nullptr;
-        d->buffer_bytes[i] = 0;
     }
-    for (auto &a : d->attachments) {
+    for (auto &a : d->attachments)
         if (a.object != nullptr) a.release(a.object);
-        a = {};
-    }
-    d->committed = false;
 }
 
 void RowMajor(MKL_LONG rank, const ptrdiff_t *dims, ptrdiff_t *strides) {
@@ -178,12 +167,13 @@ Layout MakeLayout(const DFTI_DESCRIPTOR *d, bool forward) {
         in_count *= l.in_dims[i] = forward ? n : half;
         out_count *= l.out_dims[i] = forward ? half : n;
     }
-    // Strides not set are row-major on each direction's own sides.
-    RowMajor(g.rank, l.in_dims, l.is);
-    RowMajor(g.rank, l.out_dims, l.os);
-    for (int i = 0; i <= g.rank; ++i) {
-        if (own || d->in_strides_set) l.is[i] = own ? g.backward_input_strides[i] : g.input_strides[i];
-        if (own || d->out_strides_set) l.os[i] = own ? g.backward_output_strides[i] : g.output_strides[i];
+    // Strides not given are row-major on each direction's own sides.
+    if (own || g.strides) {
+        std::copy_n(own ? g.backward_input_strides : g.input_strides, g.rank + 1, l.is);
+        std::copy_n(own ? g.backward_output_strides : g.output_strides, g.rank + 1, l.os);
+    } else {
+        RowMajor(g.rank, l.in_dims, l.is);
+        RowMajor(g.rank, l.out_dims, l.os);
     }
     for (int i = 0; i < g.rank; ++i) {
         in_last += (l.in_dims[i] - 1) * l.is[i + 1];
@@ -196,7 +186,7 @@ Layout MakeLayout(const DFTI_DESCRIPTOR *d, bool forward) {
     l.in_span = static_cast<size_t>((g.transforms - 1) * l.idist + in_last + 1) * l.in_bytes;
     l.out_span = static_cast<size_t>((g.transforms - 1) * l.odist + out_last + 1) * l.out_bytes;
     l.dense_out = l.out_span == static_cast<size_t>(out_count * g.transforms) * l.out_bytes;
-    l.copy_in = real && !forward && g.rank > 1 && !d->input_is_scratch;
+    l.copy_in = real && !forward && g.rank > 1 && !g.backward_layout;
     return l;
 }
 
@@ -285,7 +275,7 @@ void CopyOut(const DFTI_DESCRIPTOR *d, const Layout &l, R *dst, const R *src, do
 template <class R>
 MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bool scaled) {
     if (Fault(Call::kCompute)) return DFTI_INCONSISTENT_CONFIGURATION;
-    if (d == nullptr || !d->committed) return DFTI_BAD_DESCRIPTOR;
+    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
     if (input == nullptr || output == nullptr || input == output) return DFTI_INVALID_CONFIGURATION;
     const Layout &l = d->layouts[forward];
     char *in = static_cast<char *>(input) + l.is[0] * l.in_bytes;
@@ -300,7 +290,7 @@ MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bo
     RawPlan *&plan = d->plans[forward];
     if (plan == nullptr && (plan = MakePlan(d, forward)) == nullptr) return DFTI_UNIMPLEMENTED;
     ExecuteRawPlan(plan, src, dst);
-    const double scale = scaled ? d->scales[forward] : 1.0;
+    const double scale = scaled && !forward ? d->g.backward_scale : 1.0;
     if (copy_out || scale != 1.0) CopyOut<R>(d, l, reinterpret_cast<R *>(out), static_cast<const R *>(dst), scale);
     DropLargeBuffers(d);
     ++g_computes;
@@ -314,122 +304,6 @@ MKL_LONG Run(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bool s
 
 }  // namespace
 
-// One creation function for the interface's four (DftiCreateDescriptor_d_1d,
-// _d_md, _s_1d, _s_md: the Windows binding maps it onto those).
-MKL_LONG DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *handle, DFTI_CONFIG_VALUE precision,
-                              DFTI_CONFIG_VALUE domain, MKL_LONG rank, const MKL_LONG *lengths) {
-    if (handle == nullptr) return DFTI_INVALID_CONFIGURATION;
-    *handle = nullptr;
-    if (Fault(Call::kCreate)) return DFTI_MEMORY_ERROR;
-    if (domain != DFTI_REAL && domain != DFTI_COMPLEX) return DFTI_INVALID_CONFIGURATION;
-    if (rank < 1 || rank > 3) return DFTI_UNIMPLEMENTED;
-    if (std::any_of(lengths, lengths + rank, [](MKL_LONG n) { return n < 1; })) return DFTI_INVALID_CONFIGURATION;
-    void *block = fftw_malloc(sizeof(DFTI_DESCRIPTOR));
-    if (block == nullptr) return DFTI_MEMORY_ERROR;
-    auto *d = new (block) DFTI_DESCRIPTOR{};
-    d->mark = kDescriptorMark;
-    d->g.precision = precision;
-    d->g.domain = domain;
-    d->g.rank = rank;
-    std::copy(lengths, lengths + rank, d->g.lengths);
-    d->g.transforms = 1;
-    d->placement = DFTI_INPLACE;
-    d->scales[0] = d->scales[1] = 1.0;
-    // The strides reported while none are set: the forward direction's.
-    const Layout l = MakeLayout(d, true);
-    std::copy(l.is, l.is + rank + 1, d->g.input_strides);
-    std::copy(l.os, l.os + rank + 1, d->g.output_strides);
-    *handle = d;
-    ++g_creates;
-    ++g_live;
-    return DFTI_NO_ERROR;
-}
-
-MKL_LONG DftiSetValue(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM param, ...) {
-    if (Fault(Call::kSetValue)) return DFTI_INVALID_CONFIGURATION;
-    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
-    va_list ap;
-    va_start(ap, param);
-    MKL_LONG status = DFTI_NO_ERROR;
-    switch (param) {
-        case DFTI_INPUT_STRIDES:
-        case DFTI_OUTPUT_STRIDES: {
-            const MKL_LONG *s = va_arg(ap, const MKL_LONG *);
-            const bool input = param == DFTI_INPUT_STRIDES;
-            std::copy(s, s + d->g.rank + 1, input ? d->g.input_strides : d->g.output_strides);
-            (input ? d->in_strides_set : d->out_strides_set) = true;
-            break;
-        }
-        case DFTI_PLACEMENT: {
-            const int v = va_arg(ap, int);
-            if (v != DFTI_INPLACE && v != DFTI_NOT_INPLACE) status = DFTI_INVALID_CONFIGURATION;
-            else d->placement = static_cast<DFTI_CONFIG_VALUE>(v);
-            break;
-        }
-        // The only storage of a half spectrum the engine writes.
-        case DFTI_CONJUGATE_EVEN_STORAGE:
-            if (va_arg(ap, int) != DFTI_COMPLEX_COMPLEX) status = DFTI_UNIMPLEMENTED;
-            break;
-        case DFTI_FORWARD_SCALE:
-        case DFTI_BACKWARD_SCALE: d->scales[param == DFTI_FORWARD_SCALE] = va_arg(ap, double); break;
-        case DFTI_NUMBER_OF_TRANSFORMS: {
-            const MKL_LONG n = va_arg(ap, MKL_LONG);
-            if (n < 1) status = DFTI_INVALID_CONFIGURATION;
-            else d->g.transforms = n;
-            break;
-        }
-        case DFTI_INPUT_DISTANCE: d->g.input_distance = va_arg(ap, MKL_LONG); break;
-        case DFTI_OUTPUT_DISTANCE: d->g.output_distance = va_arg(ap, MKL_LONG); break;
-        default: status = DFTI_INVALID_CONFIGURATION; break;
-    }
-    va_end(ap);
-    if (status == DFTI_NO_ERROR) {
-        Uncommit(d);
-        d->g.backward_layout = d->input_is_scratch = false;
-    }
-    return status;
-}
-
-// The values the library reads one at a time (the geometry comes in one
-// query, GetGeometry).
-MKL_LONG DftiGetValue(DFTI_DESCRIPTOR_HANDLE d, DFTI_CONFIG_PARAM param, ...) {
-    if (Fault(Call::kGetValue)) return DFTI_INVALID_CONFIGURATION;
-    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
-    va_list ap;
-    va_start(ap, param);
-    void *out = va_arg(ap, void *);
-    va_end(ap);
-    if (param == DFTI_FORWARD_DOMAIN || param == DFTI_PRECISION) {
-        *static_cast<DFTI_CONFIG_VALUE *>(out) = param == DFTI_PRECISION ? d->g.precision : d->g.domain;
-    } else if (param == DFTI_FORWARD_SCALE || param == DFTI_BACKWARD_SCALE) {
-        const double v = d->scales[param == DFTI_FORWARD_SCALE];
-        if (d->g.precision == DFTI_SINGLE) *static_cast<float *>(out) = static_cast<float>(v);
-        else *static_cast<double *>(out) = v;
-    } else {
-        return DFTI_INVALID_CONFIGURATION;
-    }
-    return DFTI_NO_ERROR;
-}
-
-MKL_LONG DftiCommitDescriptor(DFTI_DESCRIPTOR_HANDLE d) {
-    if (Fault(Call::kCommit)) return DFTI_INCONSISTENT_CONFIGURATION;
-    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
-    // Only out-of-place transforms with non-negative strides are offered.
-    if (d->placement != DFTI_NOT_INPLACE) return DFTI_UNIMPLEMENTED;
-    const Geometry &g = d->g;
-    for (int i = 0; i <= g.rank; ++i)
-        if (g.input_strides[i] < 0 || g.output_strides[i] < 0 ||
-            (g.backward_layout && (g.backward_input_strides[i] < 0 || g.backward_output_strides[i] < 0)))
-            return DFTI_INVALID_CONFIGURATION;
-    if (g.transforms > 1 && (g.input_distance < 0 || g.output_distance < 0)) return DFTI_INVALID_CONFIGURATION;
-    Uncommit(d);
-    d->layouts[0] = MakeLayout(d, false);
-    d->layouts[1] = MakeLayout(d, true);
-    d->committed = true;
-    ++g_commits;
-    return DFTI_NO_ERROR;
-}
-
 MKL_LONG DftiComputeForward(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output) {
     return Run(d, true, input, output);
 }
@@ -441,7 +315,7 @@ MKL_LONG DftiComputeBackward(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output
 MKL_LONG DftiFreeDescriptor(DFTI_DESCRIPTOR_HANDLE *handle) {
     if (Fault(Call::kFree)) return DFTI_MEMORY_ERROR;
     if (handle == nullptr || *handle == nullptr) return DFTI_BAD_DESCRIPTOR;
-    Uncommit(*handle);
+    Release(*handle);
     (*handle)->mark = 0;
     fftw_free(std::exchange(*handle, nullptr));
     ++g_frees;
@@ -457,21 +331,42 @@ bool IsDescriptor(const void *p) {
     return p != nullptr && static_cast<const DFTI_DESCRIPTOR *>(p)->mark == kDescriptorMark;
 }
 
-MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, Geometry *geometry) {
-    if (Fault(Call::kGetValue)) return DFTI_INVALID_CONFIGURATION;
-    if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
-    *geometry = d->g;
+// A committed descriptor in one call: what the interface does with
+// DftiCreateDescriptor_d_1d (or _d_md, _s_1d, _s_md), DftiSetValue and
+// DftiCommitDescriptor, which the Windows binding calls in turn.
+MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, const Geometry &g) {
+    if (handle == nullptr) return DFTI_INVALID_CONFIGURATION;
+    *handle = nullptr;
+    if (Fault(Call::kCreate)) return DFTI_MEMORY_ERROR;
+    if (g.rank < 1 || g.rank > 3) return DFTI_UNIMPLEMENTED;
+    // Non-negative lengths, strides and distances only.
+    bool bad = (g.domain != DFTI_REAL && g.domain != DFTI_COMPLEX) || g.transforms < 1 ||
+               (g.transforms > 1 && (g.input_distance < 0 || g.output_distance < 0));
+    for (int i = 0; i <= g.rank; ++i)
+        bad |= (i < g.rank && g.lengths[i] < 1) || (g.strides && (g.input_strides[i] < 0 || g.output_strides[i] < 0)) ||
+               (g.backward_layout && (g.backward_input_strides[i] < 0 || g.backward_output_strides[i] < 0));
+    if (bad) return DFTI_INVALID_CONFIGURATION;
+    void *block = fftw_malloc(sizeof(DFTI_DESCRIPTOR));
+    if (block == nullptr) return DFTI_MEMORY_ERROR;
+    auto *d = new (block) DFTI_DESCRIPTOR{};
+    d->mark = kDescriptorMark;
+    d->g = g;
+    d->layouts[0] = MakeLayout(d, false);
+    d->layouts[1] = MakeLayout(d, true);
+    if (!g.strides) {
+        std::copy(d->layouts[1].is, d->layouts[1].is + g.rank + 1, d->g.input_strides);
+        std::copy(d->layouts[1].os, d->layouts[1].os + g.rank + 1, d->g.output_strides);
+    }
+    *handle = d;
+    ++g_creates;
+    ++g_live;
     return DFTI_NO_ERROR;
 }
 
-MKL_LONG SetBackwardLayout(DFTI_DESCRIPTOR_HANDLE d, const MKL_LONG *input, const MKL_LONG *output,
-                           bool input_is_scratch) {
+MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, const Geometry **geometry) {
+    if (Fault(Call::kGetValue)) return DFTI_INVALID_CONFIGURATION;
     if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
-    std::copy(input, input + d->g.rank + 1, d->g.backward_input_strides);
-    std::copy(output, output + d->g.rank + 1, d->g.backward_output_strides);
-    d->g.backward_layout = true;
-    d->input_is_scratch = input_is_scratch;
-    Uncommit(d);
+    *geometry = &d->g;
     return DFTI_NO_ERROR;
 }
 
@@ -488,7 +383,7 @@ void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key) {
 bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *)) {
     // The entry of the same key, else the first free one.
     int slot = -1;
-    for (int i = 0; d != nullptr && d->committed && i < 4; ++i) {
+    for (int i = 0; d != nullptr && i < 4; ++i) {
         const auto &a = d->attachments[i];
         if (a.object != nullptr && a.key == key) slot = i;
         else if (a.object == nullptr && slot < 0) slot = i;
@@ -698,8 +593,8 @@ int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p) {
     return precision == DFTI_SINGLE ? Fftw<float>::AlignmentOf(p) : Fftw<double>::AlignmentOf(p);
 }
 
-Counters GetCounters() { return {g_creates, g_commits, g_frees, g_computes, g_live}; }
-void ResetCounters() { g_creates = g_commits = g_frees = g_computes = 0; }
+Counters GetCounters() { return {g_creates, g_frees, g_computes, g_live}; }
+void ResetCounters() { g_creates = g_frees = g_computes = 0; }
 
 bool MeasurementUnderWay() {
     std::lock_guard<std::mutex> lock(g_interrupt_mutex);

@@ -36,11 +36,7 @@
 #include <string>
 #include <vector>
 
-#if __has_include("dft/engine/testing.h")  // the engine's test controls
-#include "dft/engine/testing.h"
-#else
-#include "dft/engine/dfti.h"
-#endif
+#include "dft/engine/dfti.h"  // the engine's test controls
 #include "fennel_dsp.h"
 #include "fennel_host.h"
 
@@ -81,9 +77,11 @@ std::set<std::string> g_seen;
 char g_call[1024];  // the call under way, for a sanitizer's report (outlives exit)
 FDPlanHandle g_plan = nullptr, g_planBefore = nullptr;
 // The failure to inject: none, the nth resize, DSNewPtr or call of a
-// transform-engine function (kind 2 + the engine's Call); kind -1 lets the
+// transform-engine function (kind 3 + the engine's Call); kind -1 lets the
 // case's bytes choose.
 int g_injectKind = -1, g_injectNth = 0;
+// Engine functions that can be made to fail (after resize and DSNewPtr).
+constexpr int kEngineKinds = static_cast<int>(fennel::engine::Call::kCount);
 std::string g_lastName;  // the last case's export and status, for the sweep
 int32_t g_lastStatus = 0;
 int64_t g_ptrs = 0;  // live DSNewPtr blocks with no plan held
@@ -299,9 +297,9 @@ struct Case {
         g_refused = nullptr;
         g_resizes = g_newPtrs = 0;
         const uint32_t pick = Pick(16), nth = 1 + Pick(4);
-        const int kind = g_injectKind >= 0 ? g_injectKind : pick < 2 ? 1 : pick == 2 ? 2 : pick == 3 ? 3 + static_cast<int>(nth % 6) : 0;
+        const int kind = g_injectKind >= 0 ? g_injectKind : pick < 2 ? 1 : pick == 2 ? 2 : pick == 3 ? 3 + static_cast<int>(nth % kEngineKinds) : 0;
         const int k = g_injectKind >= 0 ? g_injectNth : static_cast<int>(nth);
-        static const char *const what[] = {"", "resize", "DSNewPtr", "create", "set", "get", "commit", "compute", "free"};
+        static const char *const what[] = {"", "resize", "DSNewPtr", "create", "query", "compute", "free"};
         if (kind == 1) FennelHostFailResize(k);
         if (kind == 2) FennelHostFailNewPtr(k);
         if (kind >= 3) fennel::engine::FailCall(static_cast<fennel::engine::Call>(kind - 3), k);
@@ -615,7 +613,7 @@ void Sweep(uint64_t seed, long cases) {
     for (const auto &[name, c] : chosen) {
         if (c.bytes.empty()) continue;
         ++exports;
-        for (int kind = 1; kind < 9; ++kind)
+        for (int kind = 1; kind < 3 + kEngineKinds; ++kind)
             for (int nth = 1; kind > 2 ? nth <= 4 : nth <= c.calls[kind - 1]; ++nth, ++runs) {
                 FreeMKLDftiDescH(&g_plan);
                 g_state = c.state;

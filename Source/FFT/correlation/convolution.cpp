@@ -18,7 +18,6 @@ int32_t ConvolutionCore(CallFrame &frame, const X *x, int32_t n, const Y *y, int
     HostArray<O, 1> fs(fullScratch);
     O *full = out;
     if (outputMode != 0) {
-        frame.EmptyAtExit(fs);
         if (fs.is_null()) return STATUS_NO_WORKSPACE;
         FENNEL_TRY(ResizeWorkspace(fs, int64_t{n} + m - 1));
         full = fs.data();

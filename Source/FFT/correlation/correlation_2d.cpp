@@ -23,7 +23,6 @@ int32_t ConvolutionCore2D(CallFrame &frame, const T *x, int32_t r1, int32_t c1, 
     HostArray<T, 1> fs(fullScratch);
     T *full = out;
     if (outputMode != 0) {
-        frame.EmptyAtExit(fs);
         if (fs.is_null()) return STATUS_NO_WORKSPACE;
         FENNEL_TRY(ResizeWorkspace(fs, (int64_t{r1} + r2 - 1) * (int64_t{c1} + c2 - 1)));
         full = fs.data();
@@ -48,7 +47,6 @@ int32_t CorrelationCore2D(CallFrame &frame, const T *x, int32_t r1, int32_t c1, 
                                                plan);
     if (reverseScratch == nullptr) return STATUS_NO_WORKSPACE;
     HostArray<T, 1> rs(reverseScratch);
-    frame.EmptyAtExit(rs);
     const int64_t count = int64_t{r1} * c1;
     FENNEL_TRY(ResizeWorkspace(rs, count));
     // Reversing the row-major sequence reverses both dimensions.

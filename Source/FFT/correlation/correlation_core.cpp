@@ -171,7 +171,6 @@ int32_t FrequencyDomainCore(CallFrame &frame, const X *x, int32_t r1, int32_t c1
 
     plan.ReleaseOnFailure(frame);
     HostArray<O, 1> ws(fftScratch);
-    frame.EmptyAtExit(ws);
 
     // Layout of a work buffer.  Data: rows of lc elements (a 1D real buffer
     // is padded to lc + 2 reals).  Spectra: 1D real lc / 2 + 1 bins; complex
@@ -316,7 +315,6 @@ int32_t CorrelationCore(CallFrame &frame, const X *x, int32_t n, const Y *y, int
     } else {
         if (reverseScratch == nullptr) return STATUS_NO_WORKSPACE;
         HostArray<X, 1> rs(reverseScratch);
-        frame.EmptyAtExit(rs);
         FENNEL_TRY(ResizeWorkspace(rs, int64_t{n} + m - 1));
         X *reversed = rs.data();
         ReverseCopy(reversed, x, n);

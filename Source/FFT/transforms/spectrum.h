@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <complex>
 #include <cstring>
 #include <utility>
 #if defined(__SSE2__)
@@ -87,6 +88,10 @@ inline void WriteFullRow(C *dst, const C *own, const C *mirror, int32_t Cols, bo
     }
 }
 
+// X[N - k] = conj(X[k]) for k = 1 .. (N - 1) / 2, on a contiguous row.
+void FillMirror(std::complex<float> *X, int32_t N);
+void FillMirror(std::complex<double> *X, int32_t N);
+
 // On entry X[0..N/2] hold the bins of a real transform; on exit X holds the
 // full spectrum, in natural order or (shift) centred with zero frequency at
 // index N/2.
@@ -94,6 +99,7 @@ template <class C>
 void CompleteAndCentre(C *X, ptrdiff_t s, int32_t N, bool shift) {
     const int32_t half = N / 2;
     const int32_t upper = (N - 1) / 2;  // bins 1 .. upper have a mirror
+    if (!shift && s == 1) return FillMirror(X, N);
     if (!shift) {
         for (int32_t k = 1; k <= upper; ++k) X[(N - k) * s] = Conj(X[k * s]);
         return;

@@ -1,0 +1,44 @@
+// The mirror of a real transform's spectrum along a contiguous row, on the
+// components so that each clone keeps a complex in one vector register (the
+// values are those of Conj: the same operations, lane by lane).
+#include "transforms/spectrum.h"
+
+#include <cstring>
+
+#include "numerics/vectorize.h"
+
+namespace fennel {
+namespace {
+
+// d[m - 1 - j] = conj(s[j]) for j = 0 .. m - 1 (complex elements as pairs),
+// four complex elements a step: reversed as pairs, imaginary parts negated.
+template <class R>
+FENNEL_VECTORIZED void MirrorLanes(const R *__restrict s, R *__restrict d, ptrdiff_t m) {
+    typedef R Lanes __attribute__((vector_size(8 * sizeof(R))));
+    ptrdiff_t j = 0;
+    for (; j + 4 <= m; j += 4) {
+        Lanes v;
+        std::memcpy(&v, s + 2 * j, sizeof v);
+        const Lanes negated = R(-0.0) - v;
+        const Lanes r = __builtin_shufflevector(v, negated, 6, 15, 4, 13, 2, 11, 0, 9);
+        std::memcpy(d + 2 * (m - 4 - j), &r, sizeof r);
+    }
+    for (; j < m; ++j) {
+        d[2 * (m - 1 - j)] = s[2 * j];
+        d[2 * (m - 1 - j) + 1] = R(-0.0) - s[2 * j + 1];
+    }
+}
+
+}  // namespace
+
+void FillMirror(std::complex<float> *X, int32_t N) {
+    const int32_t upper = (N - 1) / 2;
+    MirrorLanes(reinterpret_cast<const float *>(X + 1), reinterpret_cast<float *>(X + N - upper), upper);
+}
+
+void FillMirror(std::complex<double> *X, int32_t N) {
+    const int32_t upper = (N - 1) / 2;
+    MirrorLanes(reinterpret_cast<const double *>(X + 1), reinterpret_cast<double *>(X + N - upper), upper);
+}
+
+}  // namespace fennel

@@ -10,6 +10,30 @@
 namespace fennel {
 namespace {
 
+// An aligned block of `bins` bins kept with the descriptor, or null.  A
+// real transform whose output is misaligned computes its half spectrum
+// there and writes the full spectrum out in one pass, where the engine
+// would copy the half out of its own aligned buffer and the mirror would
+// read it back.  Not above 16 MiB, the engine's limit for kept buffers.
+struct alignas(64) KeptHalf {
+    size_t bytes;
+    void *data() { return this + 1; }
+};
+constexpr uint32_t kHalfKey = 0x48414C46;  // "HALF"
+
+void ReleaseHalf(void *half) { FreeAligned(half); }
+
+void *HalfBlock(const Plan &plan, size_t bytes) {
+    if (bytes > (size_t{16} << 20)) return nullptr;
+    auto *kept = static_cast<KeptHalf *>(plan.Attachment(kHalfKey));
+    if (kept != nullptr && kept->bytes >= bytes) return kept->data();
+    kept = static_cast<KeptHalf *>(AllocateAligned(sizeof(KeptHalf) + bytes));
+    if (kept == nullptr) return nullptr;
+    kept->bytes = bytes;
+    if (!plan.Attach(kHalfKey, kept, &ReleaseHalf)) return nullptr;
+    return kept->data();
+}
+
 // Forward computing routine: L bins of x (n samples, zero-padded through the
 // workspace when L > n, truncated when L < n) into out.
 template <class T>
@@ -28,6 +52,15 @@ int32_t FFT1DCore(CallFrame &frame, const T *x, int32_t n, typename Traits<T>::C
         source = w;
     }
     FENNEL_TRY(plan.Acquire(Geometry1D<T>(L, false)));
+    if constexpr (!Traits<T>::kComplex) {
+        using C = typename Traits<T>::Complex;
+        if (!shift && AlignmentClass(kPrecisionOf<T>, out) != 0)
+            if (void *half = HalfBlock(plan, sizeof(C) * static_cast<size_t>(L / 2 + 1))) {
+                FENNEL_TRY(plan.Forward(source, half));
+                WriteFullSpectrum(out, static_cast<const C *>(half), L);
+                return STATUS_OK;
+            }
+    }
     FENNEL_TRY(plan.Forward(source, out));
     if constexpr (Traits<T>::kComplex) {
         if (shift) Centre(out, 1, L);

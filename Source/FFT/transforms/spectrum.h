@@ -91,6 +91,10 @@ inline void WriteFullRow(C *dst, const C *own, const C *mirror, int32_t Cols, bo
 // X[N - k] = conj(X[k]) for k = 1 .. (N - 1) / 2, on a contiguous row.
 void FillMirror(std::complex<float> *X, int32_t N);
 void FillMirror(std::complex<double> *X, int32_t N);
+// The full spectrum of N bins into out from the N/2 + 1 bins of half, in
+// one pass (out and half do not overlap).
+void WriteFullSpectrum(std::complex<float> *out, const std::complex<float> *half, int32_t N);
+void WriteFullSpectrum(std::complex<double> *out, const std::complex<double> *half, int32_t N);
 
 // On entry X[0..N/2] hold the bins of a real transform; on exit X holds the
 // full spectrum, in natural order or (shift) centred with zero frequency at

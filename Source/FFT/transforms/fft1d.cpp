@@ -10,13 +10,14 @@
 namespace fennel {
 namespace {
 
-// An aligned block of `bins` bins kept with the descriptor, or null.  A
+// An aligned block of `bytes` kept with the descriptor, or null.  A
 // real transform whose output is misaligned computes its half spectrum
 // there and writes the full spectrum out in one pass, where the engine
 // would copy the half out of its own aligned buffer and the mirror would
 // read it back.  Not above 16 MiB, the engine's limit for kept buffers.
-struct alignas(64) KeptHalf {
+struct KeptHalf {
     size_t bytes;
+    char pad[56];  // the bins start 64 bytes into the engine's aligned block
     void *data() { return this + 1; }
 };
 constexpr uint32_t kHalfKey = 0x48414C46;  // "HALF"

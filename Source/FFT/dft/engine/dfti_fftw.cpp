@@ -26,28 +26,33 @@ namespace {
 
 // FFTW's functions of each precision, [0] double, [1] single.
 struct FftwApi {
-    void *(*plan)(RawKind kind, int rank, const void *dims, int loops, const void *loop, void *in,
-                  void *out, unsigned flags);
+    void *(*plan)(const RawSpec &s, void *in, void *out, unsigned flags);
     void (*execute)(RawKind kind, void *plan, void *in, void *out);
     void (*destroy)(void *plan);
     int (*alignment_of)(const void *p);
 };
 #define FENNEL_FFTW(R, X)                                                                          \
-    FftwApi {                                                                                      \
-        [](RawKind kind, int rank, const void *dims, int loops, const void *loop, void *in, void *out, \
-           unsigned flags) -> void * {                                                             \
-            const auto *d = static_cast<const X(iodim64) *>(dims), *h = static_cast<const X(iodim64) *>(loop); \
-            if (kind == RawKind::kRealForward)                                                     \
-                return X(plan_guru64_dft_r2c)(rank, d, loops, h, (R *)in, (X(complex) *)out, flags); \
-            if (kind == RawKind::kRealBackward)                                                    \
-                return X(plan_guru64_dft_c2r)(rank, d, loops, h, (X(complex) *)in, (R *)out, flags); \
-            const int sign = kind == RawKind::kForward ? FFTW_FORWARD : FFTW_BACKWARD;             \
-            return X(plan_guru64_dft)(rank, d, loops, h, (X(complex) *)in, (X(complex) *)out, sign, flags); \
+    FftwApi{                                                                                       \
+        [](const RawSpec &s, void *in, void *out, unsigned flags) -> void * {                      \
+            using C = X(complex);                                                                  \
+            X(iodim64) d[3], h{s.loop_dim.n, s.loop_dim.is, s.loop_dim.os};                        \
+            for (int i = 0; i < s.rank; ++i) d[i] = {s.dims[i].n, s.dims[i].is, s.dims[i].os};     \
+            const int loops = s.loop ? 1 : 0;                                                      \
+            if (s.kind == RawKind::kRealForward)                                                   \
+                return X(plan_guru64_dft_r2c)(s.rank, d, loops, &h, (R *)in, (C *)out, flags);     \
+            if (s.kind == RawKind::kRealBackward)                                                  \
+                return X(plan_guru64_dft_c2r)(s.rank, d, loops, &h, (C *)in, (R *)out, flags);     \
+            const int sign = s.kind == RawKind::kForward ? FFTW_FORWARD : FFTW_BACKWARD;           \
+            return X(plan_guru64_dft)(s.rank, d, loops, &h, (C *)in, (C *)out, sign, flags);       \
         },                                                                                         \
         [](RawKind kind, void *plan, void *in, void *out) {                                        \
-            if (kind == RawKind::kRealForward) X(execute_dft_r2c)((X(plan))plan, (R *)in, (X(complex) *)out); \
-            else if (kind == RawKind::kRealBackward) X(execute_dft_c2r)((X(plan))plan, (X(complex) *)in, (R *)out); \
-            else X(execute_dft)((X(plan))plan, (X(complex) *)in, (X(complex) *)out);              \
+            using C = X(complex);                                                                  \
+            if (kind == RawKind::kRealForward)                                                     \
+                X(execute_dft_r2c)((X(plan))plan, (R *)in, (C *)out);                              \
+            else if (kind == RawKind::kRealBackward)                                               \
+                X(execute_dft_c2r)((X(plan))plan, (C *)in, (R *)out);                              \
+            else                                                                                   \
+                X(execute_dft)((X(plan))plan, (C *)in, (C *)out);                                  \
         },                                                                                         \
         [](void *plan) { X(destroy_plan)((X(plan))plan); },                                        \
         [](const void *p) { return X(alignment_of)((R *)p); },                                     \
@@ -452,9 +457,6 @@ RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
                            (s.any_alignment ? FFTW_UNALIGNED : 0) |
                            (s.preserve_input ? FFTW_PRESERVE_INPUT : 0) |
                            (s.destroy_input ? FFTW_DESTROY_INPUT : 0);
-    fftw_iodim64 dims[3];
-    for (int i = 0; i < s.rank; ++i) dims[i] = {s.dims[i].n, s.dims[i].is, s.dims[i].os};
-    const fftw_iodim64 loop{s.loop_dim.n, s.loop_dim.is, s.loop_dim.os};
     // Planning may overwrite its arrays: plan on aligned buffers of our own.
     // Only measuring runs transforms on them, so only then are they written
     // (untouched pages cost nothing).
@@ -463,7 +465,7 @@ RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
     char *out = s.in_place ? in : static_cast<char *>(fftw_malloc(std::max<size_t>(s.out_bytes, 1)));
     if (in != nullptr && out != nullptr) {
         if (how.effort != Effort::kEstimate && !how.wisdom_only) std::memset(in, 0, s.in_bytes);
-        plan = kFftw[single].plan(s.kind, s.rank, dims, s.loop ? 1 : 0, &loop, in, out, flags);
+        plan = kFftw[single].plan(s, in, out, flags);
     }
     bool interrupted = false;
     if (how.interruptible) SetInterruptible(single, false, &interrupted);

@@ -234,7 +234,9 @@ TEST_F(HostTest, PlanningKeptPlansOfTheFamiliesSwitchToo) {
         {[&](FDPlanHandle *p) { return d3DFFTH(cube.h(), spectrum.h(), 0, 0, 0, 0, ws.h(), p); },
          [&] { return spectrum.values(); }, 2},
         // Two row counts, the columns, the backward transform.
-        {[&](FDPlanHandle *p) { return d2DConvolutionH(image.h(), kernel.h(), conv.h(), 0, 1, full.h(), fft.h(), p); },
+        {[&](FDPlanHandle *p) {
+             return d2DConvolutionH(image.h(), kernel.h(), conv.h(), 0, 1, full.h(), fft.h(), p);
+         },
          widened, 4},
     };
     for (const auto &row : rows) {

@@ -427,10 +427,6 @@ void DrainPending(bool single) {
     }
 }
 
-unsigned FlagsOf(Effort effort) {
-    return effort == Effort::kEstimate ? FFTW_ESTIMATE : effort == Effort::kMeasure ? FFTW_MEASURE : FFTW_PATIENT;
-}
-
 }  // namespace
 
 RawPlan *MakeRawPlan(const RawSpec &s) {
@@ -453,8 +449,9 @@ RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
     SetPlanThreads(single, s.one_thread ? 1 : s.points);
     (single ? fftwf_set_timelimit : fftw_set_timelimit)(how.time_limit);
     if (how.interruptible) SetInterruptible(single, true, nullptr);
-    const unsigned flags = FlagsOf(how.effort) | (how.wisdom_only ? FFTW_WISDOM_ONLY : 0) |
-                           (s.any_alignment ? FFTW_UNALIGNED : 0) |
+    constexpr unsigned kEffortFlags[] = {FFTW_ESTIMATE, FFTW_MEASURE, FFTW_PATIENT};  // by Effort
+    const unsigned flags = kEffortFlags[static_cast<int>(how.effort)] |
+                           (how.wisdom_only ? FFTW_WISDOM_ONLY : 0) | (s.any_alignment ? FFTW_UNALIGNED : 0) |
                            (s.preserve_input ? FFTW_PRESERVE_INPUT : 0) |
                            (s.destroy_input ? FFTW_DESTROY_INPUT : 0);
     // Planning may overwrite its arrays: plan on aligned buffers of our own.

@@ -376,7 +376,7 @@ TEST_F(CorrelationTest, EveryFaultLeavesACleanState) {
         // Engine calls, with a primed plan of another length so that the
         // query and the free are exercised too.
         if (std::strstr(what, "fft") == nullptr) continue;  // the direct method calls no engine
-        for (engine::Call kind : {engine::Call::kGetValue, engine::Call::kFree, engine::Call::kCreate,
+        for (engine::Call kind : {engine::Call::kQuery, engine::Call::kFree, engine::Call::kCreate,
                                   engine::Call::kCompute})
             for (int nth = 1; nth <= 3; ++nth) {
                 Array<cfloat> out(std::vector<int32_t>(rank, 0), Array<cfloat>::Shape{}), s1, s2;

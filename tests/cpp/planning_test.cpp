@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <sstream>
 
 #include "dft/engine/dfti.h"
@@ -207,6 +208,53 @@ TEST_F(HostTest, PlanningModeFirstCallsAndTheSwitchAtACallBoundary) {
     ASSERT_EQ(z1DFFTH(x.h(), y.h(), 0, 0, nullptr, &plan), 0);
     EXPECT_EQ(engine::PlansOf(plan).estimated, 0);
     FreeMKLDftiDescH(&plan);
+}
+
+// The plans a family keeps with a descriptor (the real 3D full spectrum's
+// page and along-the-pages plans; correlation's leading-rows and column
+// passes) switch at a call boundary as the descriptor's own do.
+TEST_F(HostTest, PlanningKeptPlansOfTheFamiliesSwitchToo) {
+    const planning::Mode mode = planning::CurrentMode();
+    const bool estimates = mode == planning::Mode::kBackground || mode == planning::Mode::kEstimate;
+    Array<double> cube({8, 64, 512}), image({40, 50}), kernel({9, 7}), conv, full, fft, ws;
+    const std::vector<double> values = Random<double>(8 * 64 * 512, 9);
+    std::memcpy(cube.data(), values.data(), values.size() * sizeof(double));
+    std::memcpy(image.data(), values.data(), 40 * 50 * sizeof(double));
+    std::memcpy(kernel.data(), values.data() + 4000, 9 * 7 * sizeof(double));
+    Array<C> spectrum;
+    const auto widened = [&] {
+        const std::vector<double> v = conv.values();
+        return std::vector<C>(v.begin(), v.end());
+    };
+    const struct {
+        std::function<int32_t(FDPlanHandle *)> call;
+        std::function<std::vector<C>()> result;
+        int plans;
+    } rows[] = {
+        {[&](FDPlanHandle *p) { return d3DFFTH(cube.h(), spectrum.h(), 0, 0, 0, 0, ws.h(), p); },
+         [&] { return spectrum.values(); }, 2},
+        // Two row counts, the columns, the backward transform.
+        {[&](FDPlanHandle *p) {
+             return d2DConvolutionH(image.h(), kernel.h(), conv.h(), 0, 1, full.h(), fft.h(), p);
+         },
+         widened, 4},
+    };
+    for (const auto &row : rows) {
+        planning::ForgetWisdom(true);
+        FDPlanHandle plan = nullptr;
+        ASSERT_EQ(row.call(&plan), 0);
+        EXPECT_EQ(engine::PlansOf(plan).estimated, estimates ? row.plans : 0);
+        const std::vector<C> first = row.result();
+        for (int i = 0; i < 3; ++i) ASSERT_EQ(row.call(&plan), 0);
+        planning::WaitUntilIdle();
+        ASSERT_EQ(row.call(&plan), 0);
+        EXPECT_EQ(engine::PlansOf(plan).made, row.plans);
+        EXPECT_EQ(engine::PlansOf(plan).estimated, mode == planning::Mode::kEstimate ? row.plans : 0);
+        const std::vector<C> now = row.result();
+        ASSERT_EQ(now.size(), first.size());
+        for (size_t k = 0; k < now.size(); ++k) ASSERT_NEAR(std::abs(now[k] - first[k]), 0.0, 1e-9) << k;
+        FreeMKLDftiDescH(&plan);
+    }
 }
 
 // A first plan wanted while the background thread measures cuts the

@@ -248,7 +248,7 @@ inline const FailureRow kFailureRows[] = {
      false},
     {"workspace null", 0, engine::Call::kCount, 0, false, true, false, false, true, STATUS_NO_WORKSPACE, true},
     {"workspace resize", 1, engine::Call::kCount, 0, false, false, false, false, true, STATUS_OUT_OF_MEMORY, true},
-    {"query", 0, engine::Call::kGetValue, 1, false, false, false, false, true, STATUS_DFTI_SETUP_FAILED, true},
+    {"query", 0, engine::Call::kQuery, 1, false, false, false, false, true, STATUS_DFTI_SETUP_FAILED, true},
     {"create", 0, engine::Call::kCreate, 1, false, false, false, false, false, STATUS_DFTI_SETUP_FAILED, true},
     {"free outdated", 0, engine::Call::kFree, 1, false, false, false, false, false, STATUS_DFTI_FREE_FAILED, true},
     {"compute", 0, engine::Call::kCompute, 1, false, false, false, false, true, STATUS_DFTI_COMPUTE_FAILED, true},

@@ -6,22 +6,20 @@ namespace fennel::corr {
 namespace {
 
 // The passes kept with a descriptor: the real transforms of the leading rows
-// for up to four row counts (the oldest replaced first) and the pass along
+// for up to four row counts (the oldest replaced first), then the pass along
 // the columns.
 constexpr uint32_t kTopRowsKey = 0x546f7052;  // "TopR"
-constexpr int kRowPlans = 4;
+constexpr int kRowPlans = 4, kColumns = kRowPlans;
 
 struct TopRowsPlans {
-    RawPlan *rows[kRowPlans];
+    RawPlan *plans[kRowPlans + 1];
     int64_t row_counts[kRowPlans];
     int next;
-    RawPlan *columns;
 };
 
 void ReleaseTopRows(void *object) {
     auto *kept = static_cast<TopRowsPlans *>(object);
-    for (RawPlan *p : kept->rows) FreeRawPlan(p);
-    FreeRawPlan(kept->columns);
+    for (RawPlan *p : kept->plans) FreeRawPlan(p);
     FreeAligned(kept);
 }
 
@@ -78,30 +76,30 @@ int32_t ForwardTopRows(const Plan &plan, const PlanGeometry &g, const void *inpu
         kept = static_cast<TopRowsPlans *>(AllocateAligned(sizeof(TopRowsPlans)));
         if (kept == nullptr) return STATUS_DFTI_COMPUTE_FAILED;
         *kept = {};
-        if (!plan.Attach(kTopRowsKey, kept, &ReleaseTopRows)) return STATUS_DFTI_COMPUTE_FAILED;
+        if (!plan.Attach(kTopRowsKey, kept, &ReleaseTopRows, kept->plans, kRowPlans + 1))
+            return STATUS_DFTI_COMPUTE_FAILED;
     }
     RawPlan *row_plan = nullptr;
     for (int i = 0; i < kRowPlans; ++i)
-        if (kept->rows[i] != nullptr && kept->row_counts[i] == rows) row_plan = kept->rows[i];
+        if (kept->plans[i] != nullptr && kept->row_counts[i] == rows) row_plan = kept->plans[i];
     if (row_plan == nullptr) {
         const int i = kept->next;
-        FreeRawPlan(kept->rows[i]);
-        kept->rows[i] = row_plan = MakePass(g.precision, lr, lc, rows);
+        FreeRawPlan(kept->plans[i]);
+        kept->plans[i] = row_plan = MakePass(g.precision, lr, lc, rows);
         if (row_plan == nullptr) return STATUS_DFTI_COMPUTE_FAILED;
         kept->row_counts[i] = rows;
         kept->next = (i + 1) % kRowPlans;
     }
-    if (kept->columns == nullptr) {
-        kept->columns = MakePass(g.precision, lr, lc, 0);
-        if (kept->columns == nullptr) return STATUS_DFTI_COMPUTE_FAILED;
-    }
+    RawPlan *&columns = kept->plans[kColumns];
+    if (columns == nullptr && (columns = MakePass(g.precision, lr, lc, 0)) == nullptr)
+        return STATUS_DFTI_COMPUTE_FAILED;
     // FFTW's interface takes a non-const input; a real forward pass never
     // writes it.
     ExecuteRawPlan(row_plan, const_cast<void *>(input), output);
     const size_t bin = 2 * (g.precision == DFTI_SINGLE ? sizeof(float) : sizeof(double));
     std::memset(static_cast<char *>(output) + static_cast<size_t>(rows * half) * bin, 0,
                 static_cast<size_t>((lr - rows) * half) * bin);
-    ExecuteRawPlan(kept->columns, output, output);
+    ExecuteRawPlan(columns, output, output);
     return STATUS_OK;
 }
 

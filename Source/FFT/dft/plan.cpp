@@ -113,8 +113,9 @@ int Plan::ThreadsFor(ptrdiff_t points) { return engine::HasExtensions() ? engine
 
 void *Plan::Attachment(uint32_t key) const { return engine::Attachment(*slot_, key); }
 
-bool Plan::Attach(uint32_t key, void *object, void (*release)(void *object)) const {
-    return engine::Attach(*slot_, key, object, release);
+bool Plan::Attach(uint32_t key, void *object, void (*release)(void *object), engine::RawPlan **plans,
+                  int count) const {
+    return engine::Attach(*slot_, key, object, release, plans, count);
 }
 
 namespace {

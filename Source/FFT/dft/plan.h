@@ -87,9 +87,12 @@ class Plan {
     void *Attachment(uint32_t key) const;
     // Keeps `object` with the descriptor under `key` (releasing the object
     // kept before under that key); release(object) runs when the descriptor
-    // is reconfigured, committed again or freed.  False, with release(object)
-    // run, when nothing can be kept.
-    bool Attach(uint32_t key, void *object, void (*release)(void *object)) const;
+    // is reconfigured, committed again or freed.  The object's `count` plans
+    // at `plans` may be replaced by better ones in Acquire, as the
+    // descriptor's own.  False, with release(object) run, when nothing can
+    // be kept.
+    bool Attach(uint32_t key, void *object, void (*release)(void *object), engine::RawPlan **plans = nullptr,
+                int count = 0) const;
 
    private:
     DFTI_DESCRIPTOR_HANDLE *slot_;

@@ -162,7 +162,7 @@ namespace fennel::engine {
 bool HasExtensions() { return false; }
 bool IsDescriptor(const void *) { return false; }
 void *Attachment(DFTI_DESCRIPTOR_HANDLE, uint32_t) { return nullptr; }
-bool Attach(DFTI_DESCRIPTOR_HANDLE, uint32_t, void *object, void (*release)(void *)) {
+bool Attach(DFTI_DESCRIPTOR_HANDLE, uint32_t, void *object, void (*release)(void *), RawPlan **, int) {
     release(object);
     return false;
 }

@@ -29,13 +29,13 @@ ptrdiff_t Pitch(ptrdiff_t half) {
     return sizeof(R) == 4 ? half + (half & 1) : half;
 }
 
-// What stays with the descriptor: the 2D r2c of one page into packed rows,
-// the P-point transforms along the pages of the bins of one row (out of
-// place into [P][C / 2 + 1]), both for one thread; the packed spectrum with
-// two row-pair buffers; and the aligned copy of a misaligned input.
+// What stays with the descriptor: the plans, [0] the 2D r2c of one page
+// into packed rows and [1] the P-point transforms along the pages of the
+// bins of one row (out of place into [P][C / 2 + 1]), both for one thread;
+// the packed spectrum with two row-pair buffers; and the aligned copy of a
+// misaligned input.
 struct Kept {
-    RawPlan *page;
-    RawPlan *along;
+    RawPlan *parts[2];
     void *block;
     size_t block_bytes;
     void *input;
@@ -44,8 +44,7 @@ struct Kept {
 
 void Release(void *object) {
     Kept *kept = static_cast<Kept *>(object);
-    FreeRawPlan(kept->page);
-    FreeRawPlan(kept->along);
+    for (RawPlan *part : kept->parts) FreeRawPlan(part);
     FreeAligned(kept->block);
     FreeAligned(kept->input);
     FreeAligned(kept);
@@ -59,7 +58,7 @@ int32_t KeptOf(Plan plan, Kept **kept) {
     auto *fresh = static_cast<Kept *>(AllocateAligned(sizeof(Kept)));
     if (fresh == nullptr) return STATUS_DFTI_COMPUTE_FAILED;
     std::memset(static_cast<void *>(fresh), 0, sizeof(Kept));
-    if (plan.Attach(kAttachmentKey, fresh, &Release)) *kept = fresh;
+    if (plan.Attach(kAttachmentKey, fresh, &Release, fresh->parts, 2)) *kept = fresh;
     return STATUS_OK;
 }
 
@@ -193,14 +192,14 @@ int32_t ForwardFull(Plan plan, bool rowMajor, const R *input, typename Traits<R>
         src = kept->input;
     }
     if (!Ensure(kept->block, kept->block_bytes, keep)) return STATUS_DFTI_COMPUTE_FAILED;
-    for (RawPlan **part : {&kept->page, &kept->along})
-        if (*part == nullptr && (*part = MakePartPlan<R>(L, part == &kept->page)) == nullptr)
+    for (int i = 0; i < 2; ++i)
+        if (kept->parts[i] == nullptr && (kept->parts[i] = MakePartPlan<R>(L, i == 0)) == nullptr)
             return STATUS_OK;
 
     char *block = static_cast<char *>(kept->block);
     Job<R> job;
-    job.page = kept->page;
-    job.along = kept->along;
+    job.page = kept->parts[0];
+    job.along = kept->parts[1];
     job.input = static_cast<const R *>(src);
     job.spectrum = reinterpret_cast<Cx *>(block);
     job.buffers[0] = reinterpret_cast<Cx *>(block + spectrum_bytes);

@@ -7,8 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "dft/engine/settings.h"
-
 // long on every platform: 32 bits on 64-bit Windows, 64 bits on Linux.
 using MKL_LONG = long;
 
@@ -58,20 +56,12 @@ MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, const Geometry **g);
 bool HasExtensions();
 // True when p is a descriptor of this engine (its first field is a mark).
 bool IsDescriptor(const void *p);
-
 // The backward transform without its scale, for a caller that applies it
 // while it copies the result out.
 MKL_LONG ComputeBackwardUnscaled(DFTI_DESCRIPTOR_HANDLE d, void *input, void *output);
 
-// A family's objects kept with a descriptor, one per key: release(object)
-// runs when the descriptor is freed or another object replaces it.  Attach
-// returns false, having released the object, when no entry is free.
-void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key);
-bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *object));
-
 // FFTW plans of a family's own geometry, in FFTW's guru terms (element
-// strides), made under the planner lock with the engine's effort, for
-// 16-byte aligned arrays.
+// strides), for 16-byte aligned arrays.
 struct Dim {
     ptrdiff_t n, is, os;
 };
@@ -87,24 +77,37 @@ struct RawSpec {
     bool in_place = false;
     bool preserve_input = false, destroy_input = false;  // FFTW's input rules
     bool any_alignment = false;  // later arrays may sit in another alignment class
-    ptrdiff_t points = 0;        // the transform size the effort and threads follow
+    ptrdiff_t points = 0;        // the transform size the threads follow
     bool one_thread = false;
 };
 struct RawPlan;
-// Made the way the planning policy chooses (dft/planning/), or with the
-// engine's planner effort when no policy is installed.
+// Made as the planning policy chooses (DefaultEffort() without one).
 RawPlan *MakeRawPlan(const RawSpec &wanted);
 void ExecuteRawPlan(const RawPlan *plan, void *input, void *output);
 void FreeRawPlan(RawPlan *plan);
+
+// A family's object kept with a descriptor, one per key: release(object)
+// runs when the descriptor is freed or another object replaces it.  The
+// object's `count` plans at `plans` are offered to the policy at each call
+// boundary, as the descriptor's own are.  Attach returns false, having
+// released the object, when no entry is free.
+void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key);
+bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *object),
+            RawPlan **plans = nullptr, int count = 0);
 // The engine's aligned memory; FFTW's alignment class of an address (0: aligned).
 void *AllocateAligned(size_t bytes);
 void FreeAligned(void *p);
 int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p);
-// The threads FFTW runs a transform of `points` on (settings.cpp).
+// The threads FFTW runs a transform of `points` on.
 int ThreadsFor(ptrdiff_t points);
+// FFTW's parallel loops run through `share`, which runs task(context) on the
+// caller and on a second thread the library owns, or returns false having
+// run nothing when that thread is busy.  Set once at load (Linux).
+void SetWorkSharing(bool (*share)(void (*task)(void *), void *context));
 
 // ---- planning primitives (the policy lives in dft/planning/) ---------------
 // FFTW's planner of each precision has a lock of its own.
+enum class Effort { kEstimate, kMeasure, kPatient };
 struct PlanHow {
     Effort effort = Effort::kEstimate;
     bool wisdom_only = false;  // a plan only if wisdom knows the problem
@@ -112,7 +115,7 @@ struct PlanHow {
     bool wait = true;          // false: null at once when the planner is busy
     bool *busy = nullptr;      // set when that happened
     // A caller waiting for the planner cuts this plan's measurement short
-    // (FFTW then keeps what it has timed so far); `interrupted` tells.
+    // (FFTW keeps what it has timed so far); `interrupted` tells.
     bool interruptible = false;
     bool *interrupted = nullptr;
 };
@@ -132,8 +135,8 @@ struct PlanPolicy {
     void (*stop)();  // ends the policy's work before the library goes away
 };
 void SetPlanPolicy(const PlanPolicy *policy);
-// Offers each plan of the descriptor to the policy's replacement, at the
-// start of a call; a replaced plan is freed.
+// At the start of a call: each estimated plan of the descriptor and its
+// attachments is offered to the policy's replacement; a replaced one is freed.
 void RefreshPlans(DFTI_DESCRIPTOR_HANDLE d);
 // Ends the policy's work (unload).
 void StopPlanning();
@@ -150,13 +153,9 @@ bool ImportWisdom(DFTI_CONFIG_VALUE precision, const char *text);
 void ForgetWisdom(DFTI_CONFIG_VALUE precision);
 const char *FftwVersion();
 
-// FFTW's parallel loops run through `share`, which runs task(context) on the
-// caller and on a second thread the library owns, or returns false having
-// run nothing when that thread is busy.  Set once at load (Linux).
-void SetWorkSharing(bool (*share)(void (*task)(void *), void *context));
-
-// Test controls, linked into the C++ tests through the static library.
-enum class Call { kCreate, kGetValue, kCompute, kFree, kCount };
+// ---- test controls (atomics, no lock), reached by the C++ tests through
+// the static library.
+enum class Call { kCreate, kQuery, kCompute, kFree, kCount };
 struct Counters {
     long creates = 0, frees = 0, computes = 0;  // successful calls
     long live = 0;  // descriptors created and not yet freed
@@ -166,7 +165,8 @@ void ResetCounters();  // zeroes all but live
 // Makes the nth next call of the given function fail (n = 1: the next one).
 void FailCall(Call call, int nth = 1);
 void ClearFaults();
-// The descriptor's plans made so far, and how many of them are estimated.
+// The plans of the descriptor and its attachments made so far, and how many
+// of them are estimated.
 struct PlanCounts {
     int made = 0, estimated = 0;
 };

@@ -1,16 +1,13 @@
 // The DFTI part on FFTW 3.  A descriptor is made whole from its geometry,
-// which fixes both directions' layouts; a direction's FFTW plan is made at
-// its first computation.  Plans for different alignment classes round
-// differently; so that results never depend on where the host put a block,
-// each direction has one plan, for 16-byte aligned arrays, and misaligned
-// data go through aligned buffers (the output scaled on the way out).
-// FFTW's multi-dimensional c2r overwrites its input, so that input is copied
-// unless the caller gave it as scratch.  The planner is not thread-safe:
-// every planner call and plan destruction holds the lock of its precision
-// (the two precisions are two planners).  A plan whose lock is busy when it
-// is freed is destroyed by the lock's next holder, so that freeing never
-// waits for a planner at work; a caller that needs the planner while a
-// background measurement holds it cuts the measurement short.
+// which fixes both directions' layouts; a direction's plan is made at its
+// first computation.  Plans for different alignment classes round
+// differently, so each direction has one plan, for 16-byte aligned arrays,
+// and misaligned data go through aligned buffers: results never depend on
+// where the host put a block.  FFTW's planner is not thread-safe: every
+// planner call and plan destruction holds the lock of its precision.  A plan
+// freed while that lock is busy is destroyed by the lock's next holder, and a
+// caller that needs the planner while a background measurement holds it cuts
+// the measurement short, so that no caller waits for a measurement.
 #include <fftw3.h>
 
 #include <algorithm>
@@ -27,13 +24,50 @@ using namespace fennel::engine;
 
 namespace {
 
+// FFTW's functions of each precision, [0] double, [1] single.
+struct FftwApi {
+    void *(*plan)(const RawSpec &s, void *in, void *out, unsigned flags);
+    void (*execute)(RawKind kind, void *plan, void *in, void *out);
+    void (*destroy)(void *plan);
+    int (*alignment_of)(const void *p);
+};
+#define FENNEL_FFTW(R, X)                                                                          \
+    FftwApi{                                                                                       \
+        [](const RawSpec &s, void *in, void *out, unsigned flags) -> void * {                      \
+            using C = X(complex);                                                                  \
+            X(iodim64) d[3], h{s.loop_dim.n, s.loop_dim.is, s.loop_dim.os};                        \
+            for (int i = 0; i < s.rank; ++i) d[i] = {s.dims[i].n, s.dims[i].is, s.dims[i].os};     \
+            const int loops = s.loop ? 1 : 0;                                                      \
+            if (s.kind == RawKind::kRealForward)                                                   \
+                return X(plan_guru64_dft_r2c)(s.rank, d, loops, &h, (R *)in, (C *)out, flags);     \
+            if (s.kind == RawKind::kRealBackward)                                                  \
+                return X(plan_guru64_dft_c2r)(s.rank, d, loops, &h, (C *)in, (R *)out, flags);     \
+            const int sign = s.kind == RawKind::kForward ? FFTW_FORWARD : FFTW_BACKWARD;           \
+            return X(plan_guru64_dft)(s.rank, d, loops, &h, (C *)in, (C *)out, sign, flags);       \
+        },                                                                                         \
+        [](RawKind kind, void *plan, void *in, void *out) {                                        \
+            using C = X(complex);                                                                  \
+            if (kind == RawKind::kRealForward)                                                     \
+                X(execute_dft_r2c)((X(plan))plan, (R *)in, (C *)out);                              \
+            else if (kind == RawKind::kRealBackward)                                               \
+                X(execute_dft_c2r)((X(plan))plan, (C *)in, (R *)out);                              \
+            else                                                                                   \
+                X(execute_dft)((X(plan))plan, (C *)in, (C *)out);                                  \
+        },                                                                                         \
+        [](void *plan) { X(destroy_plan)((X(plan))plan); },                                        \
+        [](const void *p) { return X(alignment_of)((R *)p); },                                     \
+    }
+const FftwApi kFftw[2] = {FENNEL_FFTW(double, FFTW_MANGLE_DOUBLE), FENNEL_FFTW(float, FFTW_MANGLE_FLOAT)};
+#undef FENNEL_FFTW
+
 std::mutex g_planner_mutex[2];  // [0] double, [1] single
 // Whether the holder of a planner lock runs a measurement that may be cut
-// short, whether it was, and how many callers wait for the lock; guarded by
-// g_interrupt_mutex, so that FFTW's time limit is touched only while such a
-// measurement runs and no waiter is missed.
+// short, whether it was, and how many callers wait for the lock; written
+// under g_interrupt_mutex, so that FFTW's time limit is touched only while
+// such a measurement runs and no waiter is missed.
 std::mutex g_interrupt_mutex;
-bool g_interruptible[2], g_interrupted[2];
+std::atomic<bool> g_interruptible[2];
+bool g_interrupted[2];
 int g_waiters[2];
 
 // FFTW's planner reads its time limit at every check between the candidates
@@ -45,11 +79,6 @@ void InterruptLocked(bool single) {
     (single ? fftwf_set_timelimit : fftw_set_timelimit)(0.0);
 }
 
-void Interrupt(bool single) {
-    std::lock_guard<std::mutex> lock(g_interrupt_mutex);
-    InterruptLocked(single);
-}
-
 void SetInterruptible(bool single, bool interruptible, bool *interrupted) {
     std::lock_guard<std::mutex> lock(g_interrupt_mutex);
     if (interrupted != nullptr) *interrupted = g_interrupted[single];
@@ -58,10 +87,11 @@ void SetInterruptible(bool single, bool interruptible, bool *interrupted) {
     if (g_waiters[single] > 0) InterruptLocked(single);  // a caller already waits
 }
 
-// Takes the planner lock of a precision, cutting short an interruptible
+// The planner lock of a precision, cutting short an interruptible
 // measurement that holds it.
-void LockPlanner(std::unique_lock<std::mutex> &lock, bool single) {
-    if (lock.try_lock()) return;
+std::unique_lock<std::mutex> LockPlanner(bool single) {
+    std::unique_lock<std::mutex> lock(g_planner_mutex[single], std::try_to_lock);
+    if (lock) return lock;
     {
         std::lock_guard<std::mutex> guard(g_interrupt_mutex);
         ++g_waiters[single];
@@ -70,6 +100,7 @@ void LockPlanner(std::unique_lock<std::mutex> &lock, bool single) {
     lock.lock();
     std::lock_guard<std::mutex> guard(g_interrupt_mutex);
     --g_waiters[single];
+    return lock;
 }
 
 // Test counters and fault injection: atomics, no lock on any path.
@@ -84,33 +115,6 @@ bool Fault(Call call) {
 
 // The first field of every descriptor: no pointer and no host block starts with it.
 constexpr uint64_t kDescriptorMark = 0xFD5D1E5C0FF1CE00ull;
-
-// FFTW's two precisions behind one interface.
-template <class R> struct Fftw;
-#define FENNEL_FFTW(R, X)                                                                          \
-    template <> struct Fftw<R> {                                                                   \
-        using C = X(complex);                                                                      \
-        static void *Plan(RawKind kind, int rank, const void *dims, int loops, const void *loop,   \
-                          void *in, void *out, unsigned flags) {                                   \
-            const auto *d = static_cast<const X(iodim64) *>(dims), *h = static_cast<const X(iodim64) *>(loop); \
-            if (kind == RawKind::kRealForward)                                                     \
-                return X(plan_guru64_dft_r2c)(rank, d, loops, h, (R *)in, (C *)out, flags);        \
-            if (kind == RawKind::kRealBackward)                                                    \
-                return X(plan_guru64_dft_c2r)(rank, d, loops, h, (C *)in, (R *)out, flags);        \
-            const int sign = kind == RawKind::kForward ? FFTW_FORWARD : FFTW_BACKWARD;             \
-            return X(plan_guru64_dft)(rank, d, loops, h, (C *)in, (C *)out, sign, flags);          \
-        }                                                                                          \
-        static void Execute(RawKind kind, void *plan, void *in, void *out) {                       \
-            if (kind == RawKind::kRealForward) X(execute_dft_r2c)((X(plan))plan, (R *)in, (C *)out); \
-            else if (kind == RawKind::kRealBackward) X(execute_dft_c2r)((X(plan))plan, (C *)in, (R *)out); \
-            else X(execute_dft)((X(plan))plan, (C *)in, (C *)out);                                 \
-        }                                                                                          \
-        static void Destroy(void *plan) { X(destroy_plan)((X(plan))plan); }                        \
-        static int AlignmentOf(const void *p) { return X(alignment_of)((R *)p); }                  \
-    };
-FENNEL_FFTW(double, FFTW_MANGLE_DOUBLE)
-FENNEL_FFTW(float, FFTW_MANGLE_FLOAT)
-#undef FENNEL_FFTW
 
 // One direction's layout, fixed at creation: element strides ([0] the
 // offset of the first), lengths per side (the complex side of a real
@@ -137,7 +141,10 @@ struct DFTI_DESCRIPTOR {
         uint32_t key;
         void *object;
         void (*release)(void *);
+        RawPlan **plans;
+        int plan_count;
     } attachments[4];
+    bool attached_plans;  // some attachment has plans
 };
 
 namespace {
@@ -186,6 +193,8 @@ Layout MakeLayout(const DFTI_DESCRIPTOR *d, bool forward) {
     l.in_span = static_cast<size_t>((g.transforms - 1) * l.idist + in_last + 1) * l.in_bytes;
     l.out_span = static_cast<size_t>((g.transforms - 1) * l.odist + out_last + 1) * l.out_bytes;
     l.dense_out = l.out_span == static_cast<size_t>(out_count * g.transforms) * l.out_bytes;
+    // FFTW's multi-dimensional c2r overwrites its input: it runs on a copy
+    // unless the caller's backward layout gives the input as scratch.
     l.copy_in = real && !forward && g.rank > 1 && !g.backward_layout;
     return l;
 }
@@ -208,18 +217,8 @@ RawPlan *MakePlan(const DFTI_DESCRIPTOR *d, bool forward) {
     s.loop_dim = {d->g.transforms, l.idist, l.odist};
     s.in_bytes = l.in_span + 64;
     s.out_bytes = l.out_span + 64;
-    // 1D c2r can keep its input; multi-dimensional c2r runs on a copy.
     if (real && !forward) (s.rank == 1 ? s.preserve_input : s.destroy_input) = true;
     return MakeRawPlan(s);
-}
-
-unsigned FlagsOf(fennel::engine::Effort effort) {
-    switch (effort) {
-        case fennel::engine::Effort::kEstimate: return FFTW_ESTIMATE;
-        case fennel::engine::Effort::kMeasure: return FFTW_MEASURE;
-        case fennel::engine::Effort::kPatient: return FFTW_PATIENT;
-    }
-    return FFTW_ESTIMATE;
 }
 
 // The descriptor's aligned buffer `which`, grown to at least `bytes`.
@@ -281,8 +280,8 @@ MKL_LONG Compute(DFTI_DESCRIPTOR *d, bool forward, void *input, void *output, bo
     char *in = static_cast<char *>(input) + l.is[0] * l.in_bytes;
     char *out = static_cast<char *>(output) + l.os[0] * l.out_bytes;
     void *src = in, *dst = out;
-    const bool copy_out = Fftw<R>::AlignmentOf(out) != 0;
-    if (l.copy_in || Fftw<R>::AlignmentOf(in) != 0) {
+    const bool copy_out = kFftw[sizeof(R) == 4].alignment_of(out) != 0;
+    if (l.copy_in || kFftw[sizeof(R) == 4].alignment_of(in) != 0) {
         if ((src = Buffer(d, 0, l.in_span)) == nullptr) return DFTI_MEMORY_ERROR;
         std::memcpy(src, in, l.in_span);
     }
@@ -331,9 +330,8 @@ bool IsDescriptor(const void *p) {
     return p != nullptr && static_cast<const DFTI_DESCRIPTOR *>(p)->mark == kDescriptorMark;
 }
 
-// A committed descriptor in one call: what the interface does with
-// DftiCreateDescriptor_d_1d (or _d_md, _s_1d, _s_md), DftiSetValue and
-// DftiCommitDescriptor, which the Windows binding calls in turn.
+// A committed descriptor in one call, checked as the interface's setters and
+// commit would check it.
 MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, const Geometry &g) {
     if (handle == nullptr) return DFTI_INVALID_CONFIGURATION;
     *handle = nullptr;
@@ -364,7 +362,7 @@ MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, const Geometry &g) {
 }
 
 MKL_LONG GetGeometry(DFTI_DESCRIPTOR_HANDLE d, const Geometry **geometry) {
-    if (Fault(Call::kGetValue)) return DFTI_INVALID_CONFIGURATION;
+    if (Fault(Call::kQuery)) return DFTI_INVALID_CONFIGURATION;
     if (d == nullptr) return DFTI_BAD_DESCRIPTOR;
     *geometry = &d->g;
     return DFTI_NO_ERROR;
@@ -380,7 +378,8 @@ void *Attachment(DFTI_DESCRIPTOR_HANDLE d, uint32_t key) {
     return nullptr;
 }
 
-bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *)) {
+bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release)(void *), RawPlan **plans,
+            int count) {
     // The entry of the same key, else the first free one.
     int slot = -1;
     for (int i = 0; d != nullptr && i < 4; ++i) {
@@ -394,14 +393,14 @@ bool Attach(DFTI_DESCRIPTOR_HANDLE d, uint32_t key, void *object, void (*release
     }
     auto &a = d->attachments[slot];
     if (a.object != nullptr) a.release(a.object);
-    a = {key, object, release};
+    a = {key, object, release, plans, count};
+    d->attached_plans |= count > 0;
     return true;
 }
 
 struct RawPlan {
     void *plan;
     bool single;
-    RawKind kind;
     mutable PlanNote note;
     RawSpec problem;
     RawPlan *next_pending;  // in the list of plans waiting for their lock
@@ -413,90 +412,87 @@ const PlanPolicy *g_policy = nullptr;
 std::mutex g_pending_mutex;
 RawPlan *g_pending[2] = {nullptr, nullptr};
 
-void DestroyNow(RawPlan *raw) {
-    if (raw->single)
-        Fftw<float>::Destroy(raw->plan);
-    else
-        Fftw<double>::Destroy(raw->plan);
-    fftw_free(raw);
-}
-
 // Destroys the plans left for this precision; called with its lock held.
 void DrainPending(bool single) {
     RawPlan *list;
     {
         std::lock_guard<std::mutex> lock(g_pending_mutex);
-        list = g_pending[single];
-        g_pending[single] = nullptr;
+        list = std::exchange(g_pending[single], nullptr);
     }
     while (list != nullptr) {
         RawPlan *next = list->next_pending;
-        DestroyNow(list);
+        kFftw[single].destroy(list->plan);
+        fftw_free(list);
         list = next;
     }
 }
-
-// The planner lock of a precision, taken as LockPlanner does.
-struct PlannerLock {
-    std::unique_lock<std::mutex> lock;
-    explicit PlannerLock(DFTI_CONFIG_VALUE precision)
-        : lock(g_planner_mutex[precision == DFTI_SINGLE], std::defer_lock) {
-        LockPlanner(lock, precision == DFTI_SINGLE);
-    }
-};
 
 }  // namespace
 
 RawPlan *MakeRawPlan(const RawSpec &s) {
     if (g_policy != nullptr) return g_policy->make(s);
-    return MakeRawPlanHow(s, PlanHow{PlannerEffortFor(s.points), false, PlannerTimeLimit(), true});
+    PlanHow how;
+    how.effort = DefaultEffort();
+    return MakeRawPlanHow(s, how);
 }
 
 RawPlan *MakeRawPlanHow(const RawSpec &s, const PlanHow &how) {
-    auto *raw = static_cast<RawPlan *>(fftw_malloc(sizeof(RawPlan)));
-    if (raw == nullptr) return nullptr;
-    new (raw) RawPlan{nullptr, s.precision == DFTI_SINGLE, s.kind, PlanNote{}, s, nullptr};
-    fftw_iodim64 dims[3];
-    for (int i = 0; i < s.rank; ++i) dims[i] = {s.dims[i].n, s.dims[i].is, s.dims[i].os};
-    const fftw_iodim64 loop{s.loop_dim.n, s.loop_dim.is, s.loop_dim.os};
-    std::unique_lock<std::mutex> lock(g_planner_mutex[raw->single], std::defer_lock);
-    if (how.wait)
-        LockPlanner(lock, raw->single);
-    else if (!lock.try_lock()) {
+    const bool single = s.precision == DFTI_SINGLE;
+    std::unique_lock<std::mutex> lock(g_planner_mutex[single], std::defer_lock);
+    if (how.wait) {
+        lock = LockPlanner(single);
+    } else if (!lock.try_lock()) {
         if (how.busy != nullptr) *how.busy = true;
-        fftw_free(raw);
         return nullptr;
     }
-    DrainPending(raw->single);
-    ApplyThreadCountOf(raw->single, s.one_thread ? 1 : s.points);
-    (raw->single ? fftwf_set_timelimit : fftw_set_timelimit)(how.time_limit);
-    if (how.interruptible) SetInterruptible(raw->single, true, nullptr);
-    const unsigned flags = FlagsOf(how.effort) | (how.wisdom_only ? FFTW_WISDOM_ONLY : 0) |
-                           (s.any_alignment ? FFTW_UNALIGNED : 0) |
+    DrainPending(single);
+    SetPlanThreads(single, s.one_thread ? 1 : s.points);
+    (single ? fftwf_set_timelimit : fftw_set_timelimit)(how.time_limit);
+    if (how.interruptible) SetInterruptible(single, true, nullptr);
+    constexpr unsigned kEffortFlags[] = {FFTW_ESTIMATE, FFTW_MEASURE, FFTW_PATIENT};  // by Effort
+    const unsigned flags = kEffortFlags[static_cast<int>(how.effort)] |
+                           (how.wisdom_only ? FFTW_WISDOM_ONLY : 0) | (s.any_alignment ? FFTW_UNALIGNED : 0) |
                            (s.preserve_input ? FFTW_PRESERVE_INPUT : 0) |
                            (s.destroy_input ? FFTW_DESTROY_INPUT : 0);
     // Planning may overwrite its arrays: plan on aligned buffers of our own.
+    // Only measuring runs transforms on them, so only then are they written
+    // (untouched pages cost nothing).
+    void *plan = nullptr;
     char *in = static_cast<char *>(fftw_malloc(std::max<size_t>(s.in_bytes, 1)));
     char *out = s.in_place ? in : static_cast<char *>(fftw_malloc(std::max<size_t>(s.out_bytes, 1)));
     if (in != nullptr && out != nullptr) {
-        // Only measuring runs transforms on them (estimating and reading
-        // wisdom leave them untouched, and untouched pages cost nothing).
         if (how.effort != Effort::kEstimate && !how.wisdom_only) std::memset(in, 0, s.in_bytes);
-        const int loops = s.loop ? 1 : 0;
-        raw->plan = raw->single ? Fftw<float>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags)
-                                : Fftw<double>::Plan(s.kind, s.rank, dims, loops, &loop, in, out, flags);
+        plan = kFftw[single].plan(s, in, out, flags);
     }
     bool interrupted = false;
-    if (how.interruptible) SetInterruptible(raw->single, false, &interrupted);
+    if (how.interruptible) SetInterruptible(single, false, &interrupted);
     if (how.interrupted != nullptr) *how.interrupted = interrupted;
     if (out != in) fftw_free(out);
     fftw_free(in);
-    if (raw->plan == nullptr) {
-        fftw_free(raw);
+    auto *raw = plan != nullptr ? static_cast<RawPlan *>(fftw_malloc(sizeof(RawPlan))) : nullptr;
+    if (raw == nullptr) {
+        if (plan != nullptr) kFftw[single].destroy(plan);
         return nullptr;
     }
-    raw->note.estimated = how.effort == Effort::kEstimate;
-    return raw;
+    return new (raw) RawPlan{plan, single, PlanNote{how.effort == Effort::kEstimate}, s, nullptr};
+}
+
+void ExecuteRawPlan(const RawPlan *raw, void *input, void *output) {
+    kFftw[raw->single].execute(raw->problem.kind, raw->plan, input, output);
+    if (raw->note.estimated && g_policy != nullptr) g_policy->ran_estimated(raw);
+}
+
+void FreeRawPlan(RawPlan *raw) {
+    if (raw == nullptr) return;
+    std::unique_lock<std::mutex> planner(g_planner_mutex[raw->single], std::try_to_lock);
+    if (!planner) {
+        std::lock_guard<std::mutex> lock(g_pending_mutex);
+        raw->next_pending = std::exchange(g_pending[raw->single], raw);
+        return;
+    }
+    DrainPending(raw->single);
+    kFftw[raw->single].destroy(raw->plan);
+    fftw_free(raw);
 }
 
 PlanNote &NoteOf(const RawPlan *plan) { return plan->note; }
@@ -504,30 +500,36 @@ const RawSpec &SpecOf(const RawPlan *plan) { return plan->problem; }
 
 void SetPlanPolicy(const PlanPolicy *policy) { g_policy = policy; }
 
+namespace {
+void Refresh(RawPlan *&plan) {
+    if (plan != nullptr && plan->note.estimated)
+        if (RawPlan *better = g_policy->replacement(plan)) FreeRawPlan(std::exchange(plan, better));
+}
+}  // namespace
+
 void RefreshPlans(DFTI_DESCRIPTOR_HANDLE d) {
-    if (g_policy == nullptr || d == nullptr || !IsDescriptor(d)) return;
-    for (RawPlan *&plan : d->plans)
-        if (plan != nullptr && plan->note.estimated)
-            if (RawPlan *better = g_policy->replacement(plan)) {
-                FreeRawPlan(plan);
-                plan = better;
-            }
+    if (g_policy == nullptr || !IsDescriptor(d)) return;
+    for (RawPlan *&plan : d->plans) Refresh(plan);
+    for (int k = 0; d->attached_plans && k < 4; ++k)
+        for (int i = 0; i < d->attachments[k].plan_count; ++i) Refresh(d->attachments[k].plans[i]);
 }
 
 void StopPlanning() {
     if (g_policy != nullptr) g_policy->stop();
-    for (int single = 0; single < 2; ++single) {
+    for (bool single : {false, true}) {
         std::lock_guard<std::mutex> lock(g_planner_mutex[single]);
-        DrainPending(single != 0);
+        DrainPending(single);
     }
 }
 
+void InterruptMeasurements() {
+    std::lock_guard<std::mutex> lock(g_interrupt_mutex);
+    InterruptLocked(false);
+    InterruptLocked(true);
+}
+
 void LockForFork() {
-    for (bool single : {false, true}) {
-        std::unique_lock<std::mutex> lock(g_planner_mutex[single], std::defer_lock);
-        LockPlanner(lock, single);
-        lock.release();
-    }
+    for (bool single : {false, true}) LockPlanner(single).release();
     g_pending_mutex.lock();
     g_interrupt_mutex.lock();
 }
@@ -538,83 +540,60 @@ void UnlockAfterFork() {
     for (std::mutex &planner : g_planner_mutex) planner.unlock();
 }
 
-void InterruptMeasurements() {
-    Interrupt(false);
-    Interrupt(true);
-}
-
 // Wisdom carries a signature of the planner's solvers, which the threads
 // library extends: it is set up before wisdom is read or written.
 char *ExportWisdom(DFTI_CONFIG_VALUE precision) {
-    PlannerLock planner(precision);
-    ApplyThreadCountOf(precision == DFTI_SINGLE, 1);
-    return precision == DFTI_SINGLE ? fftwf_export_wisdom_to_string() : fftw_export_wisdom_to_string();
+    const bool single = precision == DFTI_SINGLE;
+    auto lock = LockPlanner(single);
+    SetPlanThreads(single, 1);
+    return (single ? fftwf_export_wisdom_to_string : fftw_export_wisdom_to_string)();
 }
 
 bool ImportWisdom(DFTI_CONFIG_VALUE precision, const char *text) {
-    PlannerLock planner(precision);
-    ApplyThreadCountOf(precision == DFTI_SINGLE, 1);
-    return (precision == DFTI_SINGLE ? fftwf_import_wisdom_from_string(text)
-                                     : fftw_import_wisdom_from_string(text)) != 0;
+    const bool single = precision == DFTI_SINGLE;
+    auto lock = LockPlanner(single);
+    SetPlanThreads(single, 1);
+    return (single ? fftwf_import_wisdom_from_string : fftw_import_wisdom_from_string)(text) != 0;
 }
 
 void ForgetWisdom(DFTI_CONFIG_VALUE precision) {
-    PlannerLock planner(precision);
-    (precision == DFTI_SINGLE ? fftwf_forget_wisdom : fftw_forget_wisdom)();
+    const bool single = precision == DFTI_SINGLE;
+    auto lock = LockPlanner(single);
+    (single ? fftwf_forget_wisdom : fftw_forget_wisdom)();
 }
 
 const char *FftwVersion() { return fftw_version; }
 
-void ExecuteRawPlan(const RawPlan *raw, void *input, void *output) {
-    if (raw->single)
-        Fftw<float>::Execute(raw->kind, raw->plan, input, output);
-    else
-        Fftw<double>::Execute(raw->kind, raw->plan, input, output);
-    if (raw->note.estimated && g_policy != nullptr) g_policy->ran_estimated(raw);
-}
-
-void FreeRawPlan(RawPlan *raw) {
-    if (raw == nullptr) return;
-    std::mutex &planner = g_planner_mutex[raw->single];
-    if (planner.try_lock()) {
-        DrainPending(raw->single);
-        DestroyNow(raw);
-        planner.unlock();
-        return;
-    }
-    std::lock_guard<std::mutex> lock(g_pending_mutex);
-    raw->next_pending = g_pending[raw->single];
-    g_pending[raw->single] = raw;
-}
-
 void *AllocateAligned(size_t bytes) { return fftw_malloc(bytes); }
 void FreeAligned(void *p) { fftw_free(p); }
 int AlignmentClass(DFTI_CONFIG_VALUE precision, const void *p) {
-    return precision == DFTI_SINGLE ? Fftw<float>::AlignmentOf(p) : Fftw<double>::AlignmentOf(p);
+    return kFftw[precision == DFTI_SINGLE].alignment_of(p);
 }
+
+// ---- test controls
 
 Counters GetCounters() { return {g_creates, g_frees, g_computes, g_live}; }
 void ResetCounters() { g_creates = g_frees = g_computes = 0; }
-
-bool MeasurementUnderWay() {
-    std::lock_guard<std::mutex> lock(g_interrupt_mutex);
-    return g_interruptible[0] || g_interruptible[1];
-}
-
-PlanCounts PlansOf(const void *descriptor) {
-    PlanCounts counts;
-    if (!IsDescriptor(descriptor)) return counts;
-    for (const RawPlan *plan : static_cast<const DFTI_DESCRIPTOR *>(descriptor)->plans)
-        if (plan != nullptr) {
-            ++counts.made;
-            counts.estimated += plan->note.estimated ? 1 : 0;
-        }
-    return counts;
-}
 
 void FailCall(Call call, int nth) { g_faults[static_cast<int>(call)] = nth; }
 void ClearFaults() {
     for (std::atomic<int> &countdown : g_faults) countdown = 0;
 }
+
+PlanCounts PlansOf(const void *descriptor) {
+    PlanCounts counts;
+    const auto count = [&](const RawPlan *plan) {
+        counts.made += plan != nullptr;
+        counts.estimated += plan != nullptr && plan->note.estimated;
+    };
+    if (!IsDescriptor(descriptor)) return counts;
+    const auto *d = static_cast<const DFTI_DESCRIPTOR *>(descriptor);
+    for (const RawPlan *plan : d->plans) count(plan);
+    for (const auto &a : d->attachments)
+        for (int i = 0; i < a.plan_count; ++i) count(a.plans[i]);
+    return counts;
+}
+
+bool MeasurementUnderWay() { return g_interruptible[0] || g_interruptible[1]; }
 
 }  // namespace fennel::engine

@@ -8,29 +8,10 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
-
-#include "dft/engine/dfti.h"
+#include <mutex>
 
 namespace fennel::engine {
 namespace {
-
-// Measured plans run 1.25 to 2.2 times faster than estimated ones; making
-// one takes 0.07 s at 1024 points and up to about 5 s from 2^18 points on.
-// A plan handle exists to pay that once, so the default measures, without a
-// time limit: a limited planner that runs out of time keeps a plan no better
-// than an estimated one (bench/README.md has the figures).
-
-int EffortOverride() {
-    static const int value = [] {
-        const char *v = std::getenv("FENNEL_DSP_PLANNER");
-        if (v == nullptr || std::strcmp(v, "default") == 0) return -1;
-        if (std::strcmp(v, "estimate") == 0) return static_cast<int>(Effort::kEstimate);
-        if (std::strcmp(v, "measure") == 0) return static_cast<int>(Effort::kMeasure);
-        if (std::strcmp(v, "patient") == 0) return static_cast<int>(Effort::kPatient);
-        return -1;
-    }();
-    return value;
-}
 
 // From this many points (all dimensions and batches) a plan runs on every
 // core.  Measured on the idle 2-core machine (bench/README.md), two threads
@@ -61,34 +42,6 @@ void ParallelLoop(void *(*work)(char *), char *jobs, size_t size, int count, voi
     if (count < 2 || g_share == nullptr || !g_share(&Loop::Run, &loop)) Loop::Run(&loop);
 }
 
-// FFTW's thread support, initialised once before any planner setting (the
-// threads library resets the planner when a thread count is set first),
-// with its loops on the library's own threads.
-// Each precision's on its first plan: setting up a planner takes about
-// half a millisecond, paid by the first call that needs it.
-void InitThreadsOf(bool single) {
-    if (single) {
-        static const bool done = [] {
-            fftwf_init_threads();
-            fftwf_threads_set_callback(&ParallelLoop, nullptr);
-            return true;
-        }();
-        (void)done;
-    } else {
-        static const bool done = [] {
-            fftw_init_threads();
-            fftw_threads_set_callback(&ParallelLoop, nullptr);
-            return true;
-        }();
-        (void)done;
-    }
-}
-
-void InitThreads() {
-    InitThreadsOf(false);
-    InitThreadsOf(true);
-}
-
 // The machine's cores (FENNEL_DSP_THREADS overrides).
 int Cores() {
     static const int cores = [] {
@@ -101,28 +54,31 @@ int Cores() {
 
 }  // namespace
 
-Effort PlannerEffortFor(std::ptrdiff_t total) {
-    (void)total;
-    const int forced = EffortOverride();
-    return forced >= 0 ? static_cast<Effort>(forced) : Effort::kMeasure;
+// Measured plans run 1.25 to 2.2 times faster than estimated ones
+// (bench/README.md); the planning policy (dft/planning/) decides when to
+// measure, and without it every plan is measured.
+Effort DefaultEffort() {
+    static const Effort effort = [] {
+        const char *v = std::getenv("FENNEL_DSP_PLANNER");
+        if (v != nullptr && std::strcmp(v, "estimate") == 0) return Effort::kEstimate;
+        if (v != nullptr && std::strcmp(v, "patient") == 0) return Effort::kPatient;
+        return Effort::kMeasure;
+    }();
+    return effort;
 }
-
-int PlannerOverride() { return EffortOverride(); }
-
-double PlannerTimeLimit() { return -1.0; }
 
 int ThreadsFor(std::ptrdiff_t total) { return total >= kThreadsFrom ? Cores() : 1; }
 
-void ApplyThreadCount(std::ptrdiff_t total) {
-    InitThreads();
-    const int threads = ThreadsFor(total);
-    fftw_plan_with_nthreads(threads);
-    fftwf_plan_with_nthreads(threads);
-}
-
-void ApplyThreadCountOf(bool single, std::ptrdiff_t total) {
-    InitThreadsOf(single);
-    (single ? fftwf_plan_with_nthreads : fftw_plan_with_nthreads)(ThreadsFor(total));
+// FFTW's thread support is set up before any other planner setting (setting
+// a thread count first resets the planner), on the first plan of each
+// precision (about half a millisecond), with its loops on our threads.
+void SetPlanThreads(bool single, std::ptrdiff_t points) {
+    static std::once_flag once[2];
+    std::call_once(once[single], [single] {
+        (single ? fftwf_init_threads : fftw_init_threads)();
+        (single ? fftwf_threads_set_callback : fftw_threads_set_callback)(&ParallelLoop, nullptr);
+    });
+    (single ? fftwf_plan_with_nthreads : fftw_plan_with_nthreads)(ThreadsFor(points));
 }
 
 void SetWorkSharing(bool (*share)(void (*)(void *), void *)) { g_share = share; }

@@ -4,8 +4,8 @@ overwrite_x, over N-dimensional arrays.
 
 From 256 KiB of input, transforms over up to three axes run as one batched
 call of the library's strided FFT on the numpy arrays themselves (the
-other axes are the batch; real spectra stay half, and a real input's full
-spectrum is completed by symmetry).  Smaller inputs, and calls with a plan,
+other axes are the batch; real spectra stay half, and the library completes
+a real input's full spectrum by symmetry).  Smaller inputs, and calls with a plan,
 go through host arrays: one-dimensional transforms of a batch as one
 multichannel library call (rows or columns as channels, without a
 transposing copy when the axis is the first or the last one that is longer
@@ -258,10 +258,9 @@ def _direct(x, axes, sizes, code, inverse, real, wt, name):
             fit[-1] = half
         xin = _strided.fitted(x, wt, axes, fit)
         y = np.empty(shape, REAL_OF[wt] if real else wt)
-    if not _strided.run(xin, y, axes, sizes, 1 if inverse else 0, name):
+    direction = 1 if inverse else 2 if real == "full" else 0
+    if not _strided.run(xin, y, axes, sizes, direction, name):
         return None
-    if real == "full":
-        _strided.mirror(y, axes, sizes)
     f = _strided.factor(code, math.prod(sizes), inverse)
     if f != 1.0:
         y *= f

@@ -1179,22 +1179,47 @@ def _by_blocks(rows, n, step):
     return y
 
 
-def _batched_dct2(rows, plan):
-    """The unscaled DCT-II (2 sum x_j cos(pi k (2j + 1) / 2n)) of every row
-    by batched real FFTs: even samples forwards, odd ones backwards, then a
-    quarter-bin twiddle of the half spectrum gives bins k and n - k."""
+def _rfft_rows(v, plan):
+    """The half spectra of the rows of v (2D) in one strided call, or
+    through `rfft` with a caller's plan."""
+    if plan is None:
+        n = v.shape[1]
+        V = np.empty((v.shape[0], n // 2 + 1), COMPLEX_OF[v.dtype])
+        if _strided.run(v, V, [1], [n], 0, "fennel_dsp.rfft"):
+            return V
+    return rfft(v, axis=-1, plan=plan)
+
+
+# The passes around the DCT's and DST's batched FFTs in C (fennel_dsp._fast),
+# or None: numpy's steps then.
+_passes = _fastpath._fast
+
+
+def _batched_dct2(rows, plan, scale=1.0, first=1.0):
+    """The DCT-II (2 sum x_j cos(pi k (2j + 1) / 2n)) of every row times
+    scale, bin 0 times first once more, by batched real FFTs: even samples
+    forwards, odd ones backwards, then a quarter-bin twiddle of the half
+    spectrum gives bins k and n - k."""
     n = rows.shape[1]
     h, q = (n + 1) // 2, n // 2 + 1
     tw = (2 * np.exp(-0.5j * np.pi * np.arange(q) / n)).astype(COMPLEX_OF[rows.dtype])
+    # The twiddles times scale, as real and imaginary rows, for the C pass.
+    twr = (tw.real * scale).astype(rows.dtype).reshape(1, q)
+    twi = (tw.imag * scale).astype(rows.dtype).reshape(1, q)
 
     def step(x, out):
         v = np.empty(x.shape, x.dtype)
-        v[:, :h] = x[:, ::2]
-        v[:, h:] = x[:, 1::2][:, ::-1]
-        V = rfft(v, axis=-1, plan=plan)
+        if _passes is None or _passes.dct2_pack(x, v) is NotImplemented:
+            v[:, :h] = x[:, ::2]
+            v[:, h:] = x[:, 1::2][:, ::-1]
+        V = _rfft_rows(v, plan)
+        if _passes is not None and _passes.dct2_unpack(V, twr, twi, out, first) is None:
+            return
         V *= tw
         out[:, :q] = V.real
         np.negative(V.imag[:, n - q:0:-1], out=out[:, q:])
+        out *= scale
+        out[:, 0] *= first
 
     return _by_blocks(rows, n, step)
 
@@ -1228,11 +1253,8 @@ def _dct23(rows, kind, n, code, orth, name, plan):
     if rows.shape[0] > 1:
         rows = _resized(rows, n)
         if kind == 2:
-            y = _batched_dct2(rows, plan)
-            y *= g / math.sqrt(2.0 * n)
-            if orth:
-                y[:, 0] /= math.sqrt(2.0)
-            return y
+            return _batched_dct2(rows, plan, g / math.sqrt(2.0 * n),
+                                 1 / math.sqrt(2.0) if orth else 1.0)
         if orth:
             rows = rows.copy()
             rows[:, 0] *= math.sqrt(2.0)
@@ -1266,10 +1288,14 @@ def _trig_kind(rows, kind, n, code, orth, name, plan):
             # The odd extension [0, x, 0, -x reversed]: minus the imaginary
             # part of its FFT is twice the DST-I, for all rows at once.
             def step(x, out):
-                z = np.zeros((x.shape[0], 2 * (n + 1)), x.dtype)
-                z[:, 1:n + 1] = x
-                np.negative(x[:, ::-1], out=z[:, n + 2:])
-                np.multiply(rfft(z, axis=-1, plan=plan)[:, 1:n + 1].imag, -0.5 * f, out=out)
+                z = np.empty((x.shape[0], 2 * (n + 1)), x.dtype)
+                if _passes is None or _passes.dst1_pack(x, z) is NotImplemented:
+                    z[:, [0, n + 1]] = 0
+                    z[:, 1:n + 1] = x
+                    np.negative(x[:, ::-1], out=z[:, n + 2:])
+                Z = _rfft_rows(z, plan)
+                if _passes is None or _passes.dst1_unpack(Z, out, -0.5 * f) is NotImplemented:
+                    np.multiply(Z[:, 1:n + 1].imag, -0.5 * f, out=out)
 
             return _by_blocks(_resized(rows, n), n, step)
         y = _trig_rows(f"{prefix(rows.dtype)}1DDSTH", rows, n, plan, name)

@@ -418,7 +418,48 @@ static PyObject *dst1_unpack(PyObject *self, PyObject *const *args, Py_ssize_t n
     Py_RETURN_NONE;
 }
 
+/* sub_product(y, t, m): y -= t @ m for float64 arrays, y (R, L) with unit
+ * column stride, t (R, K) and m (K, L) C-contiguous; a small K (the IIR
+ * tails' state responses), so one pass of y per row, on one thread. */
+VECTORIZED static void sub_product_double(double *y, npy_intp ys, const double *restrict t,
+                                          const double *restrict m, npy_intp R, npy_intp L,
+                                          npy_intp K) {
+    for (npy_intp r = 0; r < R; ++r, y += ys, t += K) {
+        double *restrict row = y;
+        for (npy_intp k = 0; k < K; ++k) {
+            const double c = t[k];
+            const double *restrict mk = m + k * L;
+            for (npy_intp l = 0; l < L; ++l) row[l] -= c * mk[l];
+        }
+    }
+}
+
+static PyObject *sub_product(PyObject *self, PyObject *const *args, Py_ssize_t nargs) {
+    (void)self;
+    if (nargs != 3) Py_RETURN_NOTIMPLEMENTED;
+    for (int i = 0; i < 3; ++i)
+        if (!PyArray_CheckExact(args[i]) || PyArray_TYPE((PyArrayObject *)args[i]) != NPY_DOUBLE ||
+            PyArray_NDIM((PyArrayObject *)args[i]) != 2)
+            Py_RETURN_NOTIMPLEMENTED;
+    PyArrayObject *y = (PyArrayObject *)args[0], *t = (PyArrayObject *)args[1],
+                  *m = (PyArrayObject *)args[2];
+    const npy_intp R = PyArray_DIMS(y)[0], L = PyArray_DIMS(y)[1], K = PyArray_DIMS(t)[1];
+    if (PyArray_DIMS(t)[0] != R || PyArray_DIMS(m)[0] != K || PyArray_DIMS(m)[1] != L ||
+        !PyArray_IS_C_CONTIGUOUS(t) || !PyArray_IS_C_CONTIGUOUS(m) || !PyArray_ISWRITEABLE(y) ||
+        PyArray_STRIDES(y)[1] != sizeof(double) || PyArray_STRIDES(y)[0] % sizeof(double))
+        Py_RETURN_NOTIMPLEMENTED;
+    double *yd = PyArray_DATA(y);
+    const npy_intp ys = PyArray_STRIDES(y)[0] / (npy_intp)sizeof(double);
+    const double *td = PyArray_DATA(t), *md = PyArray_DATA(m);
+    Py_BEGIN_ALLOW_THREADS
+    sub_product_double(yd, ys, td, md, R, L, K);
+    Py_END_ALLOW_THREADS
+    Py_RETURN_NONE;
+}
+
 static PyMethodDef methods[] = {
+    {"sub_product", (PyCFunction)(void (*)(void))sub_product, METH_FASTCALL,
+     "sub_product(y, t, m): y -= t @ m (float64, small inner size, one thread)"},
     {"dct2_pack", (PyCFunction)(void (*)(void))dct2_pack, METH_FASTCALL,
      "dct2_pack(x, v): v's rows = x's even samples, then its odd ones backwards"},
     {"dct2_unpack", (PyCFunction)(void (*)(void))dct2_unpack, METH_FASTCALL,

@@ -513,9 +513,14 @@ def hfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan
     """
     name = "fennel_dsp.hfft"
     x, wt, code = _prepare(x, name, norm, workers)
-    return _one_axis(np.conj(x.astype(COMPLEX_OF[wt], copy=False)), n,
-                     axis_index(axis, x.ndim, name), norm_code(_SWAP[norm], name), True, True,
-                     name, plan, COMPLEX_OF[wt])
+    axis = axis_index(axis, x.ndim, name)
+    m = 2 * (x.shape[axis] - 1) if n is None else length(n, name)
+    if m < 1:
+        raise ValueError(f"{name}: invalid number of data points ({m}) specified")
+    # The conjugate's real inverse, on irfft's paths (the compiled call, the
+    # strided call on the array).
+    return irfft(np.conj(x.astype(COMPLEX_OF[wt], copy=False)), None if n is None else m,
+                 -1 if axis == x.ndim - 1 else axis, _SWAP[norm], workers=workers, plan=plan)
 
 
 def ihfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):

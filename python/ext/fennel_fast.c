@@ -305,39 +305,83 @@ DCT2_PACK(double)
 DCT2_UNPACK(float)
 DCT2_UNPACK(double)
 
-/* dst1_pack(x, z): every row of z (2 (n + 1) long) = 0, x, 0, -x backwards. */
-#define DST1_PACK(R)                                                                \
-    VECTORIZED static void dst1_pack_##R(const R *restrict x, npy_intp rs, npy_intp cs, \
-                                         R *restrict z, npy_intp rows, npy_intp n) { \
-        const npy_intp m = 2 * (n + 1);                                             \
-        for (npy_intp r = 0; r < rows; ++r, x += rs, z += m) {                      \
-            z[0] = 0;                                                               \
-            z[n + 1] = 0;                                                           \
-            if (cs == 1) {                                                          \
-                for (npy_intp j = 0; j < n; ++j) {                                  \
-                    z[1 + j] = x[j];                                                \
-                    z[m - 1 - j] = -x[j];                                           \
-                }                                                                   \
-                continue;                                                           \
+/* The DST-I of n points from a real FFT of m = n + 1 points.  dst1_fold(x,
+ * sines, y): y[0] = 0, y[j] = sin(pi j/m) (x_j + x_{m-j}) + (x_j - x_{m-j})/2
+ * for j = 1 .. n, x_j = x[j - 1]; sines (1, m) holds sin(pi j/m).  Its
+ * spectrum Y gives X_k = sum x_j sin(pi j k/m): X_2k = -Im Y_k, and
+ * X_2k+1 = X_2k-1 + Re Y_k with X_1 = Re Y_0 / 2; dst1_unfold(Y, y, scale)
+ * writes scale X_1 .. X_n. */
+#define DST1_FOLD(R)                                                                \
+    VECTORIZED static void dst1_fold_##R(const R *restrict x, npy_intp rs, npy_intp cs, \
+                                         const R *restrict sines, R *restrict y,    \
+                                         npy_intp rows, npy_intp n) {               \
+        const npy_intp m = n + 1;                                                   \
+        for (npy_intp r = 0; r < rows; ++r, x += rs, y += m) {                      \
+            y[0] = 0;                                                               \
+            for (npy_intp j = 1; j < m; ++j) {                                      \
+                const R a = x[(j - 1) * cs], b = x[(m - j - 1) * cs];               \
+                y[j] = sines[j] * (a + b) + (R)0.5 * (a - b);                       \
             }                                                                       \
-            for (npy_intp j = 0; j < n; ++j) z[1 + j] = x[j * cs];                  \
-            for (npy_intp j = 0; j < n; ++j) z[m - 1 - j] = -x[j * cs];             \
         }                                                                           \
     }
-DST1_PACK(float)
-DST1_PACK(double)
+DST1_FOLD(float)
+DST1_FOLD(double)
 
-/* dst1_unpack(Z, y, scale): y[k] = scale Im(Z[k + 1]); Z (rows, >= n + 1)
- * complex, y (rows, n). */
-#define DST1_UNPACK(R)                                                                  \
-    VECTORIZED static void dst1_unpack_##R(const R *restrict Z, npy_intp zc, R *restrict y, \
-                                           npy_intp rows, npy_intp n, double scale) {   \
-        const R g = (R)scale;                                                           \
-        for (npy_intp r = 0; r < rows; ++r, Z += 2 * zc, y += n)                        \
-            for (npy_intp k = 0; k < n; ++k) y[k] = Z[2 * k + 3] * g;                   \
+#define DST1_UNFOLD(R)                                                                  \
+    static void dst1_unfold_##R(const R *restrict Y, npy_intp yc, R *restrict out,      \
+                                npy_intp rows, npy_intp n, double scale) {              \
+        for (npy_intp r = 0; r < rows; ++r, Y += 2 * yc, out += n) {                    \
+            for (npy_intp k = 1; 2 * k <= n; ++k) out[2 * k - 1] = (R)(-scale * Y[2 * k + 1]); \
+            double odd = 0.5 * Y[0];                                                    \
+            out[0] = (R)(scale * odd);                                                  \
+            for (npy_intp k = 1; 2 * k + 1 <= n; ++k) {                                 \
+                odd += Y[2 * k];                                                        \
+                out[2 * k] = (R)(scale * odd);                                          \
+            }                                                                           \
+        }                                                                               \
     }
-DST1_UNPACK(float)
-DST1_UNPACK(double)
+DST1_UNFOLD(float)
+DST1_UNFOLD(double)
+
+static PyObject *dst1_fold(PyObject *self, PyObject *const *args, Py_ssize_t nargs) {
+    (void)self;
+    static const int written[3] = {0, 0, 1};
+    const int t = nargs == 3 ? pass_type(args, written, 3, NULL) : -1;
+    if (t < 0 || ROWS(args[0]) != ROWS(args[2]) || COLS(args[2]) != COLS(args[0]) + 1 ||
+        ROWS(args[1]) != 1 || COLS(args[1]) != COLS(args[2]) || STRIDE(args[1], 1) != 1)
+        Py_RETURN_NOTIMPLEMENTED;
+    const npy_intp rows = ROWS(args[0]), n = COLS(args[0]), rs = STRIDE(args[0], 0),
+                   cs = STRIDE(args[0], 1);
+    const void *x = DATA(args[0]), *sines = DATA(args[1]);
+    void *y = DATA(args[2]);
+    Py_BEGIN_ALLOW_THREADS
+    if (t == NPY_FLOAT) dst1_fold_float(x, rs, cs, sines, y, rows, n);
+    else dst1_fold_double(x, rs, cs, sines, y, rows, n);
+    Py_END_ALLOW_THREADS
+    Py_RETURN_NONE;
+}
+
+static PyObject *dst1_unfold(PyObject *self, PyObject *const *args, Py_ssize_t nargs) {
+    (void)self;
+    static const int written[1] = {1};
+    if (nargs != 3) Py_RETURN_NOTIMPLEMENTED;
+    const int t = pass_type(args + 1, written, 1, args[0]);
+    const double scale = PyFloat_AsDouble(args[2]);
+    if (PyErr_Occurred()) return NULL;
+    if (t < 0) Py_RETURN_NOTIMPLEMENTED;
+    PyArrayObject *Y = (PyArrayObject *)args[0];
+    const npy_intp rows = ROWS(args[1]), n = COLS(args[1]);
+    if (PyArray_NDIM(Y) != 2 || PyArray_DIMS(Y)[0] != rows || PyArray_DIMS(Y)[1] != (n + 1) / 2 + 1)
+        Py_RETURN_NOTIMPLEMENTED;
+    const void *Yd = PyArray_DATA(Y);
+    const npy_intp yc = PyArray_DIMS(Y)[1];
+    void *y = DATA(args[1]);
+    Py_BEGIN_ALLOW_THREADS
+    if (t == NPY_FLOAT) dst1_unfold_float(Yd, yc, y, rows, n, scale);
+    else dst1_unfold_double(Yd, yc, y, rows, n, scale);
+    Py_END_ALLOW_THREADS
+    Py_RETURN_NONE;
+}
 
 static PyObject *dct2_pack(PyObject *self, PyObject *const *args, Py_ssize_t nargs) {
     (void)self;
@@ -376,44 +420,6 @@ static PyObject *dct2_unpack(PyObject *self, PyObject *const *args, Py_ssize_t n
     Py_BEGIN_ALLOW_THREADS
     if (t == NPY_FLOAT) dct2_unpack_float(Vd, rd, id, y, rows, n, first);
     else dct2_unpack_double(Vd, rd, id, y, rows, n, first);
-    Py_END_ALLOW_THREADS
-    Py_RETURN_NONE;
-}
-
-static PyObject *dst1_pack(PyObject *self, PyObject *const *args, Py_ssize_t nargs) {
-    (void)self;
-    static const int written[2] = {0, 1};
-    const int t = nargs == 2 ? pass_type(args, written, 2, NULL) : -1;
-    if (t < 0 || ROWS(args[0]) != ROWS(args[1]) || COLS(args[1]) != 2 * (COLS(args[0]) + 1))
-        Py_RETURN_NOTIMPLEMENTED;
-    const npy_intp rows = ROWS(args[0]), n = COLS(args[0]), rs = STRIDE(args[0], 0),
-                   cs = STRIDE(args[0], 1);
-    void *x = DATA(args[0]), *z = DATA(args[1]);
-    Py_BEGIN_ALLOW_THREADS
-    if (t == NPY_FLOAT) dst1_pack_float(x, rs, cs, z, rows, n);
-    else dst1_pack_double(x, rs, cs, z, rows, n);
-    Py_END_ALLOW_THREADS
-    Py_RETURN_NONE;
-}
-
-static PyObject *dst1_unpack(PyObject *self, PyObject *const *args, Py_ssize_t nargs) {
-    (void)self;
-    static const int written[1] = {1};
-    if (nargs != 3) Py_RETURN_NOTIMPLEMENTED;
-    const int t = pass_type(args + 1, written, 1, args[0]);
-    const double scale = PyFloat_AsDouble(args[2]);
-    if (PyErr_Occurred()) return NULL;
-    if (t < 0) Py_RETURN_NOTIMPLEMENTED;
-    PyArrayObject *Z = (PyArrayObject *)args[0];
-    const npy_intp rows = ROWS(args[1]), n = COLS(args[1]);
-    if (PyArray_NDIM(Z) != 2 || PyArray_DIMS(Z)[0] != rows || PyArray_DIMS(Z)[1] < n + 1)
-        Py_RETURN_NOTIMPLEMENTED;
-    const void *Zd = PyArray_DATA(Z);
-    const npy_intp zc = PyArray_DIMS(Z)[1];
-    void *y = DATA(args[1]);
-    Py_BEGIN_ALLOW_THREADS
-    if (t == NPY_FLOAT) dst1_unpack_float(Zd, zc, y, rows, n, scale);
-    else dst1_unpack_double(Zd, zc, y, rows, n, scale);
     Py_END_ALLOW_THREADS
     Py_RETURN_NONE;
 }
@@ -464,10 +470,10 @@ static PyMethodDef methods[] = {
      "dct2_pack(x, v): v's rows = x's even samples, then its odd ones backwards"},
     {"dct2_unpack", (PyCFunction)(void (*)(void))dct2_unpack, METH_FASTCALL,
      "dct2_unpack(V, twr, twi, y, first): the DCT-II from the twiddled half spectra"},
-    {"dst1_pack", (PyCFunction)(void (*)(void))dst1_pack, METH_FASTCALL,
-     "dst1_pack(x, z): z's rows = 0, x, 0, -x backwards"},
-    {"dst1_unpack", (PyCFunction)(void (*)(void))dst1_unpack, METH_FASTCALL,
-     "dst1_unpack(Z, y, scale): y = scale Im(Z[:, 1:n + 1])"},
+    {"dst1_fold", (PyCFunction)(void (*)(void))dst1_fold, METH_FASTCALL,
+     "dst1_fold(x, sines, y): the DST-I's input folded for a real FFT of n + 1 points"},
+    {"dst1_unfold", (PyCFunction)(void (*)(void))dst1_unfold, METH_FASTCALL,
+     "dst1_unfold(Y, y, scale): the DST-I from that FFT"},
     {NULL, NULL, 0, NULL}};
 
 static struct PyModuleDef module = {

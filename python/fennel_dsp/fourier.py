@@ -1289,18 +1289,30 @@ def _trig_kind(rows, kind, n, code, orth, name, plan):
         return _dct23(rows, kind, n, code, orth, name, plan)
     if kind == "dst1":
         f = (2.0, math.sqrt(2.0 / (n + 1)), 1.0 / (n + 1))[code]
+        if rows.shape[0] > 1 and _passes is not None:
+            # From a real FFT of n + 1 points (half the odd extension's):
+            # the input folded with sines, the odd outputs a running sum.
+            sines = np.sin(np.pi / (n + 1) * np.arange(n + 1)).astype(rows.dtype)[None]
+
+            def fold(x, out):
+                y = np.empty((x.shape[0], n + 1), x.dtype)
+                if _passes.dst1_fold(x, sines, y) is NotImplemented:
+                    raise Unsupported("layout")
+                if _passes.dst1_unfold(_rfft_rows(y, plan), out, f) is NotImplemented:
+                    raise Unsupported("layout")
+
+            try:
+                return _by_blocks(_resized(rows, n), n, fold)
+            except Unsupported:
+                pass
         if rows.shape[0] > 1:
             # The odd extension [0, x, 0, -x reversed]: minus the imaginary
             # part of its FFT is twice the DST-I, for all rows at once.
             def step(x, out):
-                z = np.empty((x.shape[0], 2 * (n + 1)), x.dtype)
-                if _passes is None or _passes.dst1_pack(x, z) is NotImplemented:
-                    z[:, [0, n + 1]] = 0
-                    z[:, 1:n + 1] = x
-                    np.negative(x[:, ::-1], out=z[:, n + 2:])
-                Z = _rfft_rows(z, plan)
-                if _passes is None or _passes.dst1_unpack(Z, out, -0.5 * f) is NotImplemented:
-                    np.multiply(Z[:, 1:n + 1].imag, -0.5 * f, out=out)
+                z = np.zeros((x.shape[0], 2 * (n + 1)), x.dtype)
+                z[:, 1:n + 1] = x
+                np.negative(x[:, ::-1], out=z[:, n + 2:])
+                np.multiply(_rfft_rows(z, plan)[:, 1:n + 1].imag, -0.5 * f, out=out)
 
             return _by_blocks(_resized(rows, n), n, step)
         y = _trig_rows(f"{prefix(rows.dtype)}1DDSTH", rows, n, plan, name)

@@ -11,6 +11,7 @@ samples) or per signal; its initial state `zi` is scipy's (transposed
 direct form II)."""
 import math
 import operator
+import warnings
 
 import numpy as np
 
@@ -768,6 +769,32 @@ def _taylor(M, nbar=4, sll=30, norm=True):
     return w / W((M - 1) / 2) if norm else w
 
 
+def _chebwin(M, at):
+    """Dolph-Chebyshev: the inverse DFT of the Chebyshev polynomial of
+    degree M - 1 sampled on beta cos(pi k / M) (half a sample later for even
+    M), at dB sidelobes, peak 1."""
+    if abs(at) < 45:
+        warnings.warn("chebwin: below about 45 dB of attenuation the window's equivalent "
+                      "noise bandwidth does not grow with the attenuation", UserWarning,
+                      stacklevel=4)
+    order = M - 1
+    beta = np.cosh(np.arccosh(10 ** (abs(at) / 20.0)) / order)
+    x = beta * np.cos(np.pi * np.arange(M) / M)
+    inside = np.abs(x) <= 1
+    p = np.cos(order * np.arccos(np.clip(x, -1, 1)))
+    outside = np.cosh(order * np.arccosh(np.maximum(np.abs(x), 1)))
+    p[~inside] = (outside * np.where(x < -1, (-1.0) ** order, 1.0))[~inside]
+    if M % 2:
+        w = fourier.fft(p).real
+        h = (M + 1) // 2
+        w = np.concatenate((w[h - 1:0:-1], w[:h]))
+    else:
+        w = fourier.fft(p * np.exp(1j * np.pi / M * np.arange(M))).real
+        h = M // 2 + 1
+        w = np.concatenate((w[h - 1:0:-1], w[1:h]))
+    return w / w.max()
+
+
 # name: (function of M and the parameters, number of required parameters)
 _FORMULAS = {}
 for _names, _entry in [
@@ -785,7 +812,8 @@ for _names, _entry in [
         (("general gaussian", "general_gaussian", "general gauss", "general_gauss", "ggs"),
          (lambda M, p, sig: np.exp(-0.5 * np.abs(_offsets(M) / sig) ** (2 * p)), 2)),
         (("lanczos", "sinc"), (lambda M: np.sinc(2.0 * np.arange(M) / (M - 1) - 1.0), 0)),
-        (("taylor", "taylorwin"), (_taylor, 0))]:
+        (("taylor", "taylorwin"), (_taylor, 0)),
+        (("chebwin", "cheb"), (_chebwin, 1))]:
     for _name in _names:
         _FORMULAS[_name] = _entry
 
@@ -858,8 +886,8 @@ def get_window(window, Nx, fftbins=True):
         alpha), ("general_cosine", a), "cosine", "triang", "parzen",
         "bohman", "barthann", "lanczos", "exponential" or ("exponential",
         center, tau), ("general_gaussian", p, sig), "taylor" or ("taylor",
-        nbar, sll, norm) from their definitions, with scipy's aliases.
-        Others ("chebwin", "dpss", "kbd") raise NotImplementedError.
+        nbar, sll, norm), ("chebwin", at) from their definitions, with
+        scipy's aliases.  Others ("dpss", "kbd") raise NotImplementedError.
     Nx : int
         Number of points.
     fftbins : bool, optional

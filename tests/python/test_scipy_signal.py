@@ -80,7 +80,7 @@ WINDOWS = ["hann", "hamming", "blackman", "blackmanharris", "nuttall", "boxcar",
            # computed in the binding from their definitions
            "tukey", ("tukey", 1.5), ("general_cosine", [0.5, 0.3, 0.2]), "cosine", "triang",
            "parzen", "bohman", "barthann", "lanczos", ("exponential", None, 2.0),
-           ("general_gaussian", 1.5, 7.0), ("taylor", 5, 40, False)]
+           ("general_gaussian", 1.5, 7.0), ("taylor", 5, 40, False), ("chebwin", 60)]
 
 
 @pytest.mark.parametrize("window", WINDOWS)

@@ -500,7 +500,11 @@ FENNEL_DSP_API int32_t z2DInvMultiChFFTH(FDArrayHandle input, FDArrayHandle outp
  *                   the non-negative half of the last dimension, L/2 + 1
  *                   complex bins), 1 backward without scaling (c/z: complex
  *                   to complex; s/d: those half spectra to real output, the
- *                   imaginary parts of bins 0 and L/2 ignored)
+ *                   imaginary parts of bins 0 and L/2 ignored), 2 (s/d only)
+ *                   forward to the full spectrum: the output strides and
+ *                   distance describe all L bins of the last dimension, and
+ *                   bins L/2 + 1 .. L - 1 are the conjugates of the bins at
+ *                   the negated indices
  *   plan            keeps the transform between calls of one geometry; give
  *                   this function slots of its own (a slot last used by an
  *                   inverse export of the same geometry keeps its 1/N scale)

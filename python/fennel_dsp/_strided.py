@@ -1,6 +1,7 @@
 """Transforms straight on numpy arrays: one batched call of the library's
 strided FFT (sStridedFFT ... zStridedFFT) reads the caller's array where it
-lies and writes a new numpy array, with real spectra kept at half length.
+lies and writes a new numpy array, with real spectra kept at half length
+(or completed by symmetry in the same call).
 
 The axes that are not transformed are the batch; adjacent ones merge when
 their strides allow, and the library takes the innermost remaining one as
@@ -9,7 +10,6 @@ its last few geometries.
 """
 import collections
 import ctypes
-import itertools
 import math
 import threading
 
@@ -87,7 +87,8 @@ def _batch(shape, istr, ostr, axes):
 def run(x, out, axes, lengths, direction, name):
     """The transform of x into out (both numpy arrays of the library's
     element types, of the same batch shape): lengths along axes (the last
-    one halved on the complex side of a real transform), unscaled.  Returns
+    one halved on the complex side of a real transform, except for
+    direction 2, real input's full spectrum), unscaled.  Returns
     False when a layout cannot be passed (the caller takes another path)."""
     istr, ostr = _elements(x), _elements(out)
     if istr is None or ostr is None or len(axes) > 3:
@@ -101,8 +102,9 @@ def run(x, out, axes, lengths, direction, name):
     lens = (_I32 * rank)(*lengths)
     si = (_I64 * rank)(*(istr[a] for a in axes))
     so = (_I64 * rank)(*(ostr[a] for a in axes))
-    f = _FUNCTIONS[x.dtype if direction == 0 else out.dtype]
-    key = (f.__name__, direction, tuple(lengths), tuple(si), tuple(so), count, idist, odist)
+    f = _FUNCTIONS[out.dtype if direction == 1 else x.dtype]
+    # Direction 2 (real input's full spectrum) has direction 0's geometry.
+    key = (f.__name__, direction & 1, tuple(lengths), tuple(si), tuple(so), count, idist, odist)
     slot = _plan(key).ref()
     xi, oi = x.itemsize, out.itemsize
     base_x, base_o = x.ctypes.data, out.ctypes.data
@@ -116,32 +118,6 @@ def run(x, out, axes, lengths, direction, name):
         check(f(px, po, rank, lens, si, so, count, idist, odist, direction, slot),
               f.__name__, name)
     return True
-
-
-def mirror(y, axes, sizes):
-    """Completes the spectrum of real input over axes, of which the first
-    sizes[-1]//2 + 1 bins along the last are computed: the others are the
-    conjugates of the bins at the negated indices (modulo each size)."""
-    n = sizes[-1]
-    h = n // 2 + 1
-    if h >= n:
-        return y
-    # Along every other axis index 0 maps to itself, 1 .. m-1 to m-1 .. 1.
-    choices = []
-    for a, m in zip(axes[:-1], sizes[:-1]):
-        pairs = [(slice(0, 1), slice(0, 1))]
-        if m > 1:
-            pairs.append((slice(1, m), slice(m - 1, 0, -1)))
-        choices.append([(a, d, s) for d, s in pairs])
-    for combo in itertools.product(*choices):
-        dst = [slice(None)] * y.ndim
-        src = [slice(None)] * y.ndim
-        dst[axes[-1]] = slice(h, n)
-        src[axes[-1]] = slice(n - h, 0, -1)
-        for a, d, s in combo:
-            dst[a], src[a] = d, s
-        np.conjugate(y[tuple(src)], out=y[tuple(dst)])
-    return y
 
 
 def fitted(x, wt, axes, sizes):

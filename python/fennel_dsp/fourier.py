@@ -4,8 +4,8 @@ overwrite_x, over N-dimensional arrays.
 
 From 256 KiB of input, transforms over up to three axes run as one batched
 call of the library's strided FFT on the numpy arrays themselves (the
-other axes are the batch; real spectra stay half, and a real input's full
-spectrum is completed by symmetry).  Smaller inputs, and calls with a plan,
+other axes are the batch; real spectra stay half, and the library completes
+a real input's full spectrum by symmetry).  Smaller inputs, and calls with a plan,
 go through host arrays: one-dimensional transforms of a batch as one
 multichannel library call (rows or columns as channels, without a
 transposing copy when the axis is the first or the last one that is longer
@@ -258,10 +258,9 @@ def _direct(x, axes, sizes, code, inverse, real, wt, name):
             fit[-1] = half
         xin = _strided.fitted(x, wt, axes, fit)
         y = np.empty(shape, REAL_OF[wt] if real else wt)
-    if not _strided.run(xin, y, axes, sizes, 1 if inverse else 0, name):
+    direction = 1 if inverse else 2 if real == "full" else 0
+    if not _strided.run(xin, y, axes, sizes, direction, name):
         return None
-    if real == "full":
-        _strided.mirror(y, axes, sizes)
     f = _strided.factor(code, math.prod(sizes), inverse)
     if f != 1.0:
         y *= f
@@ -514,9 +513,14 @@ def hfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan
     """
     name = "fennel_dsp.hfft"
     x, wt, code = _prepare(x, name, norm, workers)
-    return _one_axis(np.conj(x.astype(COMPLEX_OF[wt], copy=False)), n,
-                     axis_index(axis, x.ndim, name), norm_code(_SWAP[norm], name), True, True,
-                     name, plan, COMPLEX_OF[wt])
+    axis = axis_index(axis, x.ndim, name)
+    m = 2 * (x.shape[axis] - 1) if n is None else length(n, name)
+    if m < 1:
+        raise ValueError(f"{name}: invalid number of data points ({m}) specified")
+    # The conjugate's real inverse, on irfft's paths (the compiled call, the
+    # strided call on the array).
+    return irfft(np.conj(x.astype(COMPLEX_OF[wt], copy=False)), None if n is None else m,
+                 -1 if axis == x.ndim - 1 else axis, _SWAP[norm], workers=workers, plan=plan)
 
 
 def ihfft(x, n=None, axis=-1, norm=None, overwrite_x=False, workers=None, *, plan=None):
@@ -1180,22 +1184,47 @@ def _by_blocks(rows, n, step):
     return y
 
 
-def _batched_dct2(rows, plan):
-    """The unscaled DCT-II (2 sum x_j cos(pi k (2j + 1) / 2n)) of every row
-    by batched real FFTs: even samples forwards, odd ones backwards, then a
-    quarter-bin twiddle of the half spectrum gives bins k and n - k."""
+def _rfft_rows(v, plan):
+    """The half spectra of the rows of v (2D) in one strided call, or
+    through `rfft` with a caller's plan."""
+    if plan is None:
+        n = v.shape[1]
+        V = np.empty((v.shape[0], n // 2 + 1), COMPLEX_OF[v.dtype])
+        if _strided.run(v, V, [1], [n], 0, "fennel_dsp.rfft"):
+            return V
+    return rfft(v, axis=-1, plan=plan)
+
+
+# The passes around the DCT's and DST's batched FFTs in C (fennel_dsp._fast),
+# or None: numpy's steps then.
+_passes = _fastpath._fast
+
+
+def _batched_dct2(rows, plan, scale=1.0, first=1.0):
+    """The DCT-II (2 sum x_j cos(pi k (2j + 1) / 2n)) of every row times
+    scale, bin 0 times first once more, by batched real FFTs: even samples
+    forwards, odd ones backwards, then a quarter-bin twiddle of the half
+    spectrum gives bins k and n - k."""
     n = rows.shape[1]
     h, q = (n + 1) // 2, n // 2 + 1
     tw = (2 * np.exp(-0.5j * np.pi * np.arange(q) / n)).astype(COMPLEX_OF[rows.dtype])
+    # The twiddles times scale, as real and imaginary rows, for the C pass.
+    twr = (tw.real * scale).astype(rows.dtype).reshape(1, q)
+    twi = (tw.imag * scale).astype(rows.dtype).reshape(1, q)
 
     def step(x, out):
         v = np.empty(x.shape, x.dtype)
-        v[:, :h] = x[:, ::2]
-        v[:, h:] = x[:, 1::2][:, ::-1]
-        V = rfft(v, axis=-1, plan=plan)
+        if _passes is None or _passes.dct2_pack(x, v) is NotImplemented:
+            v[:, :h] = x[:, ::2]
+            v[:, h:] = x[:, 1::2][:, ::-1]
+        V = _rfft_rows(v, plan)
+        if _passes is not None and _passes.dct2_unpack(V, twr, twi, out, first) is None:
+            return
         V *= tw
         out[:, :q] = V.real
         np.negative(V.imag[:, n - q:0:-1], out=out[:, q:])
+        out *= scale
+        out[:, 0] *= first
 
     return _by_blocks(rows, n, step)
 
@@ -1229,11 +1258,8 @@ def _dct23(rows, kind, n, code, orth, name, plan):
     if rows.shape[0] > 1:
         rows = _resized(rows, n)
         if kind == 2:
-            y = _batched_dct2(rows, plan)
-            y *= g / math.sqrt(2.0 * n)
-            if orth:
-                y[:, 0] /= math.sqrt(2.0)
-            return y
+            return _batched_dct2(rows, plan, g / math.sqrt(2.0 * n),
+                                 1 / math.sqrt(2.0) if orth else 1.0)
         if orth:
             rows = rows.copy()
             rows[:, 0] *= math.sqrt(2.0)
@@ -1263,6 +1289,22 @@ def _trig_kind(rows, kind, n, code, orth, name, plan):
         return _dct23(rows, kind, n, code, orth, name, plan)
     if kind == "dst1":
         f = (2.0, math.sqrt(2.0 / (n + 1)), 1.0 / (n + 1))[code]
+        if rows.shape[0] > 1 and _passes is not None:
+            # From a real FFT of n + 1 points (half the odd extension's):
+            # the input folded with sines, the odd outputs a running sum.
+            sines = np.sin(np.pi / (n + 1) * np.arange(n + 1)).astype(rows.dtype)[None]
+
+            def fold(x, out):
+                y = np.empty((x.shape[0], n + 1), x.dtype)
+                if _passes.dst1_fold(x, sines, y) is NotImplemented:
+                    raise Unsupported("layout")
+                if _passes.dst1_unfold(_rfft_rows(y, plan), out, f) is NotImplemented:
+                    raise Unsupported("layout")
+
+            try:
+                return _by_blocks(_resized(rows, n), n, fold)
+            except Unsupported:
+                pass
         if rows.shape[0] > 1:
             # The odd extension [0, x, 0, -x reversed]: minus the imaginary
             # part of its FFT is twice the DST-I, for all rows at once.
@@ -1270,7 +1312,7 @@ def _trig_kind(rows, kind, n, code, orth, name, plan):
                 z = np.zeros((x.shape[0], 2 * (n + 1)), x.dtype)
                 z[:, 1:n + 1] = x
                 np.negative(x[:, ::-1], out=z[:, n + 2:])
-                np.multiply(rfft(z, axis=-1, plan=plan)[:, 1:n + 1].imag, -0.5 * f, out=out)
+                np.multiply(_rfft_rows(z, plan)[:, 1:n + 1].imag, -0.5 * f, out=out)
 
             return _by_blocks(_resized(rows, n), n, step)
         y = _trig_rows(f"{prefix(rows.dtype)}1DDSTH", rows, n, plan, name)

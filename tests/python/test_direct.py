@@ -32,6 +32,7 @@ def assert_like(got, want, single=False):
 # (function, shape, dtype, view of the input, arguments)
 FFTS = [
     ("fft", (6, 10), F64, None, dict(axis=0, n=9)),  # real: half spectrum, completed
+    ("fft", (5, 8), F32, None, dict(n=8)),  # completed in pairs of bins
     ("fft", (4, 5, 6), C128, "T", dict(axis=1)),  # batch axes that merge in x only
     ("rfft", (7, 8), F32, None, dict(n=6, norm="ortho")),
     ("irfft", (5, 6), C64, None, dict(axis=0, n=9)),

@@ -76,7 +76,11 @@ def test_lfilter_with_and_without_zi(dtype, order):
 
 
 WINDOWS = ["hann", "hamming", "blackman", "blackmanharris", "nuttall", "boxcar", "bartlett",
-           ("kaiser", 6.0), ("gaussian", 3.0), 7.5]
+           ("kaiser", 6.0), ("gaussian", 3.0), 7.5,
+           # computed in the binding from their definitions
+           "tukey", ("tukey", 1.5), ("general_cosine", [0.5, 0.3, 0.2]), "cosine", "triang",
+           "parzen", "bohman", "barthann", "lanczos", ("exponential", None, 2.0),
+           ("general_gaussian", 1.5, 7.0), ("taylor", 5, 40, False), ("chebwin", 60)]
 
 
 @pytest.mark.parametrize("window", WINDOWS)

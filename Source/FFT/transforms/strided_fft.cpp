@@ -2,17 +2,109 @@
 // it holds itself, so that a transform of a numpy array costs no copy into
 // host arrays and no expansion of real spectra to full length.  The caller
 // describes its layout (lengths, strides, count and distances, in elements);
-// one descriptor of that geometry is kept in the plan slot.
+// one descriptor of that geometry is kept in the plan slot.  Direction 2
+// gives real input's full spectrum: the half a real transform computes, and
+// the rest filled here by symmetry in the same call.
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 
 #include "dft/plan.h"
 #include "transforms/fftmd.h"
+#include "transforms/work_sharing.h"
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace fennel {
 namespace {
 
 bool FitsEngine(int64_t v) { return v >= 0 && v <= static_cast<int64_t>(LONG_MAX); }
+
+// Bins L/2 + 1 .. L - 1 along the last dimension of full spectra whose other
+// bins hold a real input's transform: X[i][k] = conj(X[-i][L - k]), -i the
+// negated index modulo each outer length.  Lines (a transform's bins along
+// the last dimension at one outer index) are split in chunks that the
+// caller and the helper thread claim in turn; a line reads only bins below
+// L/2 + 1, which no line writes.
+template <class R>
+struct FillJob {
+    R *out;  // as interleaved components
+    int32_t rank;
+    int64_t lengths[3], strides[3];  // strides in complex elements
+    int64_t distance, outer, lines, linesPerChunk;
+    SharedPass pass;
+
+    void Line(int64_t q) const {
+        const int64_t t = q / outer;
+        int64_t rest = q % outer, at = t * distance, from = at;
+        for (int d = rank - 2; d >= 0; --d) {
+            const int64_t n = lengths[d], i = rest % n;
+            rest /= n;
+            at += i * strides[d];
+            from += (i == 0 ? 0 : n - i) * strides[d];
+        }
+        const int64_t n = lengths[rank - 1], s = 2 * strides[rank - 1];
+        R *d = out + 2 * at;
+        const R *m = out + 2 * from;
+        const int64_t upper = (n - 1) / 2;
+        int64_t k = n - upper;
+#if defined(__SSE2__)
+        if (s == 2) {
+            // Ascending writes, descending reads: the imaginary parts'
+            // signs flipped, and for float each pair of bins swapped.
+            if constexpr (sizeof(R) == 8) {
+                const __m128d imag = _mm_set_pd(-0.0, 0.0);
+                for (; k < n; ++k)
+                    _mm_storeu_pd(d + 2 * k, _mm_xor_pd(_mm_loadu_pd(m + 2 * (n - k)), imag));
+            } else {
+                const __m128 imag = _mm_set_ps(-0.0f, 0.0f, -0.0f, 0.0f);
+                for (; k + 1 < n; k += 2) {
+                    const __m128 v = _mm_loadu_ps(m + 2 * (n - k - 1));
+                    _mm_storeu_ps(d + 2 * k, _mm_xor_ps(_mm_shuffle_ps(v, v, _MM_SHUFFLE(1, 0, 3, 2)), imag));
+                }
+            }
+        }
+#endif
+        for (; k < n; ++k) {
+            d[k * s] = m[(n - k) * s];
+            d[k * s + 1] = -m[(n - k) * s + 1];
+        }
+    }
+
+    static void Run(void *context) {
+        FillJob &job = *static_cast<FillJob *>(context);
+        const int64_t chunks = (job.lines + job.linesPerChunk - 1) / job.linesPerChunk;
+        job.pass.Run(chunks, [&job](ptrdiff_t c) {
+            const int64_t hi = std::min(job.lines, (c + 1) * job.linesPerChunk);
+            for (int64_t q = c * job.linesPerChunk; q < hi; ++q) job.Line(q);
+        });
+    }
+};
+
+template <class R>
+void FillMirrored(void *output, int32_t rank, const int32_t *lengths, const int64_t *strides,
+                  int32_t transforms, int64_t distance) {
+    // Lines per chunk: about 8K bins; a second thread from 4 MB of spectrum
+    // and when the transform itself runs on two.
+    constexpr int64_t kChunkBins = int64_t{1} << 13, kShareBytes = int64_t{4} << 20;
+    FillJob<R> job;
+    job.out = static_cast<R *>(output);
+    job.rank = rank;
+    job.outer = 1;
+    for (int d = 0; d < rank; ++d) {
+        job.lengths[d] = lengths[d];
+        job.strides[d] = strides[d];
+        if (d + 1 < rank) job.outer *= lengths[d];
+    }
+    if (lengths[rank - 1] < 3) return;
+    job.distance = distance;
+    job.lines = job.outer * transforms;
+    job.linesPerChunk = std::max<int64_t>(1, kChunkBins / lengths[rank - 1]);
+    const int64_t total = job.lines * lengths[rank - 1];
+    RunShared(job, total * 2 * static_cast<int64_t>(sizeof(R)) >= kShareBytes &&
+                       Plan::ThreadsFor(total) > 1);
+}
 
 }  // namespace
 
@@ -27,7 +119,8 @@ int32_t StridedFFT(CallFrame &frame, const void *input, void *output, int32_t ra
     if (input == nullptr || output == nullptr || input == output || lengths == nullptr ||
         inputStrides == nullptr || outputStrides == nullptr)
         return STATUS_EMPTY_OPERAND;
-    if (rank < 1 || rank > 3 || (direction != 0 && direction != 1)) return STATUS_BAD_SELECTOR;
+    if (rank < 1 || rank > 3 || direction < 0 || direction > (Traits<T>::kComplex ? 1 : 2))
+        return STATUS_BAD_SELECTOR;
     if (transforms < 1) return STATUS_EMPTY_ARRAY;
     PlanGeometry g;
     g.precision = kPrecisionOf<T>;
@@ -49,7 +142,11 @@ int32_t StridedFFT(CallFrame &frame, const void *input, void *output, int32_t ra
     g.input_distance = static_cast<MKL_LONG>(inputDistance);
     g.output_distance = static_cast<MKL_LONG>(outputDistance);
     FENNEL_TRY(p.Acquire(g));
-    return direction == 0 ? p.Forward(input, output) : p.Backward(input, output);
+    if (direction == 1) return p.Backward(input, output);
+    FENNEL_TRY(p.Forward(input, output));
+    if constexpr (!Traits<T>::kComplex)
+        if (direction == 2) FillMirrored<T>(output, rank, lengths, outputStrides, transforms, outputDistance);
+    return STATUS_OK;
 }
 
 #define FENNEL_STRIDED_INSTANCES(T)                                                             \

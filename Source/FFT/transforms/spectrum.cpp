@@ -77,14 +77,14 @@ void WriteFullSpectrum(std::complex<double> *out, const std::complex<double> *ha
     Spread(out, half, N);
 }
 
-void FillMirror(std::complex<float> *X, int32_t N) {
-    const int32_t upper = (N - 1) / 2;
-    MirrorLanes(reinterpret_cast<const float *>(X + 1), reinterpret_cast<float *>(X + N - upper), upper);
+void MirrorRow(std::complex<float> *row, const std::complex<float> *mirror, ptrdiff_t N) {
+    const ptrdiff_t upper = (N - 1) / 2;
+    MirrorLanes(reinterpret_cast<const float *>(mirror + 1), reinterpret_cast<float *>(row + N - upper), upper);
 }
 
-void FillMirror(std::complex<double> *X, int32_t N) {
-    const int32_t upper = (N - 1) / 2;
-    MirrorLanes(reinterpret_cast<const double *>(X + 1), reinterpret_cast<double *>(X + N - upper), upper);
+void MirrorRow(std::complex<double> *row, const std::complex<double> *mirror, ptrdiff_t N) {
+    const ptrdiff_t upper = (N - 1) / 2;
+    MirrorLanes(reinterpret_cast<const double *>(mirror + 1), reinterpret_cast<double *>(row + N - upper), upper);
 }
 
 }  // namespace fennel

@@ -88,9 +88,10 @@ inline void WriteFullRow(C *dst, const C *own, const C *mirror, int32_t Cols, bo
     }
 }
 
-// X[N - k] = conj(X[k]) for k = 1 .. (N - 1) / 2, on a contiguous row.
-void FillMirror(std::complex<float> *X, int32_t N);
-void FillMirror(std::complex<double> *X, int32_t N);
+// row[N - k] = conj(mirror[k]) for k = 1 .. (N - 1) / 2, on contiguous
+// rows; mirror may be row itself.
+void MirrorRow(std::complex<float> *row, const std::complex<float> *mirror, ptrdiff_t N);
+void MirrorRow(std::complex<double> *row, const std::complex<double> *mirror, ptrdiff_t N);
 // The full spectrum of N bins into out from the N/2 + 1 bins of half, in
 // one pass (out and half do not overlap).
 void WriteFullSpectrum(std::complex<float> *out, const std::complex<float> *half, int32_t N);
@@ -103,7 +104,7 @@ template <class C>
 void CompleteAndCentre(C *X, ptrdiff_t s, int32_t N, bool shift) {
     const int32_t half = N / 2;
     const int32_t upper = (N - 1) / 2;  // bins 1 .. upper have a mirror
-    if (!shift && s == 1) return FillMirror(X, N);
+    if (!shift && s == 1) return MirrorRow(X, X, N);
     if (!shift) {
         for (int32_t k = 1; k <= upper; ++k) X[(N - k) * s] = Conj(X[k * s]);
         return;

@@ -11,10 +11,8 @@
 
 #include "dft/plan.h"
 #include "transforms/fftmd.h"
+#include "transforms/spectrum.h"
 #include "transforms/work_sharing.h"
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace fennel {
 namespace {
@@ -47,28 +45,11 @@ struct FillJob {
         const int64_t n = lengths[rank - 1], s = 2 * strides[rank - 1];
         R *d = out + 2 * at;
         const R *m = out + 2 * from;
-        const int64_t upper = (n - 1) / 2;
-        int64_t k = n - upper;
-#if defined(__SSE2__)
-        if (s == 2) {
-            // Ascending writes, descending reads: the imaginary parts'
-            // signs flipped, and for float each pair of bins swapped.
-            if constexpr (sizeof(R) == 8) {
-                const __m128d imag = _mm_set_pd(-0.0, 0.0);
-                for (; k < n; ++k)
-                    _mm_storeu_pd(d + 2 * k, _mm_xor_pd(_mm_loadu_pd(m + 2 * (n - k)), imag));
-            } else {
-                const __m128 imag = _mm_set_ps(-0.0f, 0.0f, -0.0f, 0.0f);
-                for (; k + 1 < n; k += 2) {
-                    const __m128 v = _mm_loadu_ps(m + 2 * (n - k - 1));
-                    _mm_storeu_ps(d + 2 * k, _mm_xor_ps(_mm_shuffle_ps(v, v, _MM_SHUFFLE(1, 0, 3, 2)), imag));
-                }
-            }
-        }
-#endif
-        for (; k < n; ++k) {
+        using C = std::complex<R>;
+        if (s == 2) return MirrorRow(reinterpret_cast<C *>(d), reinterpret_cast<const C *>(m), n);
+        for (int64_t k = n - (n - 1) / 2; k < n; ++k) {
             d[k * s] = m[(n - k) * s];
-            d[k * s + 1] = -m[(n - k) * s + 1];
+            d[k * s + 1] = R(-0.0) - m[(n - k) * s + 1];
         }
     }
 

@@ -47,6 +47,7 @@ def test_windows_match_their_definitions(dtype, n):
     for sigma in (0.1, 0.37):
         close(fd.gaussian_window(x, sigma), x, sw.gaussian(n, sigma * (n + 1), sym=False))
         close(fd.symmetric_window(x, 62, sigma), x, sw.gaussian(n, sigma * n) if sym else 1)
+    close(fd.symmetric_window(x, 62, -2.0), x, sw.gaussian(n, 0.2 * n) if sym else 1)
     for beta in (0.5, 8.6):  # the series is cut at terms of 1e-8
         close(fd.kaiser_window(x, beta), x, sw.kaiser(n, beta, sym=False), 1e-8)
         close(fd.symmetric_window(x, 60, beta), x, sw.kaiser(n, beta) if sym else 1, 1e-8)
@@ -54,8 +55,18 @@ def test_windows_match_their_definitions(dtype, n):
 
 @pytest.mark.parametrize("dtype", [np.float32, np.float64])
 @pytest.mark.parametrize("m", [1, 3, 8, 31, 101])
-def test_normalised_fir_has_unit_gain_at_its_reference(dtype, m):
-    # lowpass and bandstop at 0 Hz, highpass at fs/2, bandpass at the band's centre
+def test_fir_bands_and_unit_gain(dtype, m):
+    # The ideal bands from lowpasses (checked against scipy's firwin):
+    # highpass = delta - lowpass, bandpass and bandstop their differences.
+    def taps(ftype, f1, f2=0.0):
+        return fd.fir_windowed_coefficients(m, 48000, f1, f2, ftype, 62, 0.3, False, dtype)
+    delta, lp = np.arange(m) == (m - 1) / 2, [taps(0, f) for f in (3000, 9000)]
+    tol = 1e-6 if single(dtype) else 1e-14
+    np.testing.assert_allclose(taps(2, 3000, 9000), lp[1] - lp[0], rtol=0, atol=tol)
+    if m % 2:  # highpass and bandstop have odd lengths
+        np.testing.assert_allclose(taps(1, 9000), delta - lp[1], rtol=0, atol=tol)
+        np.testing.assert_allclose(taps(3, 3000, 9000), delta + lp[0] - lp[1], rtol=0, atol=tol)
+    # Unit gain: lowpass and bandstop at 0 Hz, highpass at fs/2, bandpass at the band's centre.
     for ftype, f in [(0, 0), (1, 24000), (2, 6000), (3, 0)]:
         if ftype in (1, 3) and m % 2 == 0:
             continue

@@ -589,6 +589,14 @@ MUTANTS = [
      "bn[:len(b)] = cb / ca[0]",
      "bn[:len(b)] = cb",
      "lfilter's states ignore a[0] != 1"),
+    ("py-fast-inverse-forward-norm", "../../python/fennel_dsp/fourier.py",
+     "        return math.sqrt(n) if code == 1 else float(n)",
+     "        return math.sqrt(n) if code == 1 else 1.0",
+     "small inverse FFTs with norm='forward' are not scaled by n"),
+    ("py-fast-dct-forward-norm", "../../python/fennel_dsp/fourier.py",
+     "g = (math.sqrt(2.0 * m), 1.0, 1.0 / math.sqrt(2.0 * m))[code]",
+     "g = (math.sqrt(2.0 * m), 1.0, 1.0 / math.sqrt(m))[code]",
+     "small DCTs with norm='forward' are scaled by 1/sqrt(n) instead of 1/sqrt(2n)"),
 ]
 
 

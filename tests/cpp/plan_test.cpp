@@ -6,17 +6,6 @@
 namespace fennel::test {
 namespace {
 
-using engine::Call;
-
-// A descriptor of four real points in double or single precision.
-MKL_LONG MakeFour(DFTI_DESCRIPTOR_HANDLE *slot, DFTI_CONFIG_VALUE precision = DFTI_DOUBLE) {
-    engine::Geometry g;
-    g.precision = precision;
-    g.domain = DFTI_REAL;
-    g.lengths[0] = 4;
-    return engine::Create(slot, g);
-}
-
 TEST_F(HostTest, SameLengthReusesAnotherLengthRebuilds) {
     Array<double> x(Random<double>(16, 1)), y(Random<double>(8, 2));
     Array<cdouble> out;

@@ -209,22 +209,6 @@ class HostTest : public ::testing::Test {
     long live_ = 0;
 };
 
-// Calls `run`, which returns what it computed, at every block placement a
-// host may use (multiples of the component size R) with fresh memory filled
-// with NaN: every call gives the bits of the first.
-template <class R, class Run>
-void ExpectSameAtEveryPlacement(const Run &run) {
-    FennelHostSetFillByte(0xFF);
-    decltype(run()) first{};
-    for (int32_t placement = 0; placement < 64; placement += static_cast<int32_t>(sizeof(R))) {
-        FennelHostSetPlacement(placement);
-        auto got = run();
-        if (placement == 0) first = std::move(got);
-        else EXPECT_TRUE(got == first) << "placement " << placement;
-    }
-    FennelHostSetPlacement(0);
-}
-
 // ---- failure tables of the transform families ----------------------------
 
 // One row: how the failure is provoked and what the call leaves behind.

@@ -85,27 +85,3 @@ def test_two_dimensional(dtype, method):
     x, y = random_signal(50, dtype, seed=1), random_signal(9, dtype, seed=2)
     close(fd.convolve2d(x[None, :], y[None, :], "same", method=method)[0],
           fd.convolve(x, y, "same", method), x, y, 60)
-
-
-def test_large_operands_agree_with_scipy_fftconvolve():
-    x, y = random_signal(4000, np.float64, 3), random_signal(1000, np.float64, 4)
-    close(fd.convolve1d(x, y, method="fft"), ss.fftconvolve(x, y), x, y, 5000)
-    a, k = random_signal(64 * 48, np.float32, 5).reshape(64, 48), random_signal(256, np.float32, 6).reshape(16, 16)
-    want = ss.fftconvolve(a.astype(np.float64), k)[7:7 + 64, 7:7 + 48]
-    close(fd.convolve2d(a, k, "same", method="fft"), want.astype(np.float32), a, k, 80 * 64)
-
-
-@pytest.mark.parametrize("dtype", [np.float32, np.float64])
-def test_one_plan_shared_by_convolution_and_2d_ffts_of_the_same_sizes(dtype):
-    # A real 10 x 12 transform each time: convolution (10 x 12 full result),
-    # forward and inverse FFT lay their spectra out differently, so each call
-    # must rebuild a plan it cannot use rather than read another's layout.
-    x = random_signal(30, dtype, seed=1).reshape(5, 6)
-    y = random_signal(42, dtype, seed=2).reshape(6, 7)
-    a = random_signal(120, dtype, seed=3).reshape(10, 12)
-    with fd.Plan() as plan:
-        for _ in range(2):
-            close(fd.convolve2d(x, y, method="fft", plan=plan), ss.convolve2d(x, y), x, y, 120)
-            A = fd.fft2d(a, plan=plan)
-            close(A, np.fft.fft2(a), a, np.ones(1), 120)
-            close(fd.ifft2d(A, real=True, plan=plan), a, a, np.ones(1), 120)

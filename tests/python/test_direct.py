@@ -60,26 +60,29 @@ def test_strided_fft(monkeypatch, direct, name, shape, dtype, view, kw):
     assert np.array_equal(x, kept)
 
 
-# (b, a, shape, axis): joined rows, complex denominators, unstable filters
-# and rows too short or too long to be joined
+# (b, a, shape, axis): joined rows, complex denominators, unstable filters,
+# a[0] != 1, rows too short or too long to be joined, one row
 FILTERS = [(ss.butter(3, 0.3)[0], ss.butter(3, 0.3)[1], (6, 40), 1),
            ([1.0, 0.2], [1.0, -0.5 + 0.3j], (5, 30), 0),
            ([1j, 0.2], [1.0, -0.2j, 0.1], (3, 2, 9), -1),
            ([1.0], [1.0, -1.5], (4, 20), 1),
+           ([0.5, 0.25], [2.0, -0.5], (3, 30), 0),
            (ss.butter(4, 0.3)[0], ss.butter(4, 0.3)[1], (5, 3), 1),
-           ([0.5, 0.5], [1.0, -0.9], (2, 2**14 + 3), 1)]
+           ([0.5, 0.5], [1.0, -0.9], (2, 2**14 + 3), 1),
+           (ss.butter(5, 0.3)[0], ss.butter(5, 0.3)[1], (40,), 0)]
 
 
+@pytest.mark.parametrize("dtype", [F32, F64, C128])
 @pytest.mark.parametrize("b, a, shape, axis", FILTERS)
-def test_lfilter_batches(b, a, shape, axis):
+def test_lfilter_batches(b, a, shape, axis, dtype):
     rng = np.random.default_rng(shape[0])
-    x = data(rng, shape, F64)
-    assert_like(fd.lfilter(b, a, x, axis), ss.lfilter(b, a, x, axis))
+    x = data(rng, shape, dtype)
+    assert_like(fd.lfilter(b, a, x, axis), ss.lfilter(b, a, x, axis), dtype == F32)
     zs = list(shape)
     zs[axis] = max(len(a), len(b)) - 1
     zi = rng.standard_normal(zs)
     for got, want in zip(fd.lfilter(b, a, x, axis, zi), ss.lfilter(b, a, x, axis, zi)):
-        assert_like(got, want)
+        assert_like(got, want, dtype == F32)
 
 
 @pytest.mark.parametrize("boundary, fillvalue", [("fill", 1.5), ("wrap", 0), ("symm", 0)])

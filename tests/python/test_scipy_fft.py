@@ -123,18 +123,6 @@ def _factors(m):
     return out
 
 
-def test_large_and_prime_sizes():
-    rng = np.random.default_rng(5)
-    for n in (2**20, 8191, 44100):
-        x = data(rng, n, np.complex128)
-        assert_like(fd.fft(x), sf.fft(x), np.complex128)
-        assert_like(fd.irfft(x[: n // 2 + 1], n), sf.irfft(x[: n // 2 + 1], n), np.complex128)
-    img = data(rng, (300, 257), np.float32)
-    assert_like(fd.rfft2(img), sf.rfft2(img), np.float32)
-    assert_like(fd.irfft2(fd.rfft2(img), img.shape), sf.irfft2(sf.rfft2(img), img.shape),
-                np.float32)
-
-
 BACKEND_CALLS = [
     ("fft", (5, 8), np.complex64, dict(n=6, axis=0, norm="ortho"), True),
     ("irfft", (3, 9), np.complex128, dict(norm="forward"), True),

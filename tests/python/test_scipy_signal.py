@@ -57,24 +57,6 @@ def test_fftconvolve_over_axes_broadcasts():
         assert_like(fd.fftconvolve(a, b, mode, axes=1), ss.fftconvolve(a, b, mode, axes=1))
 
 
-@pytest.mark.parametrize("dtype", [np.float32, np.float64, np.complex128])
-@pytest.mark.parametrize("order", [0, 1, 2, 5])
-def test_lfilter_with_and_without_zi(dtype, order):
-    rng = np.random.default_rng(order)
-    b, a = ss.butter(order, 0.3) if order else (np.array([0.5, 0.25]), np.array([2.0]))
-    for shape, axis in [((40,), 0), ((3, 50), 1), ((30, 4), 0), ((2, 3, 3), -1), ((3,), 0)]:
-        x = data(rng, shape, dtype)
-        assert_like(fd.lfilter(b, a, x, axis), ss.lfilter(b, a, x, axis), single(x))
-        zs = list(shape)
-        zs[axis] = max(len(a), len(b)) - 1
-        zi = rng.standard_normal(zs)
-        for got, want in zip(fd.lfilter(b, a, x, axis, zi), ss.lfilter(b, a, x, axis, zi)):
-            assert_like(got, want, single(x))
-    x = data(rng, 9, dtype)
-    assert_like(fd.lfilter([1 + 1j, 2], [1, -0.5], x), ss.lfilter([1 + 1j, 2], [1, -0.5], x),
-                single(x))
-
-
 WINDOWS = ["hann", "hamming", "blackman", "blackmanharris", "nuttall", "boxcar", "bartlett",
            ("kaiser", 6.0), ("gaussian", 3.0), 7.5,
            # computed in the binding from their definitions

@@ -1,6 +1,7 @@
 #include "dft/planning/wisdom_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,7 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #if defined(__x86_64__) || defined(__i386__)
-#include <cpuid.h>
+#include <sys/platform/x86.h>
 #endif
 
 namespace fennel::planning {
@@ -27,34 +28,26 @@ std::string Decimal(unsigned long v) {
 
 const char *NameOf(DFTI_CONFIG_VALUE precision) { return precision == DFTI_SINGLE ? "float" : "double"; }
 
-// The processor's vendor, brand and model, and the number of cores plans
-// may use: wisdom measured on another machine or core count is not ours.
-// Made once: cpuid traps to the hypervisor in a virtual machine.
+// The processor's vendor, model (family, model and stepping) and usable
+// vector extensions, and the number of cores plans may use: wisdom measured
+// on another machine or core count is not ours.  Read from what the C
+// library and the compiler's runtime kept at load: each cpuid instruction
+// traps to the hypervisor in a virtual machine (about 10 us here), which a
+// first call would pay.  Made once.
 std::string MakeMachineKey() {
     std::string key;
 #if defined(__x86_64__) || defined(__i386__)
-    unsigned r[12] = {};
-    if (__get_cpuid(0, &r[0], &r[1], &r[2], &r[3])) {
-        char vendor[13] = {};
-        std::memcpy(vendor, &r[1], 4);
-        std::memcpy(vendor + 4, &r[3], 4);
-        std::memcpy(vendor + 8, &r[2], 4);
-        key += vendor;
-    }
-    unsigned a, b, c, d;
-    if (__get_cpuid(1, &a, &b, &c, &d)) key += " sig " + Decimal(a);
-    char brand[49] = {};
-    for (unsigned i = 0; i < 3; ++i)
-        if (__get_cpuid(0x80000002 + i, &r[4 * i], &r[4 * i + 1], &r[4 * i + 2], &r[4 * i + 3]))
-            std::memcpy(brand + 16 * i, &r[4 * i], 16);
-    key += " ";
-    key += brand;
+    __builtin_cpu_init();
+    key += __builtin_cpu_is("intel") ? "GenuineIntel" : __builtin_cpu_is("amd") ? "AuthenticAMD" : "x86";
+    const cpuid_feature *leaf1 = __x86_get_cpuid_feature_leaf(CPUID_INDEX_1);
+    const cpuid_feature *leaf7 = __x86_get_cpuid_feature_leaf(CPUID_INDEX_7);
+    key += " sig " + Decimal(leaf1->cpuid_array[cpuid_register_index_eax]);
+    key += " features " + Decimal(leaf1->active_array[cpuid_register_index_ecx]) + " " +
+           Decimal(leaf7->active_array[cpuid_register_index_ebx]);
 #else
     key += "cpu";
 #endif
     key += " cores " + Decimal(static_cast<unsigned long>(engine::ThreadsFor(std::ptrdiff_t{1} << 40)));
-    for (char &ch : key)
-        if (ch == '\n') ch = ' ';
     return key;
 }
 
@@ -164,6 +157,21 @@ bool SaveWisdomFile(DFTI_CONFIG_VALUE precision) {
     const std::string path = FilePath(precision);
     if (path.empty() || !MakeFolders(WisdomFolder())) return false;
     // What another process wrote since stays: FFTW merges imported wisdom.
+    // The merge and the write hold a lock on a file of their own, so that
+    // two processes saving at once never drop each other's wisdom.  Waited
+    // for a tenth of a second at most (a save takes milliseconds): without
+    // it, as on a file system without locks, the rename still leaves a
+    // whole file, and an unload never waits on another process.
+    const int lock = open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    for (int tries = 0; lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK && tries < 100;
+         ++tries)
+        usleep(1000);
+    struct Unlock {
+        int fd;
+        ~Unlock() {
+            if (fd >= 0) close(fd);  // releases the lock
+        }
+    } unlock{lock};
     LoadWisdomFile(precision);
     const std::string text = Pack(precision);
     if (text.empty()) return false;

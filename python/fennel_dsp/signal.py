@@ -837,7 +837,7 @@ def _formula_window(window, n, sym, name):
     return f(n if sym else n + 1, *args)[:n].astype(np.float64, copy=False)
 
 
-def _window_spec(window, name):
+def _window_parts(window, name):
     """(library window type, parameter, scipy's gaussian std or None, offset,
     gain): scipy's window is gain * (the library's) + offset."""
     param = None
@@ -921,7 +921,7 @@ def get_window(window, Nx, fftbins=True):
     w = _formula_window(window, n, not fftbins, name)
     if w is not None:
         return w
-    wtype, param, std, offset, gain = _window_spec(window, name)
+    wtype, param, std, offset, gain = _window_parts(window, name)
     if n == 0:
         return np.zeros(0)
     if n == 1:
@@ -1027,7 +1027,7 @@ def firwin(numtaps, cutoff, width=None, window="hamming", pass_zero=True, scale=
     shape = _formula_window(window, numtaps, True, name)
     if shape is not None:
         window = "boxcar"  # the formula's window multiplies the taps below
-    wtype, param, std, offset, gain = _window_spec(window, name)
+    wtype, param, std, offset, gain = _window_parts(window, name)
     if std is not None:
         param = std / numtaps
     # The taps are linear in the bands and in the window: a sum of the

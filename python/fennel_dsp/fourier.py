@@ -68,11 +68,11 @@ def _spec(symbol, src, out, ws, ndim, ints):
     return (symbol, src, out, ws, ndim, ndim, ints)
 
 
-def _table(specs):
+def _table(calls):
     """{dtype number: (cache key, call)}; the keys of all tables differ."""
     global _KEYS
     out = {}
-    for t, call in specs.items():
+    for t, call in calls.items():
         _KEYS += 1
         out[t.num] = (_KEYS, call)
     return out

@@ -330,8 +330,10 @@ bool IsDescriptor(const void *p) {
     return p != nullptr && static_cast<const DFTI_DESCRIPTOR *>(p)->mark == kDescriptorMark;
 }
 
-// A committed descriptor in one call, checked as the interface's setters and
-// commit would check it.
+// A committed descriptor in one call: what the interface does with
+// DftiCreateDescriptor_d_1d (or _d_md, _s_1d, _s_md), DftiSetValue and
+// DftiCommitDescriptor, which the Windows binding calls in turn, checked as
+// those setters and the commit would check it.
 MKL_LONG Create(DFTI_DESCRIPTOR_HANDLE *handle, const Geometry &g) {
     if (handle == nullptr) return DFTI_INVALID_CONFIGURATION;
     *handle = nullptr;

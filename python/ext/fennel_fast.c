@@ -257,6 +257,15 @@ static int pass_type(PyObject *const *reals, const int *written, int count, PyOb
 /* Element strides of x (2D real). */
 #define STRIDE(a, d) (PyArray_STRIDES((PyArrayObject *)(a))[d] / PyArray_ITEMSIZE((PyArrayObject *)(a)))
 
+/* Runs fn's float or double loop (by the element type t) without the GIL. */
+#define CALL_TYPED(t, fn, ...)                                   \
+    do {                                                         \
+        Py_BEGIN_ALLOW_THREADS                                   \
+        if ((t) == NPY_FLOAT) fn##_float(__VA_ARGS__);           \
+        else fn##_double(__VA_ARGS__);                           \
+        Py_END_ALLOW_THREADS                                     \
+    } while (0)
+
 /* The loops below are cloned for AVX2 (chosen at load) and otherwise SSE2. */
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
 #define VECTORIZED __attribute__((target_clones("avx2", "default")))
@@ -354,10 +363,7 @@ static PyObject *dst1_fold(PyObject *self, PyObject *const *args, Py_ssize_t nar
                    cs = STRIDE(args[0], 1);
     const void *x = DATA(args[0]), *sines = DATA(args[1]);
     void *y = DATA(args[2]);
-    Py_BEGIN_ALLOW_THREADS
-    if (t == NPY_FLOAT) dst1_fold_float(x, rs, cs, sines, y, rows, n);
-    else dst1_fold_double(x, rs, cs, sines, y, rows, n);
-    Py_END_ALLOW_THREADS
+    CALL_TYPED(t, dst1_fold, x, rs, cs, sines, y, rows, n);
     Py_RETURN_NONE;
 }
 
@@ -376,10 +382,7 @@ static PyObject *dst1_unfold(PyObject *self, PyObject *const *args, Py_ssize_t n
     const void *Yd = PyArray_DATA(Y);
     const npy_intp yc = PyArray_DIMS(Y)[1];
     void *y = DATA(args[1]);
-    Py_BEGIN_ALLOW_THREADS
-    if (t == NPY_FLOAT) dst1_unfold_float(Yd, yc, y, rows, n, scale);
-    else dst1_unfold_double(Yd, yc, y, rows, n, scale);
-    Py_END_ALLOW_THREADS
+    CALL_TYPED(t, dst1_unfold, Yd, yc, y, rows, n, scale);
     Py_RETURN_NONE;
 }
 
@@ -392,10 +395,7 @@ static PyObject *dct2_pack(PyObject *self, PyObject *const *args, Py_ssize_t nar
     const npy_intp rows = ROWS(args[1]), n = COLS(args[1]), rs = STRIDE(args[0], 0),
                    cs = STRIDE(args[0], 1);
     void *x = DATA(args[0]), *v = DATA(args[1]);
-    Py_BEGIN_ALLOW_THREADS
-    if (t == NPY_FLOAT) dct2_pack_float(x, rs, cs, v, rows, n);
-    else dct2_pack_double(x, rs, cs, v, rows, n);
-    Py_END_ALLOW_THREADS
+    CALL_TYPED(t, dct2_pack, x, rs, cs, v, rows, n);
     Py_RETURN_NONE;
 }
 
@@ -417,10 +417,7 @@ static PyObject *dct2_unpack(PyObject *self, PyObject *const *args, Py_ssize_t n
         Py_RETURN_NOTIMPLEMENTED;
     const void *Vd = PyArray_DATA(V), *rd = PyArray_DATA(twr), *id = PyArray_DATA(twi);
     void *y = DATA(args[3]);
-    Py_BEGIN_ALLOW_THREADS
-    if (t == NPY_FLOAT) dct2_unpack_float(Vd, rd, id, y, rows, n, first);
-    else dct2_unpack_double(Vd, rd, id, y, rows, n, first);
-    Py_END_ALLOW_THREADS
+    CALL_TYPED(t, dct2_unpack, Vd, rd, id, y, rows, n, first);
     Py_RETURN_NONE;
 }
 

@@ -257,6 +257,13 @@ TEST_F(HostTest, PlanningKeptPlansOfTheFamiliesSwitchToo) {
     }
 }
 
+// Three runs of an estimated plan of big, then the wait (bounded) for the
+// background thread to start measuring it.
+void StartMeasurement(Array<C> &big, Array<C> &y, FDPlanHandle *plan) {
+    for (int i = 0; i < 3; ++i) ASSERT_EQ(z1DFFTH(big.h(), y.h(), 0, 0, nullptr, plan), 0);
+    for (int i = 0; i < 30000 && !engine::MeasurementUnderWay(); ++i) usleep(1000);  // no hang
+}
+
 // A first plan wanted while the background thread measures cuts the
 // measurement short; it is measured again later and the slot switches.
 TEST_F(HostTest, PlanningBackgroundMeasurementGivesWayToAFirstPlan) {
@@ -264,8 +271,7 @@ TEST_F(HostTest, PlanningBackgroundMeasurementGivesWayToAFirstPlan) {
     planning::ForgetWisdom(true);
     Array<C> big(Random<C>(1 << 15, 3)), small(Random<C>(700, 4)), y;
     FDPlanHandle plan = nullptr, other = nullptr;
-    for (int i = 0; i < 3; ++i) ASSERT_EQ(z1DFFTH(big.h(), y.h(), 0, 0, nullptr, &plan), 0);
-    for (int i = 0; i < 30000 && !engine::MeasurementUnderWay(); ++i) usleep(1000);  // no hang
+    ASSERT_NO_FATAL_FAILURE(StartMeasurement(big, y, &plan));
     ASSERT_TRUE(engine::MeasurementUnderWay());
     const long before = planning::InterruptedCount();
     ASSERT_EQ(z1DFFTH(small.h(), y.h(), 0, 0, nullptr, &other), 0);
@@ -281,10 +287,11 @@ TEST_F(HostTest, PlanningBackgroundMeasurementGivesWayToAFirstPlan) {
 TEST_F(HostTest, PlanningForkDuringAMeasurementLeavesTheChildAPlanner) {
     if (planning::CurrentMode() != planning::Mode::kBackground) GTEST_SKIP() << "default setting only";
     planning::ForgetWisdom(true);
+    // The geometry the test above had measured: forgetting lets it be measured again.
     Array<C> big(Random<C>(1 << 15, 5)), small(Random<C>(900, 6)), y;
     FDPlanHandle plan = nullptr, other = nullptr;
-    for (int i = 0; i < 3; ++i) ASSERT_EQ(z1DFFTH(big.h(), y.h(), 0, 0, nullptr, &plan), 0);
-    for (int i = 0; i < 30000 && !engine::MeasurementUnderWay(); ++i) usleep(1000);  // no hang
+    ASSERT_NO_FATAL_FAILURE(StartMeasurement(big, y, &plan));
+    ASSERT_TRUE(engine::MeasurementUnderWay());
     const pid_t child = fork();
     if (child == 0) {
         alarm(60);  // a child left with a held lock ends here

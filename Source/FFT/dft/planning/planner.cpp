@@ -347,6 +347,9 @@ void ForgetWisdom(bool remove_files) {
     }
     for (DFTI_CONFIG_VALUE precision : {DFTI_DOUBLE, DFTI_SINGLE}) engine::ForgetWisdom(precision);
     if (remove_files) RemoveWisdomFiles();
+    // Geometries counted before are measured again after their next runs.
+    std::lock_guard<std::mutex> lock(g_mutex);
+    for (Count &c : g_counts) c = Count{};
 }
 
 unsigned Generation() { return g_generation.load(std::memory_order_acquire); }
